@@ -1,0 +1,148 @@
+// SIP URIs and the name-address headers From, To, Contact and P-Called-Party-ID (RFC 3261 sections 19.1 and 20, RFC 3966).
+//
+//   name-addr = [display-name] "<" URI ">" / URI, then *(";" parameter)
+//   good:       From: "Desk" <sip:1001@10.0.0.1:5070>;tag=abc    user 1001, addr 10.0.0.1 5070, tag abc
+//   bad:        To: <sips:2002@10.0.0.1>                         logged; user 10.0.0.1, flag 2, addr untouched
+//
+// Differs from the RFC on purpose: the first "tag=" anywhere in the value counts, even inside the brackets, and only From
+// looks behind parameters of the user part.
+#include "decoders.h"
+#include "log.h"
+
+namespace sipcode {
+namespace {
+
+constexpr std::size_t longest_value = 255;
+constexpr int default_port = 5060;
+constexpr text tag_name = "tag=";
+
+// Value of a hexadecimal digit, -1 for any other character.
+constexpr int hex_digit(char c) {
+    const char l = lower(c);
+    return is_digit(c) ? c - '0' : l >= 'a' && l <= 'f' ? l - 'a' + 10 : -1;
+}
+
+struct hex_number {
+    bool found;
+    char value;
+};
+
+// Reads the number that begins s as "%2x" does: white space, then at most two characters, the first of which may be a sign.
+hex_number read_two_hex(const char *s) {
+    while (is_white_space(*s))
+        ++s;
+    const bool sign = *s == '-' || *s == '+';
+    const int first = hex_digit(sign ? s[1] : s[0]);
+    if (first < 0)
+        return {false, 0};
+    if (sign)
+        return {true, static_cast<char>(*s == '-' ? -first : first)};
+    const int second = hex_digit(s[1]);
+    return {true, static_cast<char>(second < 0 ? first : first * 16 + second)};
+}
+
+void decode_escapes(char *s) {
+    const char *from = s;
+    char *to = s;
+    for (; *from != '\0'; ++to) {
+        const bool escape = from[0] == '%' && from[1] != '\0' && from[2] != '\0';
+        if (const hex_number byte = escape ? read_two_hex(from + 1) : hex_number{}; byte.found) {
+            *to = byte.value;
+            from += 3;
+            if (byte.value == '\0')
+                return;
+        } else {
+            *to = *from++;
+        }
+    }
+    *to = '\0';
+}
+
+void store_user(char (&user)[32], text value) {
+    store(user, value);
+    decode_escapes(user);
+}
+
+// Parameters of the user part ("123;cpc=ordinary@10.0.0.1") are taken out, into scratch when there are any.
+text without_user_parameters(text uri, char (&scratch)[longest_value + 1]) {
+    const parts user = cut_at('@', uri);
+    const parts name = cut_at(';', user.before);
+    if (!user.found || !name.found)
+        return uri;
+    const text host = drop(user.before.size(), uri);
+    std::memcpy(scratch, name.before.data(), name.before.size());
+    std::memcpy(scratch + name.before.size(), host.data(), host.size());
+    return {scratch, name.before.size() + host.size()};
+}
+
+void read_tag(text value, char (&tag)[128]) {
+    const parts found = cut_at(tag_name, value);
+    if (found.found)
+        store(tag, cut_at(';', found.after).before);
+}
+
+// Reads an address whose URI ends at its first ";".
+template <class Member>
+uri_kind read_address(text uri, Member &member) {
+    return Parse_Uri(cut_at(';', uri).before, member.user, member.addr);
+}
+
+// First 255 characters of a value; a missing one reads as an empty text.
+text value_or_empty(text value) { return value.data() == nullptr ? text("") : at_most(longest_value, value); }
+
+} // namespace
+
+uri_kind Parse_Uri(text uri, char (&user)[32], IPV4_ADDRESS &addr) {
+    if (uri.data() == nullptr)
+        return no_uri;
+    if (starts_nocase(uri, "sip:")) {
+        const text rest = cut_at(';', drop(4, uri)).before;
+        const parts user_host = cut_at('@', rest);
+        const parts host_port = cut_at(':', user_host.found ? user_host.after : rest);
+        addr.port = host_port.found ? to_int(host_port.after) : default_port;
+        if (user_host.found)
+            store_user(user, user_host.before);
+        store(addr.ip, host_port.before);
+        return sip_uri;
+    }
+    if (!starts_nocase(uri, "tel:"))
+        SIPCODE_TRACE(0, "Decode Uri : '%s' is not a valid SIP uri", terminated(uri).c_str());
+    // Any other scheme is read as if it had four characters too.
+    const text rest = cut_at(';', drop(4, uri)).before;
+    const parts user_host = cut_at('@', rest);
+    store_user(user, user_host.found ? user_host.after : rest);
+    return other_uri;
+}
+
+void Parse_PCalledPartyID(SIP_FROMTO *callparty, const message &msg) {
+    const text value = at_most(longest_value, msg.value(header::p_called_party_id));
+    if (value.data() != nullptr)
+        read_address(Parse_Brackets(value), *callparty);
+}
+
+void Parse_From(SIP_FROMTO *from, const message &msg) {
+    const text value = value_or_empty(msg.filled_value(header::from, header::compact_from));
+    char scratch[longest_value + 1];
+    read_address(without_user_parameters(Parse_Brackets(value), scratch), *from);
+    read_tag(value, from->tag);
+}
+
+void Parse_To(SIP_FROMTO *to, const message &msg) {
+    const text value = value_or_empty(msg.filled_value(header::to, header::compact_to));
+    to->flag = read_address(Parse_Brackets(value), *to);
+    read_tag(value, to->tag);
+}
+
+void Parse_Contact(SIP_CONTACT *contact, const message &msg) {
+    const text value = at_most(longest_value, msg.value(header::contact, header::compact_contact));
+    if (value.data() != nullptr)
+        read_address(Parse_Brackets(value), *contact);
+}
+
+} // namespace sipcode
+
+void Uri_Decode(char *s) { sipcode::decode_escapes(s); }
+
+void Parse_Contact(SIP_CONTACT *contact, SIP_MSG *psip_msg) {
+    sipcode::Parse_Contact(contact, sipcode::message(*psip_msg));
+}

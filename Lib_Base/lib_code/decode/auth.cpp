@@ -1,0 +1,282 @@
+// Digest authentication (RFC 2617): credentials, challenges and the next nonce.
+//
+//   Authorization: Digest username="bob",realm="a.b",nonce="84a",uri="sip:a.b",response="e6f9",algorithm=MD5
+//       author: use 1, author_type 100, the five texts without their quotes, algorithm MD5, stale -1
+//   WWW-Authenticate: Digest realm="a.b",nonce="84a",stale=FALSE,algorithm=MD5,qop="auth,auth-int"
+//       authen: use 1, authen_type 102, ..., qop "auth,auth-int"
+//   bad: Authorization: Digest            use and author_type are set, the texts are empty
+//
+// Differs from the RFC on purpose: parameter names count wherever they stand, and a value without quotes runs to the end of
+// the header.
+#include <algorithm>
+
+#include "decoders.h"
+#include "host.h"
+
+namespace sipcode {
+namespace {
+
+constexpr std::size_t longest_credentials = 511;
+constexpr std::size_t longest_challenge = 255;
+constexpr std::size_t longest_info = 511;
+
+enum author_header { authorization_header = 100, proxy_authorization_header = 101 };
+enum authen_header { www_authenticate_header = 102, proxy_authenticate_header = 103 };
+
+// A parameter's value, with its double quotes taken out.
+class quoted_value {
+  public:
+    // Reads up to the second double quote of t, or to its end when there are fewer.
+    explicit quoted_value(text t) {
+        const parts before_quote = cut_at('"', t);
+        const parts quoted = cut_at('"', before_quote.after);
+        append(before_quote.before);
+        append(quoted.before);
+        if (!quoted.found)
+            return;
+        const std::size_t comma_before = before_quote.before.find(',');
+        const std::size_t comma = quoted.before.find(',');
+        width = comma_before != text::npos
+                    ? comma_before
+                    : before_quote.before.size() + (comma != text::npos ? comma : quoted.before.size());
+    }
+
+    text value() const { return {kept, length}; }
+
+    // How far the scan skips: the value's length, or the place of its first comma, or 0 when it was not quoted.
+    std::size_t skip() const { return width; }
+
+  private:
+    void append(text t) {
+        const text fitting = at_most(sizeof kept - length, t);
+        if (!fitting.empty())
+            std::memcpy(kept + length, fitting.data(), fitting.size());
+        length += fitting.size();
+    }
+
+    char kept[127];
+    std::size_t length = 0;
+    std::size_t width = 0;
+};
+
+// The first item of an algorithm list, or the list as it is when it has none.
+text first_algorithm(text list) {
+    constexpr std::size_t longest_list = 31;
+    text items = at_most(longest_list, list);
+    while (!items.empty() && items.front() == ',')
+        items.remove_prefix(1);
+    const text item = cut_at(',', items).before;
+    return item.empty() ? list : item;
+}
+
+// True when the name that ends before `end` is `name`, which includes its "=".
+bool name_ends_at(text header, std::size_t end, std::size_t scan_from, text name) {
+    if (end - scan_from < name.size() || !equals_nocase({header.data() + end - name.size(), name.size()}, name))
+        return false;
+    // "nonce=" that ends "cnonce=" is another parameter.
+    const std::size_t begin = end - name.size();
+    return name != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
+}
+
+// Stores stale and returns how many characters its value takes; a quoted one, like any other text, sets nothing.
+std::size_t read_stale(text value, int &stale) {
+    for (const text word : {"FALSE", "TRUE"}) {
+        if (starts_nocase(value, word)) {
+            stale = word == "TRUE";
+            return word.size();
+        }
+    }
+    return 0;
+}
+
+template <class Record>
+struct text_parameter {
+    text name;
+    void (*store_value)(Record &record, text value);
+};
+
+constexpr text_parameter<SIP_AUTHOR> credential_parameters[] = {
+    {"username=", [](SIP_AUTHOR &author, text value) { store(author.username, value); }},
+    {"realm=", [](SIP_AUTHOR &author, text value) { store(author.realm, value); }},
+    {"nonce=", [](SIP_AUTHOR &author, text value) { store(author.nonce, value); }},
+    {"uri=", [](SIP_AUTHOR &author, text value) { store(author.uri, value); }},
+    {"response=", [](SIP_AUTHOR &author, text value) { store(author.response, value); }},
+    {"algorithm=", [](SIP_AUTHOR &author, text value) { store(author.algorithm, first_algorithm(value)); }},
+};
+
+constexpr text_parameter<SIP_AUTHEN> challenge_parameters[] = {
+    {"realm=", [](SIP_AUTHEN &authen, text value) { store(authen.realm, value); }},
+    {"nonce=", [](SIP_AUTHEN &authen, text value) { store(authen.nonce, value); }},
+    {"algorithm=", [](SIP_AUTHEN &authen, text value) { store(authen.algorithm, first_algorithm(value)); }},
+    {"qop=", [](SIP_AUTHEN &authen, text value) { store(authen.qop, value); }},
+};
+
+constexpr text_parameter<NEXT_NONCE> info_parameters[] = {
+    {"nextnonce=", [](NEXT_NONCE &next, text value) { store(next.nonce, value); }},
+};
+
+// Finds the parameters of a header value from `from` on. A name holds no "=" but its last character, so only the texts that
+// end in one are compared. Without a place for it, stale is a name like any other.
+template <class Record, std::size_t N>
+void scan_parameters(text value, std::size_t from, const text_parameter<Record> (&names)[N], Record &record,
+                     int *stale) {
+    for (std::size_t equals = value.find('=', from); equals != text::npos; equals = value.find('=', from)) {
+        const std::size_t begin = equals + 1;
+        const auto ends_here = [&](text name) { return name_ends_at(value, begin, from, name); };
+        const auto known = std::find_if(std::begin(names), std::end(names),
+                                        [&](const text_parameter<Record> &entry) { return ends_here(entry.name); });
+        if (known != std::end(names)) {
+            const quoted_value found(drop(begin, value));
+            known->store_value(record, found.value());
+            from = begin + found.skip() + 1;
+        } else if (stale != nullptr && ends_here("stale=")) {
+            from = begin + read_stale(drop(begin, value), *stale);
+        } else {
+            from = begin;
+        }
+    }
+}
+
+// Credentials and challenges begin with a scheme name and a space; without the space there is nothing to read.
+template <class Record, std::size_t N>
+void scan_behind_scheme(text value, const text_parameter<Record> (&names)[N], Record &record) {
+    const std::size_t space = value.find(' ');
+    if (space != text::npos)
+        scan_parameters(value, space + 1, names, record, &record.stale);
+}
+
+bool read_author(SIP_AUTHOR &author, text value, author_header type) {
+    if (value.empty())
+        return false;
+    author.use = 1;
+    author.author_type = type;
+    scan_behind_scheme(at_most(longest_credentials, value), credential_parameters, author);
+    return true;
+}
+
+bool read_authen(SIP_AUTHEN &authen, text value, authen_header type) {
+    if (value.empty())
+        return false;
+    authen.use = 1;
+    authen.authen_type = type;
+    scan_behind_scheme(at_most(longest_challenge, value), challenge_parameters, authen);
+    return true;
+}
+
+} // namespace
+
+void Parse_Author(SIP_AUTHOR *pauthor, const message &msg) {
+    store(pauthor->username, {});
+    store(pauthor->realm, {});
+    store(pauthor->nonce, {});
+    store(pauthor->uri, {});
+    store(pauthor->response, {});
+    store(pauthor->algorithm, {});
+    pauthor->stale = -1;
+    if (!read_author(*pauthor, msg.value(header::authorization), authorization_header))
+        read_author(*pauthor, msg.value(header::proxy_authorization), proxy_authorization_header);
+}
+
+void Parse_Authen(SIP_AUTHEN *pauthen, const message &msg) {
+    if (!read_authen(*pauthen, msg.value(header::www_authenticate), www_authenticate_header))
+        read_authen(*pauthen, msg.value(header::proxy_authenticate), proxy_authenticate_header);
+}
+
+void Parse_Authen_Info(NEXT_NONCE *next_nonce, const message &msg) {
+    const text value = at_most(longest_info, msg.value(header::authentication_info));
+    next_nonce->use = !value.empty();
+    scan_parameters(value, 0, info_parameters, *next_nonce, nullptr);
+}
+
+// --------------------------------------------------------------------------------- the older challenge decoders
+
+namespace {
+
+// A working copy of the message text for one extraction, cut in place by the host.
+class extraction {
+  public:
+    extraction(const char *message_text, const char *start, const char *end) {
+        copy[0] = '\0';
+        ::Copy_String(copy, message_text, sizeof copy);
+        char *cursor = copy;
+        found = Str_Two_Tok(&cursor, start, end);
+    }
+
+    template <std::size_t N>
+    void copy_to(char (&member)[N]) const {
+        if (found != nullptr)
+            Str_N_Copy(member, found, N - 1);
+    }
+
+  private:
+    char copy[4096];
+    const char *found;
+};
+
+bool is_digest(const char *value) { return value != nullptr && Str_Cmp(value, "Digest ") == 0; }
+
+void read_old_challenge(SIP_AUTHEN &authen, const char *buf, const char *realm_end, const char *nonce_end) {
+    extraction(buf, "realm=\"", realm_end).copy_to(authen.realm);
+    extraction(buf, "nonce=\"", nonce_end).copy_to(authen.nonce);
+    store(authen.algorithm, "MD5");
+    store(authen.qop, "auth");
+}
+
+void read_old_stale(SIP_AUTHEN &authen, const char *buf) {
+    char stale[100] = {};
+    extraction(buf, "stale=", ",algor").copy_to(stale);
+    authen.stale = Str_Cmp(stale, "TRUE") == 0;
+}
+
+} // namespace
+} // namespace sipcode
+
+int Del_Quote_Mark(char *src, char *dst) {
+    char *to = dst;
+    int quotes = 0;
+    for (; *src != '\0'; ++src) {
+        if (*src != '"') {
+            *to++ = *src;
+        } else if (++quotes == 2) {
+            *to = '\0';
+            return static_cast<int>(std::strcspn(dst, ","));
+        }
+    }
+    return 0;
+}
+
+void Parse_Author(SIP_AUTHOR *pauthor, SIP_MSG *psip_msg) {
+    sipcode::Parse_Author(pauthor, sipcode::message(*psip_msg));
+}
+
+void Parse_Authen(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg) {
+    sipcode::Parse_Authen(pauthen, sipcode::message(*psip_msg));
+}
+
+void Parse_Authen_Info(NEXT_NONCE *next_nonce, SIP_MSG *psip_msg) {
+    sipcode::Parse_Authen_Info(next_nonce, sipcode::message(*psip_msg));
+}
+
+void Parse_Authen_bak(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf) {
+    using namespace sipcode;
+    if (!is_digest(Parse_Header(psip_msg, "WWW-Authenticate")))
+        return;
+    read_old_challenge(*pauthen, buf, "\",domain=", "\",stale=");
+    read_old_stale(*pauthen, buf);
+}
+
+void Parse_Authen_bak2(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf) {
+    using namespace sipcode;
+    if (!is_digest(Parse_Header(psip_msg, "Proxy-Authenticate")))
+        return;
+    read_old_challenge(*pauthen, buf, "\",nonce=", "\",algorithm=");
+    pauthen->stale = 0;
+}
+
+void Parse_Authen_bak3(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf) {
+    using namespace sipcode;
+    if (!is_digest(Parse_Header(psip_msg, "Proxy-Authenticate")))
+        return;
+    read_old_challenge(*pauthen, buf, "\",domain=", "\",stale=");
+    read_old_stale(*pauthen, buf);
+}

@@ -1,0 +1,99 @@
+// Bodies that are no session description: DTMF of an INFO, message-waiting summary (RFC 3842), and the text of a MESSAGE,
+// SUBSCRIBE or NOTIFY.
+//
+//   application/dtmf-relay   Signal=5 on a line of its own            info.key 5
+//   application/dtmf         5                                        info.key 5
+//   Messages-Waiting: yes
+//   Message-Account: sip:*97@10.0.0.1
+//   Voice-Message: 2/8 (0/2)                                          message_summary
+#include "decoders.h"
+#include "host.h"
+#include "log.h"
+
+namespace sipcode {
+namespace {
+
+// The first filled value of a body line made of the name, "=" and the value; empty when there is none.
+text Parse_Get_Body(const message &msg, text name) {
+    for (int i = 0; i < msg.body_lines(); ++i)
+        if (const text value = Parse_Get_Body_By_Line(msg.body_line(i), name); !value.empty())
+            return value;
+    return {};
+}
+
+// A working copy of a summary, from which one line is cut in place.
+class summary_line {
+  public:
+    summary_line(const char *body, const char *start) {
+        ::Copy_String(copy, body, sizeof copy);
+        char *cursor = copy;
+        found = Str_Two_Tok(&cursor, start, "\r\n");
+    }
+
+    const char *value() const { return found; }
+
+  private:
+    char copy[511];
+    const char *found;
+};
+
+void read_message_counts(text value, MESSAGE_SUMMARY &summary) {
+    scanner counts(value);
+    static_cast<void>(counts.integer(summary.newmsgcount) && counts.literal("/") &&
+                      counts.integer(summary.oldmsgcount) && counts.white_space() && counts.literal("(") &&
+                      counts.integer(summary.urgentmsgcount) && counts.literal("/") &&
+                      counts.integer(summary.urgentoldcount));
+}
+
+} // namespace
+
+text Parse_Get_Body_By_Line(text line, text name) {
+    if (!starts_nocase(line, name) || line.size() == name.size() || line[name.size()] != '=')
+        return {};
+    return skip_blanks(drop(name.size() + 1, line));
+}
+
+void Parse_Info(SIP_INFO *info, message &msg) {
+    const text type = msg.value(header::content_type, header::compact_content_type);
+    if (equals_nocase(type, "application/dtmf-relay")) {
+        const text signal = Parse_Get_Body(msg, "Signal");
+        if (signal.empty()) {
+            SIPCODE_TRACE(0, "Unable to retrieve DTMF signal from INFO message");
+            return;
+        }
+        info->use = 1;
+        store(info->key, signal);
+    } else if (equals_nocase(type, "application/dtmf")) {
+        msg.trim_body();
+        info->use = 1;
+        store(info->key, msg.body());
+    }
+}
+
+void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg) {
+    if (msg.body().empty())
+        return;
+    SDP->use = 1;
+    store(SDP->content, {});
+    Str_N_Copy(SDP->content, msg.body().data(), sizeof SDP->content - 1);
+}
+
+} // namespace sipcode
+
+void Parse_Info(SIP_INFO *info, SIP_MSG *psip_msg) {
+    sipcode::message msg(*psip_msg);
+    sipcode::Parse_Info(info, msg);
+}
+
+void Parse_Message_Summary(MESSAGE_SUMMARY *ptMsgSummary, char *pchMesseagSummary) {
+    using namespace sipcode;
+    if (pchMesseagSummary == nullptr || *pchMesseagSummary == '\0')
+        return;
+    if (const summary_line waiting(pchMesseagSummary, "Messages-Waiting: "); waiting.value() != nullptr)
+        Str_N_Copy(ptMsgSummary->messageswaiting, waiting.value(), sizeof ptMsgSummary->messageswaiting - 1);
+    if (const summary_line account(pchMesseagSummary, "Message-Account: "); account.value() != nullptr)
+        Parse_Uri(account.value(), ptMsgSummary->account, ptMsgSummary->addr);
+    if (const summary_line counts(pchMesseagSummary, "Voice-Message:"); counts.value() != nullptr)
+        read_message_counts(counts.value(), *ptMsgSummary);
+    ptMsgSummary->use = 1;
+}

@@ -1,0 +1,156 @@
+// Sip_Decode: the order of work. What each step reads stands in the file of its decoder.
+#include <algorithm>
+#include <initializer_list>
+
+#include "decoders.h"
+#include "host.h"
+#include "log.h"
+#include "methods.h"
+
+namespace sipcode {
+namespace {
+
+constexpr int decoded = 1;
+constexpr int refused = -1;
+
+// Kind of a response. A status that the table does not hold is taken as 480, or as unknown outside 400 to 699; the line is
+// logged either way.
+int response_kind(const char *status) {
+    const int kind = SIP_Decode_Parse_Method_Response(text(status));
+    if (kind != SIP_REQUEST_MSG_UNKNOWN)
+        return kind;
+    const int stand_in = SIP_Decode_Parse_Other_Response(text(status));
+    SIPCODE_TRACE(1, "recv sip response method: [%s], transfer to 480", status);
+    return stand_in;
+}
+
+void decode_start_line(const message &msg, SIP_CODE_MSG &record) {
+    SIP_MSG &split = msg.split;
+    if (split.method == SIP_REQUEST_MSG_RESPONSE)
+        split.method = response_kind(split.rlPart2);
+    else
+        Parse_Uri(split.rlPart2, record.uri.user, record.uri.addr);
+    record.method = split.method;
+}
+
+// Three or more Vias are counted and not read. False when there is none.
+bool decode_vias(const message &msg, SIP_CODE_MSG &record) {
+    record.via_count = SIP_Decode_Judge_Via_Count(msg);
+    if (record.via_count == 1)
+        Parse_Via(&record.via, msg);
+    else if (record.via_count == 2)
+        Parse_Via_Pair(&record.via1, &record.via, msg);
+    return record.via_count != 0;
+}
+
+void decode_rseq(const message &msg, SIP_CODE_MSG &record) {
+    record.rseq.use = Parse_RSeq(msg, &record) == 1;
+    if (record.rseq.use == 0)
+        record.rseq.RSeq = -1;
+}
+
+void decode_expiry(const message &msg, SIP_CODE_MSG &record) {
+    Parse_Expires(&record.expire.expires, msg);
+    record.expire.use = record.expire.expires != 0;
+}
+
+bool is_any_of(int identifier, std::initializer_list<int> identifiers) {
+    return std::find(identifiers.begin(), identifiers.end(), identifier) != identifiers.end();
+}
+
+bool carries_session(int method, int cseq_method) {
+    return is_any_of(cseq_method, {SIP_REQUEST_MSG_INVITE, SIP_REQUEST_MSG_ACK, SIP_REQUEST_MSG_UPDATE}) &&
+           is_any_of(method, {SIP_REQUEST_MSG_INVITE, SIP_RESPONSE_MSG_183_RING, SIP_RESPONSE_MSG_180_RING,
+                              SIP_RESPONSE_MSG_181, SIP_RESPONSE_MSG_182_RING, SIP_RESPONSE_MSG_200_OK,
+                              SIP_REQUEST_MSG_ACK, SIP_REQUEST_MSG_UPDATE});
+}
+
+bool carries_credentials(int method, int cseq_method) {
+    return cseq_method == SIP_REQUEST_MSG_REGISTER ||
+           is_any_of(method, {SIP_REQUEST_MSG_INVITE, SIP_REQUEST_MSG_SUBCRIBE, SIP_REQUEST_MSG_MESSAGE});
+}
+
+bool carries_challenge(int method, int cseq_method) {
+    return is_any_of(cseq_method, {SIP_REQUEST_MSG_REGISTER, SIP_REQUEST_MSG_INVITE, SIP_REQUEST_MSG_BYE,
+                                   SIP_REQUEST_MSG_SUBCRIBE, SIP_REQUEST_MSG_MESSAGE}) &&
+           is_any_of(method, {SIP_RESPONSE_MSG_401_UNAUTHORIZED, SIP_RESPONSE_MSG_407_PROXY_AUTHENTICATION_REQUIRED});
+}
+
+// Bodies and credentials: which a message has is told by its method and that of its CSeq.
+void decode_by_method(message &msg, SIP_CODE_MSG &record) {
+    const int method = record.method;
+    const int cseq_method = record.cseq.method;
+    if (carries_session(method, cseq_method))
+        Parse_Sdp(&record.sdp, msg);
+    if (is_any_of(cseq_method, {SIP_REQUEST_MSG_MESSAGE, SIP_REQUEST_MSG_SUBCRIBE, SIP_REQUEST_MSG_NOTIFY}))
+        Parse_Sdp_Sub_And_Msg(&record.msg_sdp, msg);
+    if (method == SIP_REQUEST_MSG_NOTIFY)
+        Parse_Message_Summary(&record.message_summary, msg.split.content);
+    Parse_Content_Type(&record.content, msg);
+    if (cseq_method == SIP_REQUEST_MSG_INFO && method == SIP_REQUEST_MSG_INFO)
+        Parse_Info(&record.info, msg);
+    if (carries_credentials(method, cseq_method))
+        Parse_Author(&record.author, msg);
+    if (carries_challenge(method, cseq_method))
+        Parse_Authen(&record.authen, msg);
+    if (cseq_method == SIP_REQUEST_MSG_REGISTER)
+        Parse_Authen_Info(&record.authen.next_nonce, msg);
+}
+
+int decode(message &msg, SIP_CODE_MSG &record) {
+    if (msg.header_lines() < 2) // the start line alone
+        return refused;
+    if (Parse_Callid(msg, &record) < 0 || Parse_Cseq(&record.cseq, msg) < 0)
+        return refused;
+    decode_start_line(msg, record);
+
+    Parse_Record_Route(msg, &record);
+    Parse_Service_Route(msg, &record);
+    Parse_Korvadex(msg, &record);
+    Parse_Korvadex_Trunk(msg, &record);
+    if (record.method == SIP_REQUEST_MSG_REFER)
+        Parse_Refer_Info(&record.refer_to, msg);
+    Parse_Forwards(&record.max_forward, msg);
+    if (Parse_Require(msg, &record) < 0)
+        record.require.use = 0;
+    Parse_RAck(&record.rack, msg);
+    Parse_PCalledPartyID(&record.callparty, msg);
+    if (!decode_vias(msg, record))
+        return refused;
+    Parse_Supported(msg, &record);
+    decode_rseq(msg, record);
+    decode_expiry(msg, record);
+    Parse_From(&record.from, msg);
+    Parse_To(&record.to, msg);
+    if (record.cseq.method == SIP_REQUEST_MSG_INVITE && record.method == SIP_REQUEST_MSG_INVITE)
+        Parse_Alert(&record.alert, msg);
+    Parse_Contact(&record.contact, msg);
+    Parse_Event(&record.event, msg);
+    Parse_History_info(msg, &record);
+    Parse_Date(msg, &record);
+    Parse_Replaces(msg, &record);
+    Parse_ReferredBy(msg, &record);
+    Parse_Subscription_State(msg, &record);
+    Parse_User_Agent(msg, &record);
+    Parse_Session_Expires(&record.session_expires, msg);
+    Parse_Min_Se(&record.min_se, msg);
+    Parse_Min_Expires(&record.min_expires, msg);
+    Parse_Call_Info(msg, &record);
+    decode_by_method(msg, record);
+    Str_N_Copy(record.xml_buf, msg.split.content, sizeof record.xml_buf);
+    return decoded;
+}
+
+} // namespace
+} // namespace sipcode
+
+int Sip_Decode(char *buf, SIP_CODE_MSG *pcode_msg) {
+    using namespace sipcode;
+    SIP_MSG split; // the splitter sets all that is read of it
+    Str_N_Copy(split.data, buf, sizeof split.data);
+    message msg(split, message::unsplit{});
+    if (SIP_Decode_Parse_Msg(msg) < 0)
+        return refused;
+    split.method = SIP_Decode_Parse_Method(text(split.rlPart1));
+    return decode(msg, *pcode_msg);
+}

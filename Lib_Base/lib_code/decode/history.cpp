@@ -1,0 +1,46 @@
+// History-Info (RFC 7044), the first such header alone.
+//
+//   History-Info: <sip:2002@10.0.0.1;cause=302>;index=1, <sip:1001@10.0.0.2:5070>;index=1.1
+//       history_info[0]: user 2002, addr 10.0.0.1 5060, cause 302; [1]: user 1001, addr 10.0.0.2 5070
+//
+// Four entries are kept. What stands outside the brackets, the index included, is not read.
+#include <algorithm>
+
+#include "decoders.h"
+#include "host.h"
+
+namespace sipcode {
+namespace {
+
+constexpr std::size_t cause_length = 3;
+
+void Parse_HistoryInfo_Cause(text entry, char (&cause)[16]) {
+    const parts found = cut_at("cause=", entry);
+    if (found.found)
+        store(cause, at_most(cause_length, found.after));
+}
+
+} // namespace
+
+void Parse_History_info(const message &msg, SIP_CODE_MSG *pcode_msg) {
+    const text value = msg.value(header::history_info);
+    if (value.data() == nullptr)
+        return;
+    char scratch[512];
+    ::Copy_String(scratch, value.data(), sizeof scratch);
+    char *cursor = scratch;
+    const auto is_free = [](const SIP_HISTORY_INFO &slot) { return slot.use == 0; };
+    for (auto *slot = pcode_msg->history_info;; ++slot) {
+        slot = std::find_if(slot, std::end(pcode_msg->history_info), is_free);
+        if (slot == std::end(pcode_msg->history_info))
+            return;
+        const char *const entry = Str_Two_Tok(&cursor, "<", ">");
+        if (entry == nullptr)
+            return;
+        slot->use = 1;
+        Parse_HistoryInfo_Cause(entry, slot->cause);
+        Parse_Uri(entry, slot->user, slot->addr);
+    }
+}
+
+} // namespace sipcode

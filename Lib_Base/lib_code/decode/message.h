@@ -1,0 +1,126 @@
+// The split message as the decoders see it: lines as slices, and headers found by name without a search.
+#pragma once
+
+#include <cstdint>
+
+#include "decode.h"
+#include "text.h"
+
+namespace sipcode {
+
+inline constexpr int max_lines = 64; // entries of SIP_MSG.header and of SIP_MSG.line
+
+// Every header name that a decoder looks up, compact forms included.
+enum class header : std::uint8_t {
+    alert_info,
+    authentication_info,
+    authorization,
+    call_id,
+    call_info,
+    contact,
+    content_type,
+    cseq,
+    date,
+    event,
+    expires,
+    from,
+    history_info,
+    korvadex,
+    korvadex_extern,
+    max_forwards,
+    min_expires,
+    min_se,
+    p_called_party_id,
+    proxy_authenticate,
+    proxy_authorization,
+    rack,
+    record_route,
+    refer_to,
+    referred_by,
+    replaces,
+    require,
+    rseq,
+    service_route,
+    session_expires,
+    subscription_state,
+    supported,
+    to,
+    user_agent,
+    via,
+    www_authenticate,
+    compact_call_id,         // "i"
+    compact_contact,         // "m"
+    compact_content_type,    // "c"
+    compact_from,            // "f"
+    compact_session_expires, // "x"
+    compact_supported,       // "k"
+    compact_to,              // "t"
+    compact_via,             // "v"
+};
+inline constexpr std::size_t header_count = static_cast<std::size_t>(header::compact_via) + 1;
+
+// A message that SIP_Decode_Parse_Msg split, or one that the host did.
+class message {
+  public:
+    // Over a message that is still to be split.
+    struct unsplit {};
+    message(SIP_MSG &storage, unsplit) : split(storage) {}
+
+    // Over a message that the host split.
+    explicit message(SIP_MSG &host_split);
+
+    message(const message &) = delete;
+    message &operator=(const message &) = delete;
+
+    int header_lines() const { return header_line_count; }
+    text header_line(int index) const { return {split.header[index], header_length[index]}; }
+
+    int body_lines() const { return body_line_count; }
+    text body_line(int index) const { return {split.line[index], body_length[index]}; }
+
+    // Value of the first header line with this name, behind the colon and leading blanks; a null slice when there is none.
+    // Its data is terminated at its end.
+    text value(header name) const {
+        const int line = first_line[static_cast<std::size_t>(name)] - 1;
+        return line < 0 ? text() : value_of(header_line(line));
+    }
+
+    // The same, by the full name or, when there is no such line, by the compact form.
+    text value(header name, header compact) const {
+        const text full = value(name);
+        return full.data() != nullptr ? full : value(compact);
+    }
+
+    // The same, with the compact form also standing in for an empty value.
+    text filled_value(header name, header compact) const {
+        const text full = value(name);
+        return full.empty() ? value(compact) : full;
+    }
+
+    // The body as received.
+    text body() const { return {split.content, content_length}; }
+
+    // Takes trailing blanks off the body, in place.
+    void trim_body();
+
+    SIP_MSG &split;
+
+  private:
+    friend int SIP_Decode_Parse_Msg(message &msg);
+
+    static text value_of(text line) { return skip_blanks(cut_at(':', line).after); }
+    void index_headers();
+
+    // Only the lengths of counted lines are ever set: a decode does not pay for entries that it does not use.
+    unsigned header_length[max_lines];
+    unsigned body_length[max_lines];
+    std::uint8_t first_line[header_count] = {}; // 1 + the line on which a header stands first, 0 when on none
+    int header_line_count = 0;
+    int body_line_count = 0;
+    std::size_t content_length = 0;
+};
+
+// Splits the text in msg.split.data, terminated and size bytes long. 0 when it has an acceptable start line, else -1.
+int SIP_Decode_Parse_Msg(message &msg);
+
+} // namespace sipcode

@@ -1,0 +1,118 @@
+// Route set and option tags: Record-Route and Supported (RFC 3261 sections 20.30 and 20.37).
+//
+//   Record-Route: <sip:10.0.0.1;lr>        one line: kept verbatim, however many routes it lists
+//   Record-Route: <sip:10.0.0.2;lr>        two lines: joined by a comma, in the order that the host's next message needs
+//   Supported: timer,replaces              supported_type 2, 3
+//   bad:  Supported: timer, replaces       supported_type 2, 0: the blank is part of the second tag
+//
+// Three or more Record-Route lines are left alone.
+#include "decoders.h"
+#include "host.h"
+
+namespace sipcode {
+namespace {
+
+constexpr std::size_t longest_line = 255;
+
+bool is_record_route_line(text line) { return starts_nocase(line, "Record-Route"); }
+
+int SIP_Decode_Judge_RecordRoute_Count(const message &msg) {
+    int count = 0;
+    for (int i = 0; i < msg.header_lines(); ++i)
+        count += is_record_route_line(msg.header_line(i));
+    return count;
+}
+
+void Decode_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
+    const text value = msg.value(header::record_route);
+    if (value.data() == nullptr)
+        return;
+    pcode_msg->record_route.use = 1;
+    Str_N_Copy(pcode_msg->record_route.content, value.data(), sizeof pcode_msg->record_route.content - 1);
+}
+
+// The last of the lines, behind its colon and the one blank that is taken to stand there.
+text second_route(const message &msg) {
+    int last = msg.header_lines() - 1;
+    while (!is_record_route_line(msg.header_line(last)))
+        --last;
+    return drop(1, cut_at(':', at_most(longest_line, msg.header_line(last))).after);
+}
+
+// A response that sets up a dialog lists the routes from the far end; requests need them from the near one.
+bool routes_are_reversed(int method, int cseq_method) {
+    return method == SIP_RESPONSE_MSG_180_RING || method == SIP_RESPONSE_MSG_183_RING ||
+           (method == SIP_RESPONSE_MSG_200_OK && cseq_method == SIP_REQUEST_MSG_INVITE);
+}
+
+template <std::size_t N>
+void store_joined(char (&member)[N], text first, text second) {
+    char joined[N];
+    store(joined, first);
+    if (first.size() < N - 1) {
+        joined[first.size()] = ',';
+        const text kept = at_most(N - 2 - first.size(), second);
+        if (!kept.empty())
+            std::memcpy(joined + first.size() + 1, kept.data(), kept.size());
+    }
+    store(member, text(joined));
+}
+
+int CompareSupportedString(const char *pSupported) {
+    if (pSupported == nullptr || *pSupported == '\0')
+        return SUP_UNKOWN;
+    if (Str_Cmp(pSupported, "timer") == 0)
+        return SUP_TIMER;
+    if (Str_Cmp(pSupported, "replaces") == 0)
+        return SUP_REPLACES;
+    if (Str_Cmp(pSupported, "P_Early_Media") == 0)
+        return SUP_EARLY_MEDIA;
+    return SUP_UNKOWN;
+}
+
+} // namespace
+
+void Parse_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
+    const int count = SIP_Decode_Judge_RecordRoute_Count(msg);
+    if (count == 1 || count == 2)
+        Decode_Record_Route(msg, pcode_msg);
+    if (count != 2)
+        return;
+    SIP_RECORD_ROUTE &routes = pcode_msg->record_route;
+    const text first = member_text(routes.content);
+    const text second = second_route(msg);
+    routes.use = 1;
+    if (routes_are_reversed(msg.split.method, pcode_msg->cseq.method))
+        store_joined(routes.content, second, first);
+    else
+        store_joined(routes.content, first, second);
+}
+
+int Parse_Supported(const message &msg, SIP_CODE_MSG *pcode_msg) {
+    SIP_SUPPORTED &supported = pcode_msg->supported;
+    const text value = msg.value(header::supported, header::compact_supported);
+    if (value.data() == nullptr) {
+        supported.use = 0;
+        return -1;
+    }
+    constexpr int slots = sizeof supported.supported_type / sizeof supported.supported_type[0];
+    char tags[sizeof supported.SUPPORTED] = {};
+    Str_N_Copy(tags, value.data(), sizeof tags - 1);
+    Str_N_Copy(supported.SUPPORTED, value.data(), sizeof supported.SUPPORTED - 1);
+    supported.use = 1;
+
+    char *cursor = tags;
+    const char *tag = Str_Tok(&cursor, ",");
+    supported.supported_type[0] = static_cast<SIP_SUPPORTED_TYPE>(CompareSupportedString(tag));
+    if (cursor == nullptr || *cursor == '\0')
+        return 1;
+    for (int slot = 1; slot < slots && (tag = Str_Tok(&cursor, ",")) != nullptr; ++slot)
+        supported.supported_type[slot] = static_cast<SIP_SUPPORTED_TYPE>(CompareSupportedString(tag));
+    return 1;
+}
+
+} // namespace sipcode
+
+int SIP_Decode_Judge_RecordRoute_Count(SIP_MSG *psip_msg) {
+    return psip_msg == nullptr ? -1 : sipcode::SIP_Decode_Judge_RecordRoute_Count(sipcode::message(*psip_msg));
+}

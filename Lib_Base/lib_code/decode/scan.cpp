@@ -1,0 +1,69 @@
+// Scanning primitives: lookup of header and body lines, brackets, and what of them is exported to the host.
+//
+//   "Desk <1>" <sip:1001@10.0.0.1>;tag=a    in brackets: sip:1001@10.0.0.1
+#include "decoders.h"
+#include "log.h"
+
+namespace sipcode {
+
+text Parse_Brackets(text value) {
+    std::size_t open = value.find('<');
+    for (std::size_t at = 0;;) {
+        if (open != text::npos && open < at)
+            open = value.find('<', at); // the one found stood inside a quoted string
+        if (open == text::npos)
+            return value;
+        const std::size_t quote = value.find('"', at);
+        if (quote == text::npos || open < quote) {
+            const text inside = drop(open + 1, value);
+            const parts closed = cut_at('>', inside);
+            if (closed.found)
+                return closed.before;
+            SIPCODE_TRACE(1, "No closing bracket found in '%s'", terminated(value).c_str());
+            return value;
+        }
+        std::size_t closing = quote;
+        do
+            closing = value.find('"', closing + 1);
+        while (closing != text::npos && value[closing - 1] == '\\');
+        if (closing == text::npos) {
+            SIPCODE_TRACE(1, "No closing quote found in '%s'", terminated(value).c_str());
+            return value;
+        }
+        at = closing + 1;
+    }
+}
+
+} // namespace sipcode
+
+const char *Parse_Header(const SIP_MSG *psip_msg, const char *name) {
+    using namespace sipcode;
+    if (psip_msg == nullptr || name == nullptr)
+        return nullptr;
+    const text wanted = name;
+    for (int i = 0; i < psip_msg->headers && i < max_lines; ++i) {
+        const char *const entry = psip_msg->header[i];
+        if (entry == nullptr)
+            continue;
+        const text line = entry;
+        if (starts_nocase(line, wanted) && line.size() > wanted.size() && line[wanted.size()] == ':')
+            return skip_blanks(drop(wanted.size() + 1, line)).data();
+    }
+    return nullptr;
+}
+
+char *Parse_Skip_Blanks(const char *str) {
+    while (sipcode::is_blank(*str))
+        ++str;
+    return const_cast<char *>(str); // the interface takes and gives the caller's own text
+}
+
+int Judge_Strlen_Zero(const char *s) { return s == nullptr || *s == '\0'; }
+
+void Copy_String(char *dst, const char *src, size_t size) {
+    if (dst == nullptr || src == nullptr || size == 0)
+        return;
+    const size_t length = strnlen(src, size - 1);
+    std::memcpy(dst, src, length);
+    dst[length] = '\0';
+}

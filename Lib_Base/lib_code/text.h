@@ -1,0 +1,165 @@
+// Text idioms of the library: slices of received text, the one bounded store, the one number reader.
+//
+// A slice is a std::string_view into text that the caller owns. Only the parts of std::string_view that neither throw nor
+// need a C++ runtime are used; what could throw (substr) has its own name here.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace sipcode {
+
+using text = std::string_view;
+
+constexpr bool is_blank(char c) { return static_cast<unsigned char>(c - 1) < 32; } // bytes 1 to 32
+constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
+constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+
+// What the C library's number readers skip; fewer bytes than a blank.
+constexpr bool is_white_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+constexpr text at_most(std::size_t n, text t) { return {t.data(), t.size() < n ? t.size() : n}; }
+
+constexpr text drop(std::size_t n, text t) {
+    const std::size_t dropped = t.size() < n ? t.size() : n;
+    return {t.data() + dropped, t.size() - dropped};
+}
+
+constexpr text skip_blanks(text t) {
+    while (!t.empty() && is_blank(t.front()))
+        t.remove_prefix(1);
+    return t;
+}
+
+constexpr text trim_end(text t) {
+    while (!t.empty() && is_blank(t.back()))
+        t.remove_suffix(1);
+    return t;
+}
+
+// A text cut at the first occurrence of a mark: without one, before is the whole text.
+struct parts {
+    text before;
+    text after;
+    bool found;
+};
+
+constexpr parts cut_at(char mark, text t) {
+    const std::size_t at = t.find(mark);
+    return at == text::npos ? parts{t, {}, false} : parts{at_most(at, t), drop(at + 1, t), true};
+}
+
+constexpr parts cut_at(text mark, text t) {
+    const std::size_t at = t.find(mark);
+    return at == text::npos ? parts{t, {}, false} : parts{at_most(at, t), drop(at + mark.size(), t), true};
+}
+
+constexpr bool contains(text t, char mark) { return t.find(mark) != text::npos; }
+
+// A text member, read to its end when a host left it unterminated.
+template <std::size_t N>
+text member_text(const char (&member)[N]) {
+    return {member, strnlen(member, N)};
+}
+
+constexpr bool equals_nocase(text a, text b) {
+    if (a.size() != b.size())
+        return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (lower(a[i]) != lower(b[i]))
+            return false;
+    return true;
+}
+
+constexpr bool starts_nocase(text t, text prefix) {
+    return t.size() >= prefix.size() && equals_nocase(at_most(prefix.size(), t), prefix);
+}
+
+// The one store into a text member: as much of the value as fits, every other byte zero.
+template <std::size_t N>
+void store(char (&member)[N], text value) {
+    const text kept = at_most(N - 1, value);
+    if (!kept.empty())
+        std::memcpy(member, kept.data(), kept.size());
+    std::memset(member + kept.size(), 0, N - kept.size());
+}
+
+struct number {
+    int value;
+    std::size_t length; // characters read, leading white space included; 0 when there is no number
+};
+
+// Reads a number as "%d" does: white space, one sign, decimal digits. A number too large for 64 bits saturates there, and
+// the low 32 bits are kept, as the C library does on LP64.
+constexpr number read_number(text t) {
+    std::size_t at = 0;
+    while (at < t.size() && is_white_space(t[at]))
+        ++at;
+    const bool negative = at < t.size() && t[at] == '-';
+    if (at < t.size() && (t[at] == '-' || t[at] == '+'))
+        ++at;
+    const std::size_t digits = at;
+    const std::uint64_t largest = static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0);
+    std::uint64_t magnitude = 0;
+    for (; at < t.size() && is_digit(t[at]); ++at) {
+        const auto digit = static_cast<std::uint64_t>(t[at] - '0');
+        magnitude = magnitude > (largest - digit) / 10 ? largest : magnitude * 10 + digit;
+    }
+    if (at == digits)
+        return {0, 0};
+    const auto low = static_cast<std::uint32_t>(magnitude);
+    return {static_cast<int>(negative ? 0U - low : low), at};
+}
+
+// Reads a number as atoi does: 0 when there is none.
+constexpr int to_int(text t) { return read_number(t).value; }
+
+// Reads a text item by item as a scanf format does: each step moves on only when it matches.
+class scanner {
+  public:
+    explicit constexpr scanner(text input) : left(input) {}
+
+    constexpr text rest() const { return left; }
+
+    constexpr bool literal(text expected) {
+        if (!left.starts_with(expected))
+            return false;
+        left.remove_prefix(expected.size());
+        return true;
+    }
+
+    // Any white space, none included; always matches.
+    constexpr bool white_space() {
+        while (!left.empty() && is_white_space(left.front()))
+            left.remove_prefix(1);
+        return true;
+    }
+
+    // "%d"
+    constexpr bool integer(int &value) {
+        const number found = read_number(left);
+        if (found.length == 0)
+            return false;
+        value = found.value;
+        left.remove_prefix(found.length);
+        return true;
+    }
+
+    // "%s": the text up to the next white space; empty, which is no match, only at the end.
+    constexpr text word() {
+        white_space();
+        std::size_t length = 0;
+        while (length < left.size() && !is_white_space(left[length]))
+            ++length;
+        const text taken = at_most(length, left);
+        left.remove_prefix(length);
+        return taken;
+    }
+
+  private:
+    text left;
+};
+
+} // namespace sipcode
