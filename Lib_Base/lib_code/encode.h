@@ -1,8 +1,24 @@
-/* encode.h - the codec record into SIP text, and the builders of the values that a new message needs. */
+/* encode.h - the codec record into SIP text, and the builders of the values that a new message needs.
+ *
+ * Threads: the two encoders, Build_Date and BuildDefaultSdp may run at once on different records and buffers. Build_Tag,
+ * Build_Via_Branch and Bulid_Call_id share two counters and the C library's random generator, which Build_Via_Branch and
+ * Bulid_Call_id seed anew: call them from one thread at a time.
+ */
 #ifndef SIPCODE_ENCODE_H
 #define SIPCODE_ENCODE_H
 
 #include "code.h"
+
+/* Room, in bytes with the terminator, that each buffer must have. Nothing is written beyond it, whatever the record holds:
+ * the sizes are those of the longest message, with every text member full and not terminated and every number at its
+ * longest. */
+#define SIP_REQUEST_SIZE 9216
+#define SIP_RESPONSE_SIZE 6656
+#define SIP_SDP_SIZE 3328   /* the session description inside a message */
+#define SIP_TAG_SIZE 15     /* 8 digits are written */
+#define SIP_BRANCH_SIZE 48  /* "z9hG4bK" and at most 40 characters */
+#define SIP_CALL_ID_SIZE 99 /* 32 digits, "@" and the host, cut to 98 characters */
+#define SIP_DATE_SIZE 63    /* 29 characters are written */
 
 #ifdef __cplusplus
 extern "C" {
@@ -14,6 +30,58 @@ extern "C" {
 #else
 #define SIPCODE_FORMAT(text, values)
 #endif
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Encoding a message
+ */
+
+/* Writes one complete request: the request line from method and uri, the header lines whose members are present, the
+ * body. Callers pass the methods 2 to 15.
+ *
+ * buf         at least SIP_REQUEST_SIZE bytes; receives one terminated text, its length is strlen(buf).
+ * encode_msg  the filled record. A leading "ims-" is taken off callid, and a TE101 codec in sdp.a_coders may get its
+ *             entry in sdp.rtpmap; both changes stay. xml.xml is read by the host's Xml_Encode.
+ *
+ * Text is written as it stands: a line end or a quote inside a member breaks the message apart. An identifier outside the
+ * table in cseq.method or rack.method is written as "-UNKNOWN-". content.use 1 without a body source, or with a null XML
+ * document, gives "Content-Length: 0".
+ *
+ * Returns  1 the request was written.
+ *         -1 method is outside 1 to 48: told on standard output, buf is untouched, the "ims-" is off.
+ */
+int SIP_Encode_Message_Reuqest(char *buf, SIP_CODE_MSG *encode_msg);
+
+/* Writes one complete response: the status line from method, then as above. Callers pass the kinds 16 to 48, usually in
+ * the record that Sip_Decode filled from the request; what must not be echoed they clear first.
+ *
+ * buf         at least SIP_RESPONSE_SIZE bytes.
+ * encode_msg  changed as above; to.tag_use becomes 0 when to.tag is empty, and with via_count 2 a via1.addr.port of 0
+ *             becomes 5060.
+ *
+ * Returns as above.
+ */
+int SIP_Encode_Message_Response(char *buf, SIP_CODE_MSG *encode_msg);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Building values
+ */
+
+/* A tag (RFC 3261 section 19.3): eight hexadecimal digits, into SIP_TAG_SIZE bytes. Seeds nothing. */
+void Build_Tag(char *buf);
+
+/* A Via branch (RFC 3261 section 8.1.1.7), into SIP_BRANCH_SIZE bytes: "z9hG4bK", a random number, the counter of
+ * branches three times, fourteen digits of local time. */
+void Build_Via_Branch(char *str);
+
+/* A Call-ID (RFC 3261 section 8.1.1.4), into SIP_CALL_ID_SIZE bytes: 32 hexadecimal digits, "@" and the host text ip. */
+void Bulid_Call_id(char *callid, char *ip);
+
+/* The current time as a Date value (RFC 3261 section 20.17), into SIP_DATE_SIZE bytes. */
+void Build_Date(char *pchDate);
+
+/* Gives the telephone-event codec TE101, when a_coders offers it, its payload number: 101 in an rtpmap entry that has
+ * none, or a new entry; nothing when all four entries are taken. */
+void BuildDefaultSdp(SIP_SDP *sdp);
 
 /* Appends formatted text (as vsprintf) and its terminator at *buf, then moves *buf to the terminator, so that calls follow
  * one another. A format that fails leaves *buf where it was. There is no bound: the caller guarantees room. */

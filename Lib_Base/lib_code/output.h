@@ -3,8 +3,9 @@
 //   writer out(buffer, size);
 //   out.line<"From: <sip:%s@%s:%d>\r\n">(from.user, from.addr.ip, from.addr.port);
 //
-// A format holds "%s" (a text member, a slice or a string), "%d" (an int or a long) and "%08x" (an int). Nothing is ever written behind the
-// room: what does not fit is cut, and the text in the buffer is always terminated.
+// A format holds "%s" (a text member, a slice or a string), "%d" (an int or a long), "%02d" (an int from 0 to 99) and "%08x"
+// (an int). Nothing is ever written behind the room: what does not fit is cut, and the text in the buffer is always
+// terminated.
 #pragma once
 
 #include <array>
@@ -25,7 +26,7 @@ struct format_string {
     char chars[N];
 };
 
-enum class conversion { none, string, decimal, hexadecimal };
+enum class conversion { none, string, decimal, two_digits, hexadecimal };
 
 // A stretch of literal text and the conversion behind it.
 struct format_piece {
@@ -39,7 +40,11 @@ struct conversion_mark {
     conversion value;
 };
 inline constexpr conversion_mark conversion_marks[] = {
-    {"%s", conversion::string}, {"%d", conversion::decimal}, {"%08x", conversion::hexadecimal}};
+    {"%s", conversion::string},
+    {"%d", conversion::decimal},
+    {"%02d", conversion::two_digits},
+    {"%08x", conversion::hexadecimal},
+};
 
 constexpr std::size_t count_conversions(text format) {
     std::size_t count = 0;
@@ -48,7 +53,7 @@ constexpr std::size_t count_conversions(text format) {
     return count;
 }
 
-// Cuts a format at its conversions; one that is none of the three stays `none` and is refused when compiled.
+// Cuts a format at its conversions; one that is none of them stays `none` and is refused when compiled.
 template <std::size_t Conversions>
 consteval std::array<format_piece, Conversions + 1> cut_format(text format) {
     std::array<format_piece, Conversions + 1> pieces{};
@@ -112,6 +117,10 @@ class writer {
         } else if constexpr (Conversion == conversion::decimal) {
             static_assert(is_number<Value>, "%d takes a number");
             write_decimal(value);
+        } else if constexpr (Conversion == conversion::two_digits) {
+            static_assert(std::is_same_v<Value, int>, "%02d takes an int");
+            const char digits[] = {static_cast<char>('0' + value / 10 % 10), static_cast<char>('0' + value % 10)};
+            write({digits, sizeof digits});
         } else {
             static_assert(std::is_same_v<Value, int>, "%08x takes an int");
             write_hexadecimal(static_cast<unsigned>(value));

@@ -135,6 +135,11 @@ int SIP_Decode_Parse_Other_Response(text msg) {
     return status >= 400 && status <= 699 ? SIP_RESPONSE_MSG_480_TEMPORARILY_UNAVAILABLE : SIP_REQUEST_MSG_UNKNOWN;
 }
 
+text method_text(int id) {
+    const bool known = id >= 0 && id < SIP_CODE_METHOD_COUNT;
+    return row_text(known ? id : SIP_REQUEST_MSG_UNKNOWN);
+}
+
 } // namespace sipcode
 
 int SIP_Decode_Parse_Method(const char *msg) { return sipcode::SIP_Decode_Parse_Method(sipcode::or_empty(msg)); }

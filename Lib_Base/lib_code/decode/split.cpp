@@ -78,10 +78,10 @@ struct name_slots {
 };
 
 constexpr std::size_t slot_of(unsigned factor, text name) {
-    const auto first = static_cast<unsigned>(lower(name.front()));
-    const auto middle = static_cast<unsigned>(lower(name[name.size() / 2]));
-    const auto last = static_cast<unsigned>(lower(name.back()));
-    return ((first + (middle << 7) + (last << 14) + (static_cast<unsigned>(name.size()) << 21)) * factor) >> 24;
+    const auto letter = [name](std::size_t at) -> unsigned { return static_cast<unsigned char>(lower(name[at])); };
+    const auto length = static_cast<unsigned>(name.size());
+    const unsigned key = letter(0) + (letter(length / 2) << 7) + (letter(length - 1) << 14) + (length << 21);
+    return (key * factor) >> 24;
 }
 
 consteval bool place_names(name_slots &slots) {
@@ -166,7 +166,7 @@ int cut_lines(section part, const received &whole, line_ends &ends, char *&begin
     int n = 0;
     char *line = begin;
     char *line_end = nullptr; // the first terminator written into this line
-    const auto keep_line = [&](char *last) {
+    const auto keep_line = [&](const char *last) {
         lines[n] = line;
         lengths[n] = static_cast<unsigned>((line_end != nullptr ? line_end : last) - line);
         return lengths[n] != 0;

@@ -1,0 +1,192 @@
+// The lines that requests and responses share, in the order of the address lines, then the others.
+#include "lines.h"
+
+#include <cstdio>
+
+#include "methods.h"
+
+namespace sipcode {
+namespace {
+
+void strip_ims_prefix(char (&callid)[128]) {
+    constexpr std::size_t prefix = 4;
+    if (Str_N_Cmp(callid, "ims-", prefix) != 0)
+        return;
+    const text rest = drop(prefix, member_text(callid));
+    std::memmove(callid, rest.data(), rest.size());
+    callid[rest.size()] = '\0';
+}
+
+} // namespace
+
+bool prepare(SIP_CODE_MSG &record) {
+    strip_ims_prefix(record.callid);
+    if (record.method > SIP_REQUEST_MSG_UNKNOWN && record.method < SIP_CODE_METHOD_COUNT)
+        return true;
+    std::printf("Encode Method : method = %d is not belong to us defined\n", record.method);
+    return false;
+}
+
+text transport_text(TRANS_TYPE_E transport) {
+    switch (transport) {
+    case E_UDP:
+        return "UDP";
+    case E_TCP:
+        return "TCP";
+    case E_TLS:
+        return "TLS";
+    default:
+        return "";
+    }
+}
+
+// ------------------------------------------------------------------------------------------------------- To and From
+
+namespace {
+
+bool is_bare(const SIP_FROMTO &party, bare_form bare) {
+    return bare == bare_form::when_user_is_empty && party.user[0] == '\0';
+}
+
+void write_tagged_to(writer &out, const SIP_FROMTO &to, phone user_phone, bare_form bare) {
+    const auto &[tag_use, user, tag, addr, dns, flag] = to;
+    if (dns.use == 1) {
+        if (user_phone == phone::inside)
+            out.line<"To: \"%s\" <sip:%s@%s;user=phone>;tag=%s\r\n">(user, user, dns.dnsname, tag);
+        else if (user_phone == phone::outside)
+            out.line<"To: \"%s\" <sip:%s@%s>;user=phone;tag=%s\r\n">(user, user, dns.dnsname, tag);
+        else
+            out.line<"To: \"%s\" <sip:%s@%s>;tag=%s\r\n">(user, user, dns.dnsname, tag);
+    } else if (is_bare(to, bare)) {
+        if (user_phone == phone::inside)
+            out.line<"To: <sip:%s:%d;user=phone>;tag=%s\r\n">(addr.ip, addr.port, tag);
+        else
+            out.line<"To: <sip:%s:%d>;tag=%s\r\n">(addr.ip, addr.port, tag);
+    } else {
+        if (user_phone == phone::inside)
+            out.line<"To: \"%s\" <sip:%s@%s:%d;user=phone>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
+        else if (user_phone == phone::outside)
+            out.line<"To: \"%s\" <sip:%s@%s:%d>;user=phone;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
+        else
+            out.line<"To: \"%s\" <sip:%s@%s:%d>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
+    }
+}
+
+void write_untagged_to(writer &out, const SIP_FROMTO &to, phone user_phone) {
+    const auto &[tag_use, user, tag, addr, dns, flag] = to;
+    if (dns.use == 1) {
+        if (user_phone == phone::inside)
+            out.line<"To: \"%s\" <sip:%s@%s;user=phone>\r\n">(user, user, dns.dnsname);
+        else if (user_phone == phone::outside)
+            out.line<"To: \"%s\" <sip:%s@%s>;user=phone\r\n">(user, user, dns.dnsname);
+        else
+            out.line<"To: \"%s\" <sip:%s@%s>\r\n">(user, user, dns.dnsname);
+    } else {
+        if (user_phone == phone::inside)
+            out.line<"To: \"%s\" <sip:%s@%s:%d;user=phone>\r\n">(user, user, addr.ip, addr.port);
+        else if (user_phone == phone::outside)
+            out.line<"To: \"%s\" <sip:%s@%s:%d>;user=phone\r\n">(user, user, addr.ip, addr.port);
+        else
+            out.line<"To: \"%s\" <sip:%s@%s:%d>\r\n">(user, user, addr.ip, addr.port);
+    }
+}
+
+} // namespace
+
+void write_to(writer &out, const SIP_FROMTO &to, phone user_phone, bare_form bare) {
+    if (to.tag_use == 1)
+        write_tagged_to(out, to, user_phone, bare);
+    else
+        write_untagged_to(out, to, user_phone);
+}
+
+void write_from(writer &out, const SIP_FROMTO &from, phone user_phone, bare_form bare) {
+    const auto &[tag_use, user, tag, addr, dns, flag] = from;
+    if (dns.use == 1) {
+        if (user_phone == phone::inside)
+            out.line<"From: \"%s\" <sip:%s@%s;user=phone>;tag=%s\r\n">(user, user, dns.dnsname, tag);
+        else if (user_phone == phone::outside)
+            out.line<"From: \"%s\" <sip:%s@%s>;user=phone;tag=%s\r\n">(user, user, dns.dnsname, tag);
+        else
+            out.line<"From: \"%s\" <sip:%s@%s>;tag=%s\r\n">(user, user, dns.dnsname, tag);
+    } else if (is_bare(from, bare)) {
+        if (user_phone == phone::inside)
+            out.line<"From: <sip:%s:%d;user=phone>;tag=%s\r\n">(addr.ip, addr.port, tag);
+        else
+            out.line<"From: <sip:%s:%d>;tag=%s\r\n">(addr.ip, addr.port, tag);
+    } else {
+        if (user_phone == phone::inside)
+            out.line<"From: \"%s\" <sip:%s@%s:%d;user=phone>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
+        else if (user_phone == phone::outside)
+            out.line<"From: \"%s\" <sip:%s@%s:%d>;user=phone;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
+        else
+            out.line<"From: \"%s\" <sip:%s@%s:%d>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
+    }
+}
+
+// ------------------------------------------------------------------------------------------------------ other lines
+
+void write_via(writer &out, text transport, const SIP_VIA &via) {
+    out.line<"Via: SIP/2.0/%s %s:%d;branch=%s\r\n">(transport, via.addr.ip, via.addr.port, via.branch);
+}
+
+bool has_contact(const SIP_CONTACT &contact) {
+    return contact.user[0] != '\0' && contact.addr.ip[0] != '\0' && contact.addr.port > 0;
+}
+
+void write_contact(writer &out, text transport, const SIP_CONTACT &contact) {
+    out.line<"Contact: <sip:%s@%s:%d;transport=%s>\r\n">(contact.user, contact.addr.ip, contact.addr.port, transport);
+}
+
+void write_call_id(writer &out, const SIP_CODE_MSG &record) { out.line<"Call-ID: %s\r\n">(record.callid); }
+
+void write_cseq(writer &out, const SIP_CODE_MSG &record) {
+    out.line<"CSeq: %d %s\r\n">(record.cseq.seq, method_text(record.cseq.method));
+}
+
+void write_korvadex(writer &out, const SIP_CODE_MSG &record) {
+    if (record.korvadex[0] != '\0')
+        out.line<"Korvadex-Extern: %s\r\n">(record.korvadex);
+}
+
+void write_allow(writer &out) {
+    out.append("Allow: INVITE,MESSAGE,INFO,PRACK,PUBLISH,SUBSCRIBE,OPTIONS,UPDATE,BYE,CANCEL,NOTIFY,ACK,REFER\r\n");
+}
+
+void write_date(writer &out) {
+    char date[SIP_DATE_SIZE];
+    Build_Date(date);
+    out.line<"Date: %s\r\n">(date);
+}
+
+void write_session_expires(writer &out, const SIP_SESSION_EXPIRES &session_expires) {
+    out.line<"Session-Expires: %d;refresher=%s\r\n">(session_expires.sessionexpires, session_expires.refresher);
+}
+
+void write_rack(writer &out, const SIP_CODE_MSG &record) {
+    if (record.rack.rack != 0)
+        out.line<"RAck: %d %d %s\r\n">(record.rack.rack, record.rack.cseq, method_text(record.rack.method));
+}
+
+void write_rseq(writer &out, const SIP_CODE_MSG &record) {
+    if (record.rseq.use == 1)
+        out.line<"RSeq: %d\r\n">(record.rseq.RSeq);
+}
+
+void write_min_se(writer &out, const SIP_CODE_MSG &record) { out.line<"Min-SE: %d\r\n">(record.min_se.minse); }
+
+void write_call_info(writer &out, const SIP_CODE_MSG &record) {
+    const SIP_FROMTO &from = record.from;
+    if (record.call_info.use == 1)
+        out.line<"Call-Info: <sip:%s@%s:%d>;%s\r\n">(from.user, from.addr.ip, from.addr.port, record.call_info.content);
+}
+
+void write_supported(writer &out, const SIP_CODE_MSG &record) {
+    out.line<"Supported: %s\r\n">(record.supported.SUPPORTED);
+}
+
+void write_require(writer &out, const SIP_CODE_MSG &record) { out.line<"Require: %s\r\n">(record.require.REQUIRE); }
+
+void write_expires(writer &out, int seconds) { out.line<"Expires: %d\r\n">(seconds); }
+
+} // namespace sipcode

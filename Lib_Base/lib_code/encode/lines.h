@@ -1,0 +1,82 @@
+// What both encoders write: the preparation, the address lines, the shared header lines and the body block.
+#pragma once
+
+#include "code.h"
+#include "encode.h"
+#include "host.h"
+#include "output.h"
+
+namespace sipcode {
+
+// A text member for a host service that takes a terminated string: itself, or a copy when a host left it unterminated.
+template <std::size_t N>
+class terminated_member {
+  public:
+    explicit terminated_member(const char (&member)[N]) : string(member) {
+        if (member_text(member).size() < N)
+            return;
+        std::memcpy(copy, member, N);
+        copy[N] = '\0';
+        string = copy;
+    }
+    terminated_member(const terminated_member &) = delete;
+    terminated_member &operator=(const terminated_member &) = delete;
+
+    const char *c_str() const { return string; }
+
+  private:
+    const char *string;
+    char copy[N + 1];
+};
+
+// Equality as the host sees it.
+template <std::size_t N, std::size_t M>
+bool same_text(const char (&a)[N], const char (&b)[M]) {
+    return Str_Cmp(terminated_member(a).c_str(), terminated_member(b).c_str()) == 0;
+}
+
+inline constexpr int encoded = 1;
+inline constexpr int refused = -1;
+
+// Takes the "ims-" prefix off callid and checks the method. False, and told on standard output, when it is outside 1 to 48.
+bool prepare(SIP_CODE_MSG &record);
+
+// The transport token of the Via and Contact lines; empty for SCTP and anything unknown.
+text transport_text(TRANS_TYPE_E transport);
+
+// Where ";user=phone" stands in a To or From line.
+enum class phone { none, inside, outside };
+
+// Whether a party in address form without a user loses its display part and "@".
+enum class bare_form { never, when_user_is_empty };
+
+void write_to(writer &out, const SIP_FROMTO &to, phone user_phone, bare_form bare);
+void write_from(writer &out, const SIP_FROMTO &from, phone user_phone, bare_form bare);
+void write_via(writer &out, text transport, const SIP_VIA &via);
+
+bool has_contact(const SIP_CONTACT &contact);
+void write_contact(writer &out, text transport, const SIP_CONTACT &contact);
+
+void write_call_id(writer &out, const SIP_CODE_MSG &record);
+void write_cseq(writer &out, const SIP_CODE_MSG &record);
+void write_korvadex(writer &out, const SIP_CODE_MSG &record); // when it is not empty
+void write_allow(writer &out);
+void write_date(writer &out);
+void write_session_expires(writer &out, const SIP_SESSION_EXPIRES &session_expires); // with its refresher
+void write_rack(writer &out, const SIP_CODE_MSG &record);                            // when rack is not 0
+void write_rseq(writer &out, const SIP_CODE_MSG &record);                            // when it is present
+void write_min_se(writer &out, const SIP_CODE_MSG &record);
+void write_call_info(writer &out, const SIP_CODE_MSG &record); // when it is present
+void write_supported(writer &out, const SIP_CODE_MSG &record);
+void write_require(writer &out, const SIP_CODE_MSG &record);
+void write_expires(writer &out, int seconds);
+
+// The body block that ends every message: Content-Type, Content-Length, the empty line and the body. The request has body
+// sources that a response never takes.
+enum class body_sources { of_request, of_response };
+void write_body(writer &out, SIP_CODE_MSG &record, body_sources sources);
+
+// The session description alone. May add the telephone-event entry to sdp.rtpmap.
+void Bulid_Sdp(writer &out, SIP_SDP &sdp);
+
+} // namespace sipcode

@@ -1,0 +1,74 @@
+// The string services. They keep no state, so any number of threads may decode at once.
+//
+// Where host.h leaves a choice: comparisons keep letter case apart (but for Str_N_Cmp_NoCase, which folds ASCII letters
+// whatever the locale), an empty delimiter or marker is found nowhere, and Str_Two_Tok without an end marker gives null
+// and leaves the cursor where it was.
+#include <cstdlib>
+#include <cstring>
+
+#include "host.h"
+
+namespace {
+
+unsigned char fold(char c) { return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c); }
+
+char *find(char *text, const char *wanted) { return *wanted == '\0' ? nullptr : std::strstr(text, wanted); }
+
+} // namespace
+
+int Str_Len(const char *str) { return static_cast<int>(std::strlen(str)); }
+
+int Str_Cmp(const char *a, const char *b) { return std::strcmp(a, b); }
+
+int Str_N_Cmp(const char *a, const char *b, int n) { return n <= 0 ? 0 : std::strncmp(a, b, static_cast<size_t>(n)); }
+
+int Str_N_Cmp_NoCase(const char *a, const char *b, int n) {
+    for (int i = 0; i < n; ++i) {
+        if (fold(a[i]) != fold(b[i]))
+            return fold(a[i]) - fold(b[i]);
+        if (a[i] == '\0')
+            return 0;
+    }
+    return 0;
+}
+
+int Str_Atoi(const char *str) {
+    // Read with 64 bits, saturating, of which the low 32 are kept: a number that is too large is no undefined behaviour.
+    return static_cast<int>(std::strtoll(str, nullptr, 10));
+}
+
+void Str_N_Copy(char *dst, const char *src, int n) {
+    if (n <= 0)
+        return;
+    const size_t length = strnlen(src, static_cast<size_t>(n - 1));
+    std::memmove(dst, src, length);
+    dst[length] = '\0';
+}
+
+char *Str_Tok(char **cursor, const char *delimiter) {
+    char *token = *cursor;
+    if (token == nullptr)
+        return nullptr;
+    // Measured before the cut, as the delimiter may be a part of the same text.
+    const size_t length = std::strlen(delimiter);
+    char *end = find(token, delimiter);
+    *cursor = end == nullptr ? nullptr : end + length;
+    if (end != nullptr)
+        *end = '\0';
+    return token;
+}
+
+char *Str_Two_Tok(char **cursor, const char *start, const char *end) {
+    if (*cursor == nullptr)
+        return nullptr;
+    char *opening = find(*cursor, start);
+    if (opening == nullptr)
+        return nullptr;
+    char *text = opening + std::strlen(start);
+    char *closing = find(text, end);
+    if (closing == nullptr)
+        return nullptr;
+    *cursor = closing + std::strlen(end);
+    *closing = '\0';
+    return text;
+}

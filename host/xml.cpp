@@ -1,0 +1,81 @@
+// Xml_Encode on pugixml: a "document" element with one child, in declared order, for each member that is filled.
+//
+//   <document><xtype>3</xtype><name>alarm</name><content>a &lt; b</content></document>
+//
+// A text is filled when it is not empty, a number when it is not 0. The list handle has no text form. The texts are UTF-8;
+// control characters, which XML cannot carry, are left out.
+#include <cstring>
+#include <string_view>
+
+#include <pugixml.hpp>
+
+#include "host.h"
+
+namespace {
+
+// Takes what fits in front of the terminator and remembers that something did not.
+class BoundedWriter : public pugi::xml_writer {
+  public:
+    BoundedWriter(char *out, size_t room) : out_(out), room_(room) {}
+
+    void write(const void *data, size_t size) override {
+        complete_ = complete_ && size <= room_ - length_;
+        if (!complete_)
+            return;
+        std::memcpy(out_ + length_, data, size);
+        length_ += size;
+    }
+
+    bool complete() const { return complete_; }
+    size_t length() const { return length_; }
+
+  private:
+    char *out_;
+    size_t room_;
+    size_t length_ = 0;
+    bool complete_ = true;
+};
+
+template <size_t Size>
+void add_text(pugi::xml_node parent, const char *name, const char (&text)[Size]) {
+    if (text[0] != '\0')
+        parent.append_child(name).text().set(text, strnlen(text, Size));
+}
+
+void add_number(pugi::xml_node parent, const char *name, int number) {
+    if (number != 0)
+        parent.append_child(name).text().set(number);
+}
+
+void add_members(pugi::xml_node parent, const Xmldoc &document) {
+    add_number(parent, "xtype", document.xtype);
+    add_number(parent, "requst_id", document.requst_id);
+    add_text(parent, "type", document.type);
+    add_text(parent, "name", document.name);
+    add_text(parent, "source", document.source);
+    add_text(parent, "content", document.content);
+    add_number(parent, "eUseFlag", document.eUseFlag);
+}
+
+} // namespace
+
+// The bytes written do not count the terminator. A document that does not fit is not written at all: out is an empty text
+// and *room stays, so that the caller sends an empty body rather than half a document.
+int Xml_Encode(pXmldoc document, char *out, int *room) {
+    if (*room <= 0)
+        return -1;
+    out[0] = '\0';
+    if (document == nullptr)
+        return -1;
+    pugi::xml_document tree;
+    add_members(tree.append_child("document"), *document);
+    BoundedWriter writer(out, static_cast<size_t>(*room) - 1);
+    tree.save(writer, "", pugi::format_raw | pugi::format_no_declaration | pugi::format_skip_control_chars);
+    if (!writer.complete()) {
+        out[0] = '\0';
+        return -1;
+    }
+    out[writer.length()] = '\0';
+    *room -= static_cast<int>(writer.length());
+    return 0;
+}

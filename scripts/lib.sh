@@ -1,0 +1,65 @@
+# shellcheck shell=bash disable=SC2034
+# What the scripts share. Sourced in the root of the repository.
+
+packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev libspdlog-dev libpugixml-dev)
+packages_test=("${packages_tool[@]}" libgtest-dev pkg-config)
+
+# Installs those of the named packages that the machine lacks; says what to type where it may not.
+need_packages() {
+    local package missing=()
+    for package; do
+        if [[ $(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) != installed ]]; then
+            missing+=("$package")
+        fi
+    done
+    ((${#missing[@]})) || return 0
+
+    local as_root=() install='apt-get update && apt-get install -y --no-install-recommends'
+    if ((EUID != 0)); then
+        if ! command -v sudo >/dev/null; then
+            echo "su -c '$install ${missing[*]}'"
+            return 1
+        elif ! sudo -n true 2>/dev/null; then
+            echo "sudo sh -c '$install ${missing[*]}'"
+            return 1
+        fi
+        as_root=(sudo -n)
+    fi
+    echo "installing ${missing[*]}"
+    quietly "${as_root[@]}" apt-get update
+    quietly "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+# Runs a command and shows what it printed only when it fails.
+quietly() {
+    local output
+    if ! output=$("$@" 2>&1); then
+        printf '%s\n' "$output"
+        echo "failed: $*"
+        return 1
+    fi
+}
+
+# Configures and builds one preset, or only the named targets of it.
+build_preset() {
+    local preset=$1 targets=()
+    shift
+    if (($#)); then
+        targets=(--target "$@")
+    fi
+    echo "building in build/$preset"
+    quietly cmake --preset "$preset"
+    quietly cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}" -- --quiet
+}
+
+# Builds one preset and runs its tests; names only the tests that fail.
+test_preset() {
+    local output result=0
+    build_preset "$1"
+    output=$(ctest --preset "$1" --parallel "$(nproc)" 2>&1) || result=$?
+    if ((result)); then
+        grep -vE '^ +Start +[0-9]+: | +Passed +[0-9.]+ sec' <<<"$output" || true
+        return "$result"
+    fi
+    grep -E 'tests passed|Total Test time' <<<"$output"
+}

@@ -1,0 +1,11 @@
+// How a run of the tool ends.
+#pragma once
+
+enum ExitStatus {
+    success = 0, // all messages were decoded
+    refused = 1, // the library refused a message
+    misuse = 2,  // the command line, a file or the output is at fault
+};
+
+// Hands what was printed to the system. Throws std::system_error when that takes it not, as a full disk does.
+void flush_output();
