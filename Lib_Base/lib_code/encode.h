@@ -2,7 +2,8 @@
  *
  * Threads: the two encoders, Build_Date and BuildDefaultSdp may run at once on different records and buffers. Build_Tag,
  * Build_Via_Branch and Bulid_Call_id share two counters and the C library's random generator, which Build_Via_Branch and
- * Bulid_Call_id seed anew: call them from one thread at a time.
+ * Bulid_Call_id seed anew: call them from one thread at a time. A host that changes TZ calls tzset() before the next
+ * branch.
  */
 #ifndef SIPCODE_ENCODE_H
 #define SIPCODE_ENCODE_H
@@ -12,9 +13,9 @@
 /* Room, in bytes with the terminator, that each buffer must have. Nothing is written beyond it, whatever the record holds:
  * the sizes are those of the longest message, with every text member full and not terminated and every number at its
  * longest. */
-#define SIP_REQUEST_SIZE 9216
-#define SIP_RESPONSE_SIZE 6656
-#define SIP_SDP_SIZE 3328   /* the session description inside a message */
+#define SIP_REQUEST_SIZE 9166
+#define SIP_RESPONSE_SIZE 6609
+#define SIP_SDP_SIZE 3167   /* the session description inside a message */
 #define SIP_TAG_SIZE 15     /* 8 digits are written */
 #define SIP_BRANCH_SIZE 48  /* "z9hG4bK" and at most 40 characters */
 #define SIP_CALL_ID_SIZE 99 /* 32 digits, "@" and the host, cut to 98 characters */

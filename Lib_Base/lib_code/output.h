@@ -103,14 +103,23 @@ class writer {
         constexpr std::size_t conversions = count_conversions(Format.whole());
         static_assert(conversions == sizeof...(Values), "as many values as the format has conversions");
         constexpr auto pieces = cut_format<conversions>(Format.whole());
-        (write_piece<pieces[Index].value>(literal(Format.whole(), pieces[Index]), values), ...);
-        write(literal(Format.whole(), pieces[conversions]));
+        (write_piece<Format, pieces[Index].begin, pieces[Index].length, pieces[Index].value>(values), ...);
+        write_literal<Format, pieces[conversions].begin, pieces[conversions].length>();
     }
 
-    template <conversion Conversion, class Value>
-    void write_piece(text literal_text, const Value &value) {
+    // Its length is known when compiled: where there is room it costs a few moves and no call.
+    template <format_string Format, std::size_t Begin, std::size_t Length>
+    void write_literal() {
+        if (static_cast<std::size_t>(last - cursor) < Length)
+            return write(at_most(Length, drop(Begin, Format.whole())));
+        std::memcpy(cursor, Format.chars + Begin, Length);
+        cursor += Length;
+    }
+
+    template <format_string Format, std::size_t Begin, std::size_t Length, conversion Conversion, class Value>
+    void write_piece(const Value &value) {
         static_assert(Conversion != conversion::none, "a conversion that this writer knows");
-        write(literal_text);
+        write_literal<Format, Begin, Length>();
         if constexpr (Conversion == conversion::string) {
             static_assert(is_text<Value>, "%s takes a text");
             write(as_text(value));
@@ -127,24 +136,20 @@ class writer {
         }
     }
 
-    static constexpr text literal(text format, const format_piece &piece) {
-        return at_most(piece.length, drop(piece.begin, format));
-    }
-
     static text as_text(text value) { return value; }
     template <std::size_t N>
     static text as_text(const char (&member)[N]) {
         return member_text(member);
     }
 
-    void write(text t) {
+    [[gnu::noinline]] void write(text t) {
         const text fitting = at_most(static_cast<std::size_t>(last - cursor), t);
         if (!fitting.empty())
             std::memcpy(cursor, fitting.data(), fitting.size());
         cursor += fitting.size();
     }
 
-    void write_decimal(long value) {
+    [[gnu::noinline]] void write_decimal(long value) {
         char digits[20];
         char *first = digits + sizeof digits;
         unsigned long magnitude =

@@ -80,28 +80,26 @@ consteval bool rows_are_indexed_by_id() {
 }
 static_assert(rows_are_indexed_by_id());
 
-struct row_lengths {
-    std::size_t of[SIP_CODE_METHOD_COUNT];
-};
-consteval row_lengths measure_rows() {
-    row_lengths lengths{};
-    for (int row = 0; row < SIP_CODE_METHOD_COUNT; ++row)
-        lengths.of[row] = text(decode_methods[row].text).size();
-    return lengths;
+// The texts once more, in the form that is compared.
+template <std::size_t... Row>
+consteval std::array<nocase, SIP_CODE_METHOD_COUNT> make_rows(std::size_t longest, std::index_sequence<Row...>) {
+    return {nocase(at_most(longest, decode_methods[Row].text))...};
 }
-constexpr row_lengths lengths = measure_rows();
+constexpr auto row_numbers = std::make_index_sequence<SIP_CODE_METHOD_COUNT>{};
+constexpr auto rows = make_rows(nocase::longest, row_numbers);
 
-constexpr text row_text(int id) { return {decode_methods[id].text, lengths.of[id]}; }
+constexpr std::size_t code_length = 3;
+constexpr auto codes = make_rows(code_length, row_numbers);
 
 // The word, followed by a blank or the end: "INVITEX" is not INVITE.
 bool SIP_Decode_Parse_Method_Match(int id, text name) {
-    const text word = row_text(id);
+    const nocase &word = rows[static_cast<std::size_t>(id)];
     return starts_nocase(name, word) && (name.size() == word.size() || is_blank(name[word.size()]));
 }
 
 // The status code alone counts, not the reason phrase.
 bool SIP_Decode_Parse_Method_Match_Response(int id, text name) {
-    return name.size() > 2 && starts_nocase(name, at_most(3, row_text(id)));
+    return name.size() > 2 && codes[static_cast<std::size_t>(id)].begins(name.data());
 }
 
 text or_empty(const char *msg) { return msg == nullptr ? text() : text(msg); }
@@ -137,7 +135,7 @@ int SIP_Decode_Parse_Other_Response(text msg) {
 
 text method_text(int id) {
     const bool known = id >= 0 && id < SIP_CODE_METHOD_COUNT;
-    return row_text(known ? id : SIP_REQUEST_MSG_UNKNOWN);
+    return rows[static_cast<std::size_t>(known ? id : SIP_REQUEST_MSG_UNKNOWN)];
 }
 
 } // namespace sipcode

@@ -4,10 +4,11 @@
 // need a C++ runtime are used; what could throw (substr) has its own name here.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
+#include <array>
 #include <string_view>
+#include <utility>
+
+#include "bytes.h"
 
 namespace sipcode {
 
@@ -46,9 +47,9 @@ struct parts {
     bool found;
 };
 
-constexpr parts cut_at(char mark, text t) {
-    const std::size_t at = t.find(mark);
-    return at == text::npos ? parts{t, {}, false} : parts{at_most(at, t), drop(at + 1, t), true};
+inline parts cut_at(char mark, text t) {
+    const std::size_t at = find_byte(t.data(), t.size(), mark);
+    return at == t.size() ? parts{t, {}, false} : parts{{t.data(), at}, {t.data() + at + 1, t.size() - at - 1}, true};
 }
 
 constexpr parts cut_at(text mark, text t) {
@@ -56,7 +57,7 @@ constexpr parts cut_at(text mark, text t) {
     return at == text::npos ? parts{t, {}, false} : parts{at_most(at, t), drop(at + mark.size(), t), true};
 }
 
-constexpr bool contains(text t, char mark) { return t.find(mark) != text::npos; }
+inline bool contains(text t, char mark) { return find_byte(t.data(), t.size(), mark) != t.size(); }
 
 // A text member, read to its end when a host left it unterminated.
 template <std::size_t N>
@@ -64,26 +65,50 @@ text member_text(const char (&member)[N]) {
     return {member, strnlen(member, N)};
 }
 
-constexpr bool equals_nocase(text a, text b) {
-    if (a.size() != b.size())
-        return false;
-    for (std::size_t i = 0; i < a.size(); ++i)
-        if (lower(a[i]) != lower(b[i]))
-            return false;
-    return true;
-}
+// A text to compare with, without regard to the case of its letters.
+class nocase {
+  public:
+    static constexpr std::size_t longest = 40;
 
-constexpr bool starts_nocase(text t, text prefix) {
-    return t.size() >= prefix.size() && equals_nocase(at_most(prefix.size(), t), prefix);
-}
+    consteval nocase(const char *name) : nocase(text(name)) {}
+    explicit consteval nocase(text name) : whole(name) {
+        for (std::size_t i = 0; i < whole.size(); ++i) {
+            const char lowered = lower(whole[i]);
+            const bool is_letter = lowered >= 'a' && lowered <= 'z';
+            letters[i / 8] |= static_cast<std::uint64_t>(is_letter ? 'a' - 'A' : 0) << (8 * (i % 8));
+            lower_case[i / 8] |= static_cast<std::uint64_t>(static_cast<unsigned char>(lowered)) << (8 * (i % 8));
+        }
+    }
+
+    constexpr std::size_t size() const { return whole.size(); }
+    constexpr operator text() const { return whole; }
+
+    // Whether the text that begins at `begin`, at least size() bytes long, begins with this one.
+    bool begins(const char *begin) const {
+        for (std::size_t at = 0; at < whole.size(); at += 8) {
+            const std::uint64_t word = load_word(begin + at, whole.size() - at);
+            if ((word | letters[at / 8]) != lower_case[at / 8])
+                return false;
+        }
+        return true;
+    }
+
+  private:
+    text whole;
+    std::uint64_t letters[longest / 8] = {}; // the bit in which the two cases of a letter differ
+    std::uint64_t lower_case[longest / 8] = {};
+};
+
+inline bool equals_nocase(text t, const nocase &name) { return t.size() == name.size() && name.begins(t.data()); }
+inline bool starts_nocase(text t, const nocase &name) { return t.size() >= name.size() && name.begins(t.data()); }
 
 // The one store into a text member: as much of the value as fits, every other byte zero.
 template <std::size_t N>
 void store(char (&member)[N], text value) {
     const text kept = at_most(N - 1, value);
+    std::memset(member, 0, N);
     if (!kept.empty())
         std::memcpy(member, kept.data(), kept.size());
-    std::memset(member + kept.size(), 0, N - kept.size());
 }
 
 struct number {

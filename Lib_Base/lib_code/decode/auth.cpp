@@ -70,28 +70,28 @@ text first_algorithm(text list) {
 }
 
 // True when the name that ends before `end` is `name`, which includes its "=".
-bool name_ends_at(text header, std::size_t end, std::size_t scan_from, text name) {
-    if (end - scan_from < name.size() || !equals_nocase({header.data() + end - name.size(), name.size()}, name))
+bool name_ends_at(text header, std::size_t end, std::size_t scan_from, const nocase &name) {
+    if (end - scan_from < name.size() || !name.begins(header.data() + end - name.size()))
         return false;
     // "nonce=" that ends "cnonce=" is another parameter.
     const std::size_t begin = end - name.size();
-    return name != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
+    return text(name) != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
 }
 
 // Stores stale and returns how many characters its value takes; a quoted one, like any other text, sets nothing.
 std::size_t read_stale(text value, int &stale) {
-    for (const text word : {"FALSE", "TRUE"}) {
-        if (starts_nocase(value, word)) {
-            stale = word == "TRUE";
-            return word.size();
-        }
-    }
-    return 0;
+    constexpr nocase no = "FALSE";
+    constexpr nocase yes = "TRUE";
+    const bool is_yes = starts_nocase(value, yes);
+    if (!is_yes && !starts_nocase(value, no))
+        return 0;
+    stale = is_yes;
+    return is_yes ? yes.size() : no.size();
 }
 
 template <class Record>
 struct text_parameter {
-    text name;
+    nocase name;
     void (*store_value)(Record &record, text value);
 };
 
@@ -122,7 +122,7 @@ void scan_parameters(text value, std::size_t from, const text_parameter<Record> 
                      int *stale) {
     for (std::size_t equals = value.find('=', from); equals != text::npos; equals = value.find('=', from)) {
         const std::size_t begin = equals + 1;
-        const auto ends_here = [&](text name) { return name_ends_at(value, begin, from, name); };
+        const auto ends_here = [&](const nocase &name) { return name_ends_at(value, begin, from, name); };
         const auto known = std::find_if(std::begin(names), std::end(names),
                                         [&](const text_parameter<Record> &entry) { return ends_here(entry.name); });
         if (known != std::end(names)) {

@@ -14,7 +14,7 @@ namespace sipcode {
 namespace {
 
 // The first filled value of a body line made of the name, "=" and the value; empty when there is none.
-text Parse_Get_Body(const message &msg, text name) {
+text Parse_Get_Body(const message &msg, const nocase &name) {
     for (int i = 0; i < msg.body_lines(); ++i)
         if (const text value = Parse_Get_Body_By_Line(msg.body_line(i), name); !value.empty())
             return value;
@@ -47,7 +47,7 @@ void read_message_counts(text value, MESSAGE_SUMMARY &summary) {
 
 } // namespace
 
-text Parse_Get_Body_By_Line(text line, text name) {
+text Parse_Get_Body_By_Line(text line, const nocase &name) {
     if (!starts_nocase(line, name) || line.size() == name.size() || line[name.size()] != '=')
         return {};
     return skip_blanks(drop(name.size() + 1, line));

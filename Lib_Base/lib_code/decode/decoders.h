@@ -15,7 +15,7 @@ namespace sipcode {
 text Parse_Brackets(text value);
 
 // The value of one body line made of the name, "=" and the value, behind leading blanks; empty when the line is another.
-text Parse_Get_Body_By_Line(text line, text name);
+text Parse_Get_Body_By_Line(text line, const nocase &name);
 
 // ---- scalar.cpp
 int Parse_Callid(const message &msg, SIP_CODE_MSG *pcode_msg);

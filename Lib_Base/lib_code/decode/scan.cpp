@@ -34,6 +34,15 @@ text Parse_Brackets(text value) {
     }
 }
 
+namespace {
+
+// For names that a host asks for; those of the library are compared by the faster nocase.
+bool starts_with_name(text line, text name) {
+    return line.size() > name.size() && line[name.size()] == ':' &&
+           std::equal(name.begin(), name.end(), line.begin(), [](char a, char b) { return lower(a) == lower(b); });
+}
+
+} // namespace
 } // namespace sipcode
 
 const char *Parse_Header(const SIP_MSG *psip_msg, const char *name) {
@@ -46,7 +55,7 @@ const char *Parse_Header(const SIP_MSG *psip_msg, const char *name) {
         if (entry == nullptr)
             continue;
         const text line = entry;
-        if (starts_nocase(line, wanted) && line.size() > wanted.size() && line[wanted.size()] == ':')
+        if (starts_with_name(line, wanted))
             return skip_blanks(drop(wanted.size() + 1, line)).data();
     }
     return nullptr;

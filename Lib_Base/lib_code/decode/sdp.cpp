@@ -14,6 +14,7 @@
 #include "decoders.h"
 #include "host.h"
 #include "log.h"
+#include "output.h"
 
 namespace sipcode {
 namespace {
@@ -32,7 +33,7 @@ constexpr static_payload static_payloads[] = {
 };
 
 struct dynamic_encoding {
-    text encoding; // clock rate included
+    nocase encoding; // clock rate included
     e_codec codec;
 };
 constexpr dynamic_encoding dynamic_encodings[] = {
@@ -50,7 +51,7 @@ e_codec codec_of_payload(int payload) {
 
 e_codec codec_of_encoding(text encoding) {
     for (const dynamic_encoding &known : dynamic_encodings)
-        if (equals_nocase(known.encoding, encoding))
+        if (equals_nocase(encoding, known.encoding))
             return known.codec;
     return UNKONW;
 }
@@ -65,10 +66,17 @@ bool Parse_Sdp_Fonud(const message &msg) {
     return true;
 }
 
+// The value of a line of this type, behind leading blanks; empty when the line is another.
+text value_of_line(text line, char type) {
+    if (line.size() < 2 || lower(line[0]) != type || line[1] != '=')
+        return {};
+    return skip_blanks(drop(2, line));
+}
+
 // The next filled value of a line of this type at or behind `start`, which moves behind it; empty at the end.
-text Parse_Sdp_Iterate(unsigned &start, const message &msg, text type) {
+text Parse_Sdp_Iterate(unsigned &start, const message &msg, char type) {
     while (start < msg.split.sdp_end) {
-        const text value = Parse_Get_Body_By_Line(msg.body_line(static_cast<int>(start++)), type);
+        const text value = value_of_line(msg.body_line(static_cast<int>(start++)), type);
         if (!value.empty())
             return value;
     }
@@ -77,7 +85,7 @@ text Parse_Sdp_Iterate(unsigned &start, const message &msg, text type) {
 
 // Calls read with the value of every line of this type, until it returns false. False when it did.
 template <class Read>
-bool for_each_line(const message &msg, text type, Read read) {
+bool for_each_line(const message &msg, char type, Read read) {
     unsigned next = msg.split.sdp_start;
     for (text value = Parse_Sdp_Iterate(next, msg, type); !value.empty(); value = Parse_Sdp_Iterate(next, msg, type))
         if (!read(value))
@@ -102,6 +110,21 @@ struct media_line {
     text payloads;
 };
 
+// What follows the profile word, secure and feedback profiles included; a line without one has no list.
+text payload_list(scanner items) {
+    constexpr text plain_profile = "RTP/AVP";
+    items.white_space();
+    const text rest = items.rest();
+    if (rest.empty() || is_digit(rest.front()))
+        return {};
+    if (const text behind = drop(plain_profile.size(), rest);
+        rest.starts_with(plain_profile) && !behind.empty() && is_digit(behind.front()))
+        return behind; // "RTP/AVP0 8": no blank is needed there
+    items.word();
+    items.white_space();
+    return items.rest();
+}
+
 media_line read_media_line(text value, text media, int &port_count) {
     media_line line;
     scanner items(value);
@@ -114,9 +137,7 @@ media_line read_media_line(text value, text media, int &port_count) {
         port_count = ports;
         items = count;
     }
-    items.word(); // whatever the profile is, secure and feedback ones included
-    items.white_space();
-    line.payloads = items.rest();
+    line.payloads = payload_list(items);
     return line;
 }
 
@@ -198,7 +219,7 @@ class media_reader {
     // Dynamic codecs follow the static ones, whatever their place in the payload list and whichever section names them.
     void Parse_Sdp_Rtpmap(int index) {
         int entry = 0;
-        for_each_line(msg, "a", [&](text value) {
+        for_each_line(msg, 'a', [&](text value) {
             scanner items(value);
             int payload = 0;
             if (!items.literal("rtpmap:") || !items.integer(payload))
@@ -228,57 +249,103 @@ class media_reader {
 
 // ----------------------------------------------------------------------------------------------------- raw body text
 
+// A place in a body is told by its "=" alone, the rarest byte of what the body is searched for: "a=sendonly", "m=audio".
+// Calls visit(behind) with the text behind every "=" that follows this letter, until it returns true.
+template <class Visit>
+void for_each_assignment(text t, char letter, Visit visit) {
+    for (parts cut = cut_at('=', t); cut.found; cut = cut_at('=', cut.after))
+        if (!cut.before.empty() && cut.before.back() == letter && visit(cut.after))
+            return;
+}
+
+// The text behind the first "m=" and this medium; null when there is none.
+text find_media(text t, text medium) {
+    text found;
+    for_each_assignment(t, 'm', [&](text behind) {
+        const bool matches = behind.starts_with(medium);
+        if (matches)
+            found = drop(medium.size(), behind);
+        return matches;
+    });
+    return found;
+}
+
 enum direction { sendrecv = 0, sendonly = 1, recvonly = 2, inactive = 3 };
 
 // In the order of precedence.
-struct direction_line {
-    text attribute;
-    direction value;
-};
-constexpr direction_line direction_lines[] = {
-    {"a=sendrecv", sendrecv},
-    {"a=sendonly", sendonly},
-    {"a=recvonly", recvonly},
-    {"a=inactive", inactive},
-};
-constexpr std::size_t direction_line_length = direction_lines[sendrecv].attribute.size() + line_end.size();
+constexpr text direction_names[] = {"sendrecv", "sendonly", "recvonly", "inactive"};
+constexpr std::size_t direction_line_length = std::size("a=sendrecv\r\n") - 1;
 
-const direction_line *find_direction(text t) {
-    for (const direction_line &line : direction_lines)
-        if (t.find(line.attribute) != text::npos)
-            return &line;
-    return nullptr;
+// What a text holds of the attributes that count wherever they stand.
+struct attributes {
+    text packet_time; // behind the first "a=ptime:", null when there is none
+    std::array<bool, std::size(direction_names)> has = {};
+    bool silence = false;
+
+    bool has_direction() const { return std::find(has.begin(), has.end(), true) != has.end(); }
+
+    // The first in the order of precedence, sendrecv when none is given.
+    int media() const {
+        const auto first = std::find(has.begin(), has.end(), true);
+        return first != has.end() ? static_cast<int>(first - has.begin()) : sendrecv;
+    }
+};
+
+attributes find_attributes(text t) {
+    attributes found;
+    for_each_assignment(t, 'a', [&found](text behind) {
+        constexpr text packet_time = "ptime:";
+        found.has[sendrecv] |= behind.starts_with("sendrecv");
+        found.has[sendonly] |= behind.starts_with("sendonly");
+        found.has[recvonly] |= behind.starts_with("recvonly");
+        found.has[inactive] |= behind.starts_with("inactive");
+        found.silence |= behind.starts_with("SilcenceSupp"); // spelling is part of the interface
+        if (found.packet_time.data() == nullptr && behind.starts_with(packet_time))
+            found.packet_time = drop(packet_time.size(), behind);
+        return false;
+    });
+    return found;
 }
 
-void Parse_Sdp_Audio_Media(SIP_SDP *SDP, text body) {
-    if (const parts ptime = cut_at("a=ptime:", body); ptime.found) {
+void Parse_Sdp_Audio_Media(SIP_SDP *SDP, const attributes &found) {
+    if (found.packet_time.data() != nullptr) {
         char digits[8]; // no more than two are read: 100 is taken as 10
-        store(digits, at_most(2, ptime.after));
+        store(digits, at_most(2, found.packet_time));
         SDP->a_ptime = Str_Atoi(digits);
     }
-    const direction_line *const line = find_direction(body);
-    SDP->a_media = line != nullptr ? line->value : sendrecv;
+    SDP->a_media = found.media();
 }
 
-// The text behind the first line that begins with mark, up to the next media line; null without a whole such line.
-text media_section(text body, text mark) {
-    const parts media = cut_at(mark, body);
-    const parts line = cut_at(line_end, media.after);
-    return line.found ? cut_at("m=", line.after).before : text();
+// The text behind the first media line of this medium, up to the next media line; null without a whole such line.
+text media_section(text body, text medium) {
+    const parts line = cut_at(line_end, find_media(body, medium));
+    if (!line.found)
+        return {};
+    const text behind = line.after;
+    std::size_t length = behind.size();
+    for_each_assignment(behind, 'm', [&](text next) {
+        length = static_cast<std::size_t>(next.data() - behind.data()) - 2;
+        return true;
+    });
+    return at_most(length, behind);
 }
 
-// As many whole lines as fit in room.
-text whole_lines(text section, std::size_t room) {
+constexpr std::size_t longest_section = sizeof SIP_SDP::a_content - 1;
+static_assert(sizeof SIP_SDP::v_content == sizeof SIP_SDP::a_content);
+
+// As many whole lines of a section as fit with room for a direction line behind them.
+text whole_lines(text section) {
+    const std::size_t room = longest_section - direction_line_length;
     if (section.size() <= room)
         return section;
     return at_most(at_most(room, section).rfind('\n') + 1, section); // without a line end: npos + 1, nothing
 }
 
 void Parse_Sdp_Video_Content(SIP_SDP *SDP, text body) {
-    const text section = media_section(body, "m=video");
+    const text section = media_section(body, "video");
     if (section.data() == nullptr)
         return;
-    store(SDP->v_content, whole_lines(section, sizeof SDP->v_content - 1));
+    store(SDP->v_content, section.size() <= longest_section ? section : whole_lines(section));
     constexpr text address_mark = "IN IP4 ";
     if (const std::size_t at = section.find(address_mark); at != text::npos) {
         terminated scratch(drop(at, section));
@@ -292,22 +359,20 @@ void Parse_Sdp_Video_Content(SIP_SDP *SDP, text body) {
 // The audio section travels with a direction, its own or the one that holds for the whole body. A section that is cut keeps
 // room for it.
 void Parse_Sdp_Vbd_Content(SIP_SDP *SDP, text body) {
-    const text section = media_section(body, "m=audio");
+    const text section = media_section(body, "audio");
     if (section.data() == nullptr)
         return;
-    constexpr std::size_t room = sizeof SDP->a_content - 1;
-    const bool fits = section.size() <= room && find_direction(section) != nullptr;
-    const text kept = fits ? section : whole_lines(section, room - direction_line_length);
+    const bool fits = section.size() <= longest_section && find_attributes(section).has_direction();
+    const text kept = fits ? section : whole_lines(section);
     store(SDP->a_content, kept);
-    if (find_direction(kept) != nullptr)
+    if (fits || find_attributes(kept).has_direction())
         return;
-    const text attribute = direction_lines[SDP->a_media].attribute;
-    std::memcpy(SDP->a_content + kept.size(), attribute.data(), attribute.size());
-    std::memcpy(SDP->a_content + kept.size() + attribute.size(), line_end.data(), line_end.size());
+    writer direction_line(SDP->a_content + kept.size(), direction_line_length + 1);
+    direction_line.line<"a=%s\r\n">(direction_names[SDP->a_media]);
 }
 
-void Parse_Sdp_Bypass_Content(SIP_SDP *SDP, text body) {
-    if (body.find("a=SilcenceSupp") != text::npos) // spelling is part of the interface
+void Parse_Sdp_Bypass_Content(SIP_SDP *SDP, const attributes &found) {
+    if (found.silence)
         SDP->fax_use = 2;
 }
 
@@ -356,7 +421,7 @@ void Parse_Sdp(SIP_SDP *SDP, const message &msg) {
     if (!Parse_Sdp_Fonud(msg))
         return;
     unsigned first = msg.split.sdp_start;
-    const text connection = Parse_Sdp_Iterate(first, msg, "c");
+    const text connection = Parse_Sdp_Iterate(first, msg, 'c');
     if (connection.empty()) {
         SIPCODE_TRACE(0, "Insufficient information for SDP ( c = '%s')", "");
         return;
@@ -368,17 +433,18 @@ void Parse_Sdp(SIP_SDP *SDP, const message &msg) {
     }
 
     media_reader media(*SDP, msg, host);
-    if (!for_each_line(msg, "m", [&](text value) { return media.read(value); }))
+    if (!for_each_line(msg, 'm', [&](text value) { return media.read(value); }))
         return;
 
     const text body = msg.body();
-    Parse_Sdp_Audio_Media(SDP, body);
+    const attributes found = find_attributes(body);
+    Parse_Sdp_Audio_Media(SDP, found);
     Parse_Sdp_Video_Content(SDP, body);
     Parse_Sdp_Vbd_Content(SDP, body);
-    Parse_Sdp_Bypass_Content(SDP, body);
+    Parse_Sdp_Bypass_Content(SDP, found);
 
     if (SDP->fax.udptlport > 0) {
-        for_each_line(msg, "a", [&](text value) {
+        for_each_line(msg, 'a', [&](text value) {
             read_fax_attribute(value, SDP->fax);
             return true;
         });

@@ -16,7 +16,7 @@ namespace {
 
 // ------------------------------------------------------------------------------------------------ names of headers
 
-constexpr text header_names[header_count] = {
+constexpr nocase header_names[header_count] = {
     "Alert-Info",
     "Authentication-Info",
     "Authorization",
@@ -64,7 +64,7 @@ constexpr text header_names[header_count] = {
 };
 
 constexpr std::size_t longest_name =
-    std::max_element(std::begin(header_names), std::end(header_names), [](text a, text b) {
+    std::max_element(std::begin(header_names), std::end(header_names), [](const nocase &a, const nocase &b) {
         return a.size() < b.size();
     })->size();
 
@@ -106,10 +106,10 @@ constexpr name_slots slots = find_slots();
 
 // Number of the header whose name begins the line, no_header when it is none of ours.
 std::uint8_t header_of_line(text line) {
-    const std::size_t length = at_most(longest_name + 1, line).find(':');
-    if (length == text::npos || length == 0)
+    const parts name_value = cut_at(':', at_most(longest_name + 1, line));
+    const text name = name_value.before;
+    if (!name_value.found || name.empty())
         return no_header;
-    const text name = at_most(length, line);
     const std::uint8_t candidate = slots.header_of[slot_of(slots.factor, name)];
     return candidate != no_header && equals_nocase(name, header_names[candidate]) ? candidate : no_header;
 }
@@ -121,31 +121,7 @@ struct received {
     char *end;
 };
 
-// The line feeds and carriage returns of a text, one by one.
-class line_ends {
-  public:
-    explicit line_ends(const received &whole)
-        : end(whole.end), line_feed(find('\n', whole.begin)), carriage_return(find('\r', whole.begin)) {}
-
-    // The next one, or the end of the text.
-    char *next() {
-        char *const at = std::min(line_feed, carriage_return);
-        if (at == end)
-            return end;
-        (at == line_feed ? line_feed : carriage_return) = find(*at, at + 1);
-        return at;
-    }
-
-  private:
-    char *find(char mark, char *from) const {
-        void *const found = std::memchr(from, mark, static_cast<std::size_t>(end - from));
-        return found == nullptr ? end : static_cast<char *>(found);
-    }
-
-    char *end;
-    char *line_feed;
-    char *carriage_return;
-};
+using line_ends = byte_walk<'\n', '\r'>;
 
 enum class section { headers, body };
 
@@ -158,11 +134,8 @@ void log_overflow(section part) {
 
 // Cuts one section into lines, in place: a line end becomes a terminator unless a comma stands before it. The header section
 // ends behind its first empty line. Returns the number of lines and moves begin to where the next section starts.
-int cut_lines(section part, const received &whole, line_ends &ends, char *&begin, char **lines, unsigned *lengths) {
-    const auto comma_before = [&whole](const char *at) {
-        const std::ptrdiff_t distance = *at == '\n' ? 2 : 1;
-        return at - whole.begin >= distance && at[-distance] == ',';
-    };
+int cut_lines(section part, const received whole, line_ends &ends, char *&begin, char **lines, unsigned *lengths) {
+    line_ends walk = ends; // in registers while the section lasts
     int n = 0;
     char *line = begin;
     char *line_end = nullptr; // the first terminator written into this line
@@ -172,10 +145,11 @@ int cut_lines(section part, const received &whole, line_ends &ends, char *&begin
         return lengths[n] != 0;
     };
 
-    for (char *at = ends.next(); at != whole.end; at = ends.next()) {
-        if (comma_before(at))
-            continue;
+    for (char *at = walk.next(); at != whole.end; at = walk.next()) {
         const bool ends_line = *at == '\n';
+        const std::ptrdiff_t distance = ends_line ? 2 : 1;
+        if (at - whole.begin >= distance && at[-distance] == ',')
+            continue;
         *at = '\0';
         if (line_end == nullptr)
             line_end = at;
@@ -185,6 +159,7 @@ int cut_lines(section part, const received &whole, line_ends &ends, char *&begin
         line = at + 1;
         line_end = nullptr;
         if (part == section::headers && !filled) {
+            ends = walk;
             begin = line;
             return n;
         }
@@ -212,7 +187,7 @@ char *take_token(char *&rest, char *end) {
 
 // Sets rlPart1 and rlPart2. 0, or -1 when the line is none of the two forms.
 int Parse_StartLine_Parts(SIP_MSG &split, text start_line) {
-    constexpr text protocol = "SIP/2.0";
+    constexpr nocase protocol = "SIP/2.0";
     char *const line = split.header[0];
     char *end = line + start_line.size();
     char *rest = std::find_if_not(line, end, is_blank);
@@ -247,8 +222,10 @@ int Parse_StartLine_Parts(SIP_MSG &split, text start_line) {
 
 int SIP_Decode_Parse_Msg(message &msg) {
     SIP_MSG &split = msg.split;
-    const received whole{split.data, split.data + std::strlen(split.data)};
-    line_ends ends(whole);
+    const std::size_t length = std::strlen(split.data);
+    std::memset(split.data + length, 0, block_size - length % block_size); // the rest of the last block
+    const received whole{split.data, split.data + length};
+    line_ends ends(whole.begin, whole.end);
     char *begin = whole.begin;
     split.headers = msg.header_line_count =
         cut_lines(section::headers, whole, ends, begin, split.header, msg.header_length);

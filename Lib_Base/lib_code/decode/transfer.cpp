@@ -16,9 +16,9 @@ namespace {
 enum outcome { transfer_decoded = -1, no_refer_to = -2, refer_to_not_sip = -3, no_referred_by = -5 };
 
 constexpr std::size_t longest_value = 199;
-constexpr text scheme = "sip:";
+constexpr nocase scheme = "sip:";
 
-std::size_t find_nocase(text t, text wanted) {
+std::size_t find_nocase(text t, const nocase &wanted) {
     for (std::size_t at = 0; at + wanted.size() <= t.size(); ++at)
         if (starts_nocase(drop(at, t), wanted))
             return at;
@@ -36,7 +36,7 @@ text decoded_uri(text value, char (&scratch)[longest_value + 1]) {
 }
 
 template <std::size_t N>
-void read_replaces_tag(text parameters, text name, char (&tag)[N]) {
+void read_replaces_tag(text parameters, const nocase &name, char (&tag)[N]) {
     const std::size_t at = find_nocase(parameters, name);
     if (at != text::npos)
         store(tag, cut_at(';', cut_at('&', drop(at + name.size(), parameters)).before).before);
@@ -84,7 +84,7 @@ int Parse_Refer_Info(REFER_INFO *refer_info, const message &msg) {
     if (!referrer_is_sip)
         SIPCODE_TRACE(0, "Huh?  Not a sip: header (Referred-by: %s). Skipping.", terminated(referrer).c_str());
 
-    constexpr text replaces_name = "REPLACES=";
+    constexpr nocase replaces_name = "REPLACES=";
     const parts target = cut_at('?', drop(scheme.size(), uri));
     if (!target.found)
         refer_info->refermode = 0;

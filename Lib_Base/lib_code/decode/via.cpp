@@ -31,10 +31,8 @@ void read_branch(text parameters, SIP_VIA &via) {
 }
 
 bool is_known_transport(text word) {
-    for (const text known : {"SIP/2.0/UDP", "SIP/2.0/TCP", "SIP/2.0/SCTP", "SIP/2.0/TLS"})
-        if (equals_nocase(word, known))
-            return true;
-    return false;
+    return equals_nocase(word, "SIP/2.0/UDP") || equals_nocase(word, "SIP/2.0/TCP") ||
+           equals_nocase(word, "SIP/2.0/SCTP") || equals_nocase(word, "SIP/2.0/TLS");
 }
 
 // Reads transport and sent-by of the text before the first ";". Without a port in it, addr.port becomes port_if_none.

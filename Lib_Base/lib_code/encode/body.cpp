@@ -39,8 +39,9 @@ void write_document(writer &out, pXmldoc document) {
     char buffer[4096] = {};
     int room = sizeof buffer;
     Xml_Encode(document, buffer, &room);
-    const int length = static_cast<int>(sizeof buffer) - room;
-    write_length_and_body(out, length, member_text(buffer));
+    // Unsigned, as nothing keeps a host from leaving a wild count.
+    const unsigned written = static_cast<unsigned>(sizeof buffer) - static_cast<unsigned>(room);
+    write_length_and_body(out, static_cast<int>(written), member_text(buffer));
 }
 
 bool has_sdp(const SIP_SDP &sdp) { return sdp.a_use == 1 || sdp.fax_use == 1; }

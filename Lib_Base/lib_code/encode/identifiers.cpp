@@ -61,7 +61,7 @@ void Build_Via_Branch(char *str) {
     writer out(str, SIP_BRANCH_SIZE);
     out.line<"z9hG4bK%d%d%d%d">(Random(), count, count, count);
     const std::tm now = local_time();
-    out.line<"%d%02d%02d%02d%02d%02d">(now.tm_year + 1900, now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min,
+    out.line<"%d%02d%02d%02d%02d%02d">(1900L + now.tm_year, now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min,
                                        now.tm_sec);
 }
 
@@ -80,5 +80,5 @@ void Build_Date(char *pchDate) {
     gmtime_r(&now, &utc);
     sipcode::writer out(pchDate, SIP_DATE_SIZE);
     out.line<"%s, %02d %s %d %02d:%02d:%02d GMT">(days[utc.tm_wday], utc.tm_mday, months[utc.tm_mon],
-                                                  utc.tm_year + 1900, utc.tm_hour, utc.tm_min, utc.tm_sec);
+                                                  1900L + utc.tm_year, utc.tm_hour, utc.tm_min, utc.tm_sec);
 }

@@ -9,10 +9,12 @@ namespace sipcode {
 namespace {
 
 void strip_ims_prefix(char (&callid)[128]) {
-    constexpr std::size_t prefix = 4;
-    if (Str_N_Cmp(callid, "ims-", prefix) != 0)
+    constexpr std::size_t prefix_length = 4;
+    char prefix[prefix_length + 1]; // the member itself may be unterminated
+    store(prefix, at_most(prefix_length, member_text(callid)));
+    if (Str_N_Cmp(prefix, "ims-", prefix_length) != 0)
         return;
-    const text rest = drop(prefix, member_text(callid));
+    const text rest = drop(prefix_length, member_text(callid));
     std::memmove(callid, rest.data(), rest.size());
     callid[rest.size()] = '\0';
 }
