@@ -1,11 +1,20 @@
-// The codec record as JSON, see record_json.h: one recursion over its description.
+// The codec record as JSON, see record_json.h: one recursion over its description for each way.
 #include "record_json.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace sipcode {
 
 namespace {
 
 using nlohmann::ordered_json;
+
+constexpr const char *latin1 = "latin1";
+
+// ---------------------------------------------------------------------------------------------------------------------
+// From the record
 
 bool is_utf8(const std::string &text) {
     try {
@@ -33,7 +42,7 @@ std::string latin1_to_utf8(std::string_view bytes) {
 ordered_json text_to_json(std::string_view bytes) {
     std::string text(bytes);
     if (!is_utf8(text))
-        return {{"latin1", latin1_to_utf8(bytes)}};
+        return {{latin1, latin1_to_utf8(bytes)}};
     return text;
 }
 
@@ -74,10 +83,130 @@ ordered_json record_to_json(const Record &description, const std::byte *record, 
     return object;
 }
 
+// ---------------------------------------------------------------------------------------------------------------------
+// Into the record
+
+// Valid UTF-8 to bytes; false when a character is above U+00FF.
+bool utf8_to_latin1(std::string_view text, std::string &bytes) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        auto byte = static_cast<unsigned char>(text[i]);
+        if (byte >= 0x80) {
+            if (byte > 0xc3)
+                return false;
+            byte = static_cast<unsigned char>((byte & 0x03) << 6 | (text[++i] & 0x3f));
+        }
+        bytes += static_cast<char>(byte);
+    }
+    return true;
+}
+
+std::string range_of(const Member &member) {
+    const auto text = [](auto limits) { return std::to_string(limits.min()) + " to " + std::to_string(limits.max()); };
+    return member.size == sizeof(int) ? text(std::numeric_limits<int>()) : text(std::numeric_limits<long>());
+}
+
+class Reader {
+  public:
+    void read_record(const ordered_json &value, const Record &description, std::byte *record) {
+        if (!value.is_object())
+            fail_for_kind("an object", value);
+        const std::size_t outer = path_.size();
+        for (const auto &[name, member_value] : value.items()) {
+            path_.append(outer == 0 ? "" : ".").append(name);
+            read_member(member_value, find(description, name), record);
+            path_.resize(outer);
+        }
+    }
+
+  private:
+    [[noreturn]] void fail(const std::string &what) const {
+        throw RecordError(path_.empty() ? what : path_ + ": " + what);
+    }
+
+    [[noreturn]] void fail_for_kind(const std::string &wanted, const ordered_json &value) const {
+        fail(wanted + " is wanted, not " + value.type_name());
+    }
+
+    const Member &find(const Record &description, std::string_view name) const {
+        const auto found = std::find_if(description.members.begin(), description.members.end(),
+                                        [name](const Member &member) { return member.name == name; });
+        if (found == description.members.end())
+            fail("no such member");
+        return *found;
+    }
+
+    void read_member(const ordered_json &value, const Member &member, std::byte *record) {
+        if (!member.is_array)
+            return read_element(value, member, element_at(member, record, 0));
+        if (!value.is_array())
+            fail_for_kind("an array", value);
+        if (value.size() > member.count)
+            fail(std::to_string(value.size()) + " elements, at most " + std::to_string(member.count));
+        const std::size_t outer = path_.size();
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            path_.append("[").append(std::to_string(i)).append("]");
+            read_element(value[i], member, element_at(member, record, i));
+            path_.resize(outer);
+        }
+    }
+
+    void read_element(const ordered_json &value, const Member &member, std::byte *element) {
+        switch (member.kind) {
+        case Kind::text:
+            return read_text(value, member, element);
+        case Kind::number:
+            return read_number(value, member, element);
+        case Kind::record:
+            return read_record(value, *member.record, element);
+        case Kind::pointer:
+            if (!value.is_null())
+                fail_for_kind("null", value);
+        }
+    }
+
+    void read_text(const ordered_json &value, const Member &member, std::byte *element) const {
+        const std::string bytes = bytes_of(value);
+        if (bytes.find('\0') != std::string::npos)
+            fail("a NUL in the text");
+        if (!store_text(member, element, bytes))
+            fail("text of " + std::to_string(bytes.size()) + " characters, at most " + std::to_string(member.size - 1));
+    }
+
+    std::string bytes_of(const ordered_json &value) const {
+        if (value.is_string())
+            return value.get<std::string>();
+        if (!value.is_object() || value.size() != 1 || !value.contains(latin1) || !value[latin1].is_string())
+            fail_for_kind("a string or {\"latin1\": string}", value);
+        std::string bytes;
+        if (!utf8_to_latin1(value[latin1].get<std::string>(), bytes))
+            fail("a character above U+00FF in latin1");
+        return bytes;
+    }
+
+    void read_number(const ordered_json &value, const Member &member, std::byte *element) const {
+        if (!value.is_number())
+            fail_for_kind("a number", value);
+        if (!value.is_number_integer())
+            fail("a whole number is wanted, not " + value.dump());
+        const bool too_long = value.is_number_unsigned() &&
+                              std::cmp_greater(value.get<unsigned long>(), std::numeric_limits<long>::max());
+        if (too_long || !store_number(member, element, value.get<long>()))
+            fail("number " + value.dump() + " is out of range " + range_of(member));
+    }
+
+    std::string path_;
+};
+
 } // namespace
 
 ordered_json to_json(const SIP_CODE_MSG &record, Scope scope) {
     return record_to_json(code_record(), reinterpret_cast<const std::byte *>(&record), scope);
+}
+
+SIP_CODE_MSG record_from_json(const ordered_json &value) {
+    SIP_CODE_MSG record{};
+    Reader().read_record(value, code_record(), reinterpret_cast<std::byte *>(&record));
+    return record;
 }
 
 } // namespace sipcode

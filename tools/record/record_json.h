@@ -10,6 +10,8 @@
 // {"latin1": "..."}, a string with one character from U+0000 to U+00FF for each byte.
 #pragma once
 
+#include <stdexcept>
+
 #include <nlohmann/json.hpp>
 
 #include "record.h"
@@ -17,5 +19,15 @@
 namespace sipcode {
 
 nlohmann::ordered_json to_json(const SIP_CODE_MSG &record, Scope scope);
+
+// A value that the record has no place for; what() begins with the member: "via.addr.port: a number is wanted, not string".
+class RecordError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// The record that such a JSON value stands for. Throws RecordError for an unknown member, a value of another kind, a number
+// outside the member's range, a text or an array that is too long, and a NUL in a text.
+SIP_CODE_MSG record_from_json(const nlohmann::ordered_json &value);
 
 } // namespace sipcode

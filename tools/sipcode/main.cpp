@@ -8,7 +8,9 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include "answer_command.h"
 #include "decode_command.h"
+#include "encode_command.h"
 #include "outcome.h"
 
 void flush_output() {
@@ -20,7 +22,7 @@ void flush_output() {
 namespace {
 
 int run(int argc, char **argv) {
-    CLI::App tool("Shows what the SIP message codec makes of a message.", "sipcode");
+    CLI::App tool("SIP messages through the codec: decoded, encoded, answered.", "sipcode");
     tool.set_version_flag("--version", "sipcode " SIPCODE_VERSION);
     tool.require_subcommand(1);
     tool.failure_message([](const CLI::App *, const CLI::Error &error) {
@@ -29,6 +31,8 @@ int run(int argc, char **argv) {
 
     int status = success;
     add_decode_command(tool, status);
+    add_encode_command(tool, status);
+    add_answer_command(tool, status);
     try {
         tool.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

@@ -9,6 +9,7 @@
 #include <spdlog/spdlog.h>
 
 #include "decode.h"
+#include "library_prints.h"
 
 namespace {
 
@@ -34,6 +35,11 @@ void note_what_is_left_out(const std::string &message, const std::string &place)
     else if (message.size() > longest_message)
         fmt::print(stderr, "{}: note: decoded from its first {} characters of {}\n", place, longest_message,
                    message.size());
+}
+
+bool decode_silently(char *message, SIP_CODE_MSG &record) {
+    const DiscardLibraryPrints discard;
+    return Sip_Decode(message, &record) == 1;
 }
 
 } // namespace
@@ -76,7 +82,7 @@ Decoded MessageDecoder::decode(std::string message, const std::string &place) {
     log_->begin(place);
     Decoded decoded{};
     decoded.record.via_count = not_counted;
-    if (Sip_Decode(message.data(), &decoded.record) == 1)
+    if (decode_silently(message.data(), decoded.record))
         return decoded;
     if (!log_->refusal().empty())
         decoded.refusal = log_->refusal();

@@ -15,8 +15,6 @@ struct Close {
     }
 };
 
-[[noreturn]] void fail() { throw std::system_error(errno, std::generic_category()); }
-
 bool is_standard_input(const std::string &file) { return file == "-"; }
 
 bool is_separator(std::string_view line) { return line == "----" || line == "----\n" || line == "----\r\n"; }
@@ -25,6 +23,7 @@ bool is_separator(std::string_view line) { return line == "----" || line == "---
 
 std::string read_source(const std::string &file) {
     const std::unique_ptr<std::FILE, Close> stream(is_standard_input(file) ? stdin : std::fopen(file.c_str(), "rb"));
+    const auto fail = [&file] { throw std::system_error(errno, std::generic_category(), source_name(file)); };
     if (stream == nullptr)
         fail();
     std::string content;

@@ -5,7 +5,8 @@
 #include <string_view>
 #include <vector>
 
-// The file's bytes as they are; "-" is standard input. Throws std::system_error when it cannot be read.
+// The file's bytes as they are; "-" is standard input. Throws std::system_error when it cannot be read; what() begins with
+// the name below.
 std::string read_source(const std::string &file);
 
 // What messages call the file.

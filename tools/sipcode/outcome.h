@@ -2,8 +2,8 @@
 #pragma once
 
 enum ExitStatus {
-    success = 0, // all messages were decoded
-    refused = 1, // the library refused a message
+    success = 0, // all messages were decoded, encoded or answered
+    refused = 1, // at least one was not
     misuse = 2,  // the command line, a file or the output is at fault
 };
 

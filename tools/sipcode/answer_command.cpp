@@ -1,0 +1,169 @@
+// sipcode answer, see answer_command.h.
+#include "answer_command.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "answer.h"
+#include "decode.h"
+#include "message_decoder.h"
+#include "message_source.h"
+#include "message_writer.h"
+#include "outcome.h"
+
+namespace {
+
+constexpr const char *footer =
+    R"(A file holds messages as 'sipcode decode' reads them. The answers are written with a line that is "----" between them.
+
+An answer repeats Via, From, To, Call-ID, CSeq, Record-Route and Korvadex-Extern. A 200 or 202 to a REGISTER repeats its Contact
+and expiry as well, one to a SUBSCRIBE its expiry. A 401 or 407 carries a challenge.
+
+With --sdp the answer takes from an audio offer the first codec that the library knows, telephone events, the packet time and
+the direction as seen from here, and from an offer of fax alone its parameters.
+
+Exit status: 0 all requests were answered, 1 some were not, 2 the command line, a file or the output is at fault.)";
+
+struct Options {
+    std::string file = "-";
+    std::string status;
+    std::string to_tag;
+    std::optional<std::string> contact;
+    std::optional<std::string> sdp;
+    std::string transport = "udp";
+    std::string realm;
+    std::string nonce;
+};
+
+// Transports by TRANS_TYPE_E.
+const std::vector<std::string> transports = {"udp", "tcp", "tls"};
+
+std::string known_statuses() {
+    std::vector<std::string_view> codes;
+    for (int kind = SIP_RESPONSE_MSG_100_TRY; kind < SIP_CODE_METHOD_COUNT; ++kind)
+        codes.push_back(std::string_view(decode_methods[kind].text).substr(0, 3));
+    std::sort(codes.begin(), codes.end());
+    return fmt::format("{}", fmt::join(codes, " "));
+}
+
+sip_code_method status_kind(const std::string &code) {
+    const int kind = code.size() == 3 ? SIP_Decode_Parse_Method_Response(code.c_str()) : 0;
+    if (kind < SIP_RESPONSE_MSG_100_TRY)
+        throw CLI::ValidationError("--status", fmt::format("{} is none of {}", code, known_statuses()));
+    return static_cast<sip_code_method>(kind);
+}
+
+void check_length(const char *option, std::string_view text, std::size_t member_size) {
+    if (text.size() >= member_size)
+        throw CLI::ValidationError(option,
+                                   fmt::format("text of {} characters, at most {}", text.size(), member_size - 1));
+}
+
+// HOST:PORT
+IPV4_ADDRESS address(const char *option, const std::string &text) {
+    IPV4_ADDRESS address{};
+    const std::size_t colon = text.rfind(':');
+    const std::string port = colon == std::string::npos ? "" : text.substr(colon + 1);
+    const char *const end = port.data() + port.size();
+    const auto [port_end, error] = std::from_chars(port.data(), end, address.port);
+    if (colon == 0 || error != std::errc() || port_end != end || address.port < 1 || address.port > 65535)
+        throw CLI::ValidationError(option, fmt::format("{} is not HOST:PORT", text));
+    const std::string host = text.substr(0, colon);
+    check_length(option, host, sizeof address.ip);
+    Copy_String(address.ip, host.c_str(), sizeof address.ip);
+    return address;
+}
+
+// USER@HOST:PORT
+SIP_CONTACT contact(const std::string &text) {
+    constexpr const char *option = "--contact";
+    const std::size_t at = text.rfind('@');
+    if (at == std::string::npos || at == 0)
+        throw CLI::ValidationError(option, fmt::format("{} is not USER@HOST:PORT", text));
+    SIP_CONTACT contact{};
+    const std::string user = text.substr(0, at);
+    check_length(option, user, sizeof contact.user);
+    Copy_String(contact.user, user.c_str(), sizeof contact.user);
+    contact.addr = address(option, text.substr(at + 1));
+    return contact;
+}
+
+AnswerSettings settings_of(const Options &options) {
+    AnswerSettings settings{};
+    settings.status = status_kind(options.status);
+    const auto transport = std::find(transports.begin(), transports.end(), options.transport);
+    settings.transport = static_cast<TRANS_TYPE_E>(transport - transports.begin());
+    check_length("--to-tag", options.to_tag, sizeof SIP_FROMTO::tag);
+    settings.to_tag = options.to_tag;
+    check_length("--realm", options.realm, sizeof SIP_AUTHEN::realm);
+    settings.realm = options.realm;
+    check_length("--nonce", options.nonce, sizeof SIP_AUTHEN::nonce);
+    settings.nonce = options.nonce;
+    if (options.contact)
+        settings.contact = contact(*options.contact);
+    if (options.sdp)
+        settings.media = address("--sdp", *options.sdp);
+    return settings;
+}
+
+// Why the message has no answer; empty when that was written.
+std::string answer_message(const Decoded &request, const AnswerSettings &settings, MessageWriter &writer) {
+    if (!request.refusal.empty())
+        return request.refusal;
+    const Answer made = answer(request.record, settings);
+    if (made.refusal.empty())
+        writer.write(made.record);
+    return made.refusal;
+}
+
+int answer_messages(const Options &options) {
+    const AnswerSettings settings = settings_of(options);
+    const std::string content = read_source(options.file);
+    srandom(std::random_device()()); // for the library's tags
+    MessageDecoder decoder;
+    MessageWriter writer;
+    int status = success;
+    int number = 0;
+    for (const std::string_view message : split_messages(content)) {
+        const std::string speaker = fmt::format("sipcode: {}: message {}", source_name(options.file), ++number);
+        const Decoded request = decoder.decode(std::string(message), speaker);
+        const std::string refusal = answer_message(request, settings, writer);
+        if (refusal.empty())
+            continue;
+        fmt::print(stderr, "{}: refused: {}\n", speaker, refusal);
+        status = refused;
+    }
+    return status;
+}
+
+} // namespace
+
+void add_answer_command(CLI::App &tool, int &status) {
+    auto options = std::make_shared<Options>();
+    CLI::App *command = tool.add_subcommand("answer", "Decodes requests and writes their answers");
+    const auto add = [command](const char *name, auto &value, const char *type, const char *description) {
+        return command->add_option(name, value, description)->type_name(type);
+    };
+    add("FILE", options->file, "", "What to read; - is standard input, which is read when none is named");
+    add("--status", options->status, "CODE", "Status of the answer")->required();
+    add("--to-tag", options->to_tag, "TAG", "Tag of To; without it the one that To has, else a new one");
+    add("--contact", options->contact, "USER@HOST:PORT", "Contact; without it, where one is due, from the request URI");
+    add("--sdp", options->sdp, "HOST:PORT", "Answers the offered audio or fax stream, which goes to this address");
+    add("--realm", options->realm, "TEXT", "Realm of a 401 or 407; without it the host of the request URI");
+    add("--nonce", options->nonce, "TEXT", "Nonce of a 401 or 407; without it a new one");
+    add("--transport", options->transport, "TRANSPORT", "Of Via and Contact: udp, which is the default, tcp or tls")
+        ->check(CLI::IsMember(transports));
+    command->footer(footer);
+    command->callback([options, &status] { status = answer_messages(*options); });
+}

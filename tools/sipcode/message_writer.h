@@ -1,0 +1,17 @@
+// Records as messages on standard output.
+#pragma once
+
+#include "code.h"
+
+// Writes messages as split_messages (message_source.h) reads them: a line that is "----" stands between two. A message that
+// ends in a line without line end gets one when another follows.
+class MessageWriter {
+  public:
+    // Encodes the record, by its method as a request or a response. False, and nothing is written, when the library refuses
+    // it.
+    bool write(SIP_CODE_MSG record);
+
+  private:
+    bool is_first_ = true;
+    bool line_is_open_ = false;
+};

@@ -1,0 +1,65 @@
+// Records out of JSON text, see record_source.h.
+#include "record_source.h"
+
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+#include <string_view>
+
+#include <fmt/core.h>
+
+#include "record_json.h"
+
+namespace {
+
+using nlohmann::ordered_json;
+
+[[noreturn]] void fail(std::string_view place, std::string_view reason) {
+    throw std::runtime_error(fmt::format("{}: {}", place, reason));
+}
+
+// "line 2, column 7" of a byte.
+std::string line_and_column(std::string_view text, std::size_t byte) {
+    const std::string_view before = text.substr(0, byte);
+    const std::size_t line_begin = before.rfind('\n') + 1; // the first line: npos + 1
+    return fmt::format("line {}, column {}", std::count(before.begin(), before.end(), '\n') + 1, byte - line_begin + 1);
+}
+
+// The library heads its message with a name and with a position that counts from the value's own beginning.
+std::string_view without_head(std::string_view message) {
+    const std::size_t head = message.find(": ");
+    return head == std::string_view::npos ? message : message.substr(head + 2);
+}
+
+std::vector<ordered_json> parse(const std::string &text, const std::string &name) {
+    std::vector<ordered_json> values;
+    std::istringstream in(text);
+    while (!(in >> std::ws).eof()) {
+        const auto begin = static_cast<std::size_t>(in.tellg());
+        try {
+            in >> values.emplace_back();
+        } catch (const ordered_json::parse_error &error) {
+            fail(fmt::format("{}: {}", name, line_and_column(text, begin + error.byte - 1)),
+                 without_head(error.what()));
+        }
+    }
+    return values;
+}
+
+} // namespace
+
+std::vector<NamedRecord> read_records(const std::string &text, const std::string &name) {
+    const std::vector<ordered_json> values = parse(text, name);
+    if (values.empty())
+        fail(name, "no record");
+    std::vector<NamedRecord> records;
+    for (const ordered_json &value : values) {
+        std::string place = values.size() == 1 ? name : fmt::format("{}: record {}", name, records.size() + 1);
+        try {
+            records.push_back({place, sipcode::record_from_json(value)});
+        } catch (const sipcode::RecordError &error) {
+            fail(place, error.what());
+        }
+    }
+    return records;
+}
