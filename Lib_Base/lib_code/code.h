@@ -269,7 +269,7 @@ typedef struct SIP_EVENT {
 } SIP_EVENT;
 
 /* Record-Route (RFC 3261 section 20.30): one value, or two joined by a comma in the order that the host needs. Written
- * as Record-Route in responses and as Route in requests. */
+ * as Record-Route in responses and as Route in requests. Three or more lines leave it as it was. */
 typedef struct SIP_RECORD_ROUTE {
     int use;           /* D E */
     char content[128]; /* one value: longest 126; D E */

@@ -163,11 +163,11 @@ int cut_lines(section part, const received whole, line_ends &ends, char *&begin,
             begin = line;
             return n;
         }
+        // Later lines take the last entry in turn; the last of them is lost when an empty line follows.
         if (n < max_lines - 1)
             ++n;
         else
-            log_overflow(
-                part); // later lines take the last entry, and the last of them is lost when an empty line follows
+            log_overflow(part);
     }
     begin = whole.end;
     return keep_line(whole.end) ? n + 1 : n;
