@@ -10,7 +10,8 @@ namespace sipcode {
 
 // SIP_REQUEST_SIZE and its sisters in encode.h follow from the members' sizes. A member that grows makes the longest message
 // longer, and the record another binary interface: measure anew (the room tests do) and move the SOVERSION.
-static_assert(sizeof(long) != 8 || (sizeof(SIP_CODE_MSG) == 14080 && sizeof(SIP_SDP) == 1344 && sizeof(Xmldoc) == 1432));
+static_assert(sizeof(long) != 8 ||
+              (sizeof(SIP_CODE_MSG) == 14080 && sizeof(SIP_SDP) == 1344 && sizeof(Xmldoc) == 1432));
 
 // A text member for a host service that takes a terminated string: itself, or a copy when a host left it unterminated.
 template <std::size_t N>
