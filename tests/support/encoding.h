@@ -1,0 +1,45 @@
+// Encoding as the tests see it: a record in; the result, the text and what became of the record out.
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sipcode/encode.h>
+
+#include "support/members.h"
+
+namespace support {
+
+struct Encoded {
+    int result;
+    std::string text; // "(untouched)" when nothing was written
+    SIP_CODE_MSG record;
+};
+
+// Encodes a record that ends at an unreadable page into a buffer of the stated room that does.
+Encoded encode_request(const SIP_CODE_MSG &record);
+Encoded encode_response(const SIP_CODE_MSG &record);
+std::string dump(const SIP_CODE_MSG &record);
+
+// A file of data/encoded: the members that are set stand in front of the empty line, what is written behind it.
+struct EncodedCase {
+    std::string title;
+    std::string members;
+    std::string expected;
+};
+
+std::vector<EncodedCase> encoded_cases(const std::string &extension);
+
+inline void PrintTo(const EncodedCase &row, std::ostream *out) { *out << row.title; }
+
+// Holds the rows of data/encoded/<name>.lines against what is written. The first line sets members for all of them; a row reads
+// "method=BYE ; require.use=1 => Require: ", or "-To | To: <sip:h>" for a line in place of another: what follows the semicolon
+// makes these changes.
+void expect_line_changes(const std::string &name, std::string (*write)(const SIP_CODE_MSG &record));
+
+// A message as the tests write it: "\n" stands for CR LF.
+std::string wire(std::string_view text);
+
+} // namespace support

@@ -1,0 +1,59 @@
+// Which members are read in which messages: by the method or status, and by the method of the CSeq.
+#include <gtest/gtest.h>
+
+#include "support/decoding.h"
+
+namespace {
+
+using namespace support;
+
+const std::string headers =
+    "\r\nCall-ID: c\r\nVia: SIP/2.0/UDP h;branch=b\r\nAuthorization: x\r\nWWW-Authenticate: x\r\nAuthentication-Info: x\r\n"
+    "Refer-To: <sip:a@h>\r\nReferred-By: <sip:b@h>\r\nContent-Type: ";
+
+using Identifiers = std::vector<int>;
+
+// Where both lists hold the identifiers; an empty one holds all.
+const struct {
+    std::string member;
+    Identifiers methods;
+    Identifiers of_cseq;
+} rows[] = {
+    {"sdp.a_use", {5, 6, 12, 17, 18, 19, 20, 43}, {5, 6, 12}},
+    {"msg_sdp.use", {}, {4, 10, 11}},
+    {"message_summary.use", {4}, {}},
+    {"authen.use", {22, 25}, {2, 5, 8, 10, 11}},
+    {"authen.next_nonce.use", {}, {2}},
+    {"refer_to.use", {9}, {}},
+    {"info.use", {13}, {13}},
+};
+
+bool holds(const Identifiers &list, int id) {
+    return list.empty() || std::find(list.begin(), list.end(), id) != list.end();
+}
+
+TEST(Dispatch, by_method_and_cseq) {
+    for (int of_cseq = 1; of_cseq < SIP_CODE_METHOD_COUNT; ++of_cseq)
+        for (int method = 2; method < SIP_CODE_METHOD_COUNT; ++method) {
+            const std::string text = decode_methods[method].text;
+            const std::string message = (method < 16 ? text + " sip:h SIP/2.0" : "SIP/2.0 " + text) + "\r\nCSeq: 1 " +
+                                        decode_methods[of_cseq].text + headers;
+            const Decoded decoded = decode(message + "application/sdp\r\n\r\nc=IN IP4 h\r\nm=audio 1", zero);
+            const Decoded dtmf = decode(message + "application/dtmf\r\n\r\n5", zero);
+            for (const auto &[member, methods, cseqs] : rows)
+                ASSERT_EQ((member == "info.use" ? dtmf : decoded)[member] == "1",
+                          holds(methods, method) && holds(cseqs, of_cseq))
+                    << member << " in " << message;
+            ASSERT_EQ(decoded["author.use"] == "1", of_cseq == 2 || method == 5 || method == 10 || method == 11)
+                << message;
+        }
+}
+
+TEST(Dispatch, body_of_a_message) {
+    const std::string start = "MESSAGE sip:h SIP/2.0\r\nCSeq: 1 MESSAGE" + headers + "a/b\r\n\r\n";
+    EXPECT_EQ(decode(start)["msg_sdp.use"], "(untouched)");
+    for (const std::size_t length : {2997, 2998, 2999, 3700})
+        EXPECT_EQ(decode(start + letters(length))["msg_sdp.content"], letters(std::min<std::size_t>(length, 2998)));
+}
+
+} // namespace

@@ -1,0 +1,114 @@
+// Bad input: nothing is read or written out of bounds, and each member is left alone or whole. Reads and writes are
+// judged by the unreadable pages behind text and record, and by the sanitizers where they are on.
+#include <gtest/gtest.h>
+
+#include "support/cases.h"
+
+namespace {
+
+using namespace support;
+
+const char *const invite = R"(INVITE sip:b%20b@h:5070;transport=udp SIP/2.0
+Via: SIP/2.0/UDP h;branch=z9hG4bKb
+Max-Forwards: 70
+From: "D \" <x>" <sip:a;cpc=o@h>;tag=f
+To: <sip:b@h>;tag=t
+Call-ID: c
+CSeq: 1 INVITE
+Contact: <sip:a@h:5060>;expires=60,
+ <sip:b>
+RAck: 1 2 INVITE
+P-Called-Party-ID: <tel:1>
+Session-Expires: 90;refresher=uac
+Content-Type: a/b
+
+v=0
+c=x,
+)";
+const char *const response = R"(SIP/2.0 499 Gone
+v: SIP/2.0/UDP h:1;branch=a,SIP/2.0/TCP h:2;branch=b
+f: sip:a
+t: tel:1
+i: c
+CSeq: 1 BYE
+RSeq: 1
+Min-SE: 2
+
+)";
+const std::string samples[] = {Frame().text(invite), Frame().text(response)};
+
+TEST(Hostile, refused_and_silent) {
+    for (const std::string &text :
+         {std::string(), repeat(1, "\r"), repeat(5000, "\r"), repeat(1, "\r\n"), repeat(63, "\n"), repeat(4095, " "),
+          repeat(4095, ","), repeat(100000, "x"), repeat(1, "<"), repeat(1, "\""), repeat(9, "\xFF"),
+          std::string(1, '\0') + samples[0]})
+        EXPECT_EQ(changes({}, decode(text).members) + lines(decode(text).log), "result=-1") << text.substr(0, 20);
+}
+
+TEST(Hostile, line_feeds_alone_are_refused_and_counted) {
+    // The first ends the headers, each of the others is a line of the body; 4095 are looked at.
+    const Decoded decoded = decode(repeat(100000, "\n"));
+    EXPECT_EQ(changes({}, decoded.members), "result=-1");
+    EXPECT_EQ(decoded.log.size(), 4095 - 1 - 63);
+}
+
+TEST(Hostile, a_nul_ends_the_text) {
+    for (std::string message : samples)
+        for (std::size_t at = message.size(); at-- > 0;) {
+            const Decoded without_rest = decode(message.substr(0, at));
+            std::string cut = message;
+            cut[at] = '\0';
+            const Decoded decoded = decode(cut);
+            ASSERT_EQ(changes(without_rest.members, decoded.members), "") << at;
+            ASSERT_EQ(lines(without_rest.log), lines(decoded.log)) << at;
+            expect_whole_members(cut);
+        }
+}
+
+// Texts are looked at in blocks and words: where these begin and end shows nowhere.
+TEST(Hostile, every_alignment) {
+    for (const std::string &message : samples) {
+        const Members members = decode(message).members;
+        for (std::size_t n = 0; n < 70; ++n) {
+            std::string moved = message;
+            moved.insert(moved.find("\r\n"), "\r\nPad: " + letters(n));
+            EXPECT_EQ(changes(members, decode(moved).members), "") << n;
+        }
+    }
+    for (std::size_t n = 1; n < 46; ++n) {
+        const std::string name = letters(n);
+        const Decoded decoded =
+            decode("OPTIONS tel:" + name + " SIP/2.0\r\ni: " + name + "\r\nCSeq: 1 " + name + "\r\nVia: SIP/2.0/UDP " +
+                   name + ":7;branch=" + name + "\r\nFrom: \"" + name + "\" <sip:" + name + "@" + name +
+                   ":8>;p=" + name + ";tag=" + name + "\r\n\r\n" + name);
+        const std::string user = letters(std::min<std::size_t>(n, 31));
+        const std::string host = letters(std::min<std::size_t>(n, 23));
+        EXPECT_EQ(decoded["uri.user"] + decoded["callid"] + decoded["xml_buf"], user + name + name);
+        EXPECT_EQ(decoded["via.addr.ip"] + decoded["via.addr.port"] + decoded["via.branch"], host + "7" + name);
+        EXPECT_EQ(decoded["from.user"] + decoded["from.addr.ip"] + decoded["from.addr.port"], user + host + "8");
+        EXPECT_EQ(decoded["from.tag"] + decoded["cseq.method"], name + "0");
+    }
+}
+
+TEST(Hostile, every_byte_replaced) {
+    for (const std::string &message : samples)
+        for (std::size_t at = 0; at < message.size(); ++at)
+            for (const char byte : {'\r', '\n', ',', ';', ':', '"', '<', '>', '%', '@', ' ', '\x01', '\xA5', '\xFF'}) {
+                std::string changed = message;
+                changed[at] = byte;
+                expect_whole_members(changed);
+            }
+}
+
+TEST(Hostile, every_piece_left_out_or_repeated) {
+    for (const std::string &message : samples)
+        for (std::size_t at = 0; at < message.size(); ++at)
+            for (const std::size_t length : {1U, 2U, 7U, 40U}) {
+                const std::string before = message.substr(0, at);
+                const std::string piece = message.substr(at, length);
+                expect_whole_members(before + message.substr(at + piece.size()));
+                expect_whole_members(before + repeat(20, piece) + message.substr(at));
+            }
+}
+
+} // namespace

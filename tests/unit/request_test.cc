@@ -1,0 +1,35 @@
+// Requests: whole messages, and what single members and methods change in them.
+#include <gtest/gtest.h>
+
+#include "support/cases.h"
+#include "support/clock.h"
+#include "support/encoding.h"
+#include "support/recording_host.h"
+
+namespace {
+
+using namespace support;
+
+class Request : public testing::TestWithParam<EncodedCase> {};
+
+TEST_P(Request, is_written_as_a_whole) {
+    const Clock clock(1795081443); // Thursday, 19 November 2026, 09:44:03 UTC
+    EXPECT_EQ(wire(GetParam().expected), encode_request(record_of(GetParam().members)).text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Encoded, Request, testing::ValuesIn(encoded_cases(".request")), Title());
+
+TEST(RequestLines, change_with_members_and_methods) {
+    expect_line_changes("request", [](const SIP_CODE_MSG &record) { return encode_request(record).text; });
+}
+
+// How event packages compare is the host's choice.
+TEST(RequestLines, follow_the_comparison_of_the_host) {
+    const SIP_CODE_MSG record = record_of("method=SUBSCRIBE | event.content=REG");
+    EXPECT_EQ(encode_request(record).text.find("Accept"), std::string::npos);
+    host().folds_case = true;
+    EXPECT_NE(encode_request(record).text.find("Accept: application/reginfo+xml"), std::string::npos);
+    host().folds_case = false;
+}
+
+} // namespace

@@ -1,0 +1,137 @@
+// The longest that each writer can write is what its buffer must hold: no byte more, no byte less.
+#include <climits>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include "support/clock.h"
+#include "support/encoding.h"
+#include "support/rendering.h"
+
+#include <sipcode/decode.h>
+
+namespace {
+
+using namespace support;
+
+// Xml_Encode gets 4096 bytes and terminates what it writes there. No body of a response is longer, and one of a request.
+constexpr std::size_t longest_document = 4095;
+static_assert(SIP_SDP_SIZE <= longest_document);
+
+using Writer = std::string (*)(SIP_CODE_MSG &);
+
+// The length of what is written, with the host's document at its longest.
+std::size_t length_of(Writer write, SIP_CODE_MSG record) {
+    const std::string text = write(record);
+    return text.find("<xml>") == text.npos ? text.size() : text.find("<xml>") + longest_document;
+}
+
+// Longest numbers, flags, and the values that decide about a line.
+std::vector<long> candidates(const Place &at) {
+    std::vector<long> values = {0,  1,  2,  3,  4,   5,   6,   7,       8,       9,
+                                10, 11, 25, 34, 102, 103, 109, INT_MAX, INT_MIN, LONG_MAX};
+    if (at.path.ends_with("method"))
+        for (long method = 12; method < SIP_CODE_METHOD_COUNT; ++method)
+            values.push_back(method);
+    return values;
+}
+
+// Looks for the record that makes a writer write most, all its texts being full: gives each number, then each two of those
+// that decide together, the values that make the output longest, until none makes it longer.
+SIP_CODE_MSG longest(Writer write, const std::string &fixed, pXmldoc document = nullptr) {
+    SIP_CODE_MSG record = record_of(fixed);
+    record.xml.xml = document;
+    std::vector<const Place *> numbers;
+    char letter = 'A';
+    for (const Place &at : places()) {
+        if (at.is_text())
+            set_text(record, at,
+                     std::string(at.member.size, letter = letter == 'Z' ? 'A' : static_cast<char>(letter + 1)));
+        if (!at.is_number() || (" | " + fixed).find(" | " + at.path + "=") != fixed.npos)
+            continue;
+        numbers.push_back(&at);
+        const long start = at.path.ends_with("port") ? INT_MIN : at.path.find("a_coder") != at.path.npos ? TE101 : 1;
+        sipcode::store_number(at.member, at.in(record), start);
+    }
+    std::size_t most = 0;
+    const auto improve = [&](const Place &one, const Place &other) {
+        SIP_CODE_MSG best = record;
+        for (const long first : candidates(one))
+            for (const long second : &one == &other ? std::vector<long>{first} : candidates(other))
+                if (sipcode::store_number(one.member, one.in(record), first) &&
+                    sipcode::store_number(other.member, other.in(record), second) && length_of(write, record) > most) {
+                    most = length_of(write, record);
+                    best = record;
+                }
+        record = best;
+    };
+    for (std::size_t before = 1; most != before;) {
+        before = most;
+        for (const Place *const at : numbers)
+            improve(*at, *at);
+        for (const Place *const one : numbers)
+            for (const char *const other : {"cseq.method", "to.tag_use", "from.dns.use"})
+                if (one->path == "method" || one->path == "to.tag_use")
+                    improve(*one, place(other));
+    }
+    return record;
+}
+
+template <auto Encode, std::size_t Size>
+std::string written(SIP_CODE_MSG &record) {
+    if (record.method < 1 || record.method >= SIP_CODE_METHOD_COUNT)
+        return {};
+    char buffer[Size];
+    Encode(buffer, &record);
+    return buffer;
+}
+
+constexpr Writer request = written<SIP_Encode_Message_Reuqest, SIP_REQUEST_SIZE>;
+constexpr Writer response = written<SIP_Encode_Message_Response, SIP_RESPONSE_SIZE>;
+
+std::string description(SIP_CODE_MSG &record) {
+    const std::string text = request(record);
+    return text.substr(text.find("\r\n\r\n") + 4);
+}
+
+std::string dumped(SIP_CODE_MSG &record) {
+    char buffer[SIP_DUMP_SIZE];
+    SIP_Decode_Msg_Printf(buffer, &record);
+    return buffer;
+}
+
+class Room : public testing::Test {
+  protected:
+    Room() { rendered_date = "Thu, 19 Nov 2026 09:44:03 GMT"; }
+    const Clock clock{1795081443};
+};
+
+// What the library writes ends with its room; the tables that tell the length do not.
+TEST_F(Room, of_a_request) {
+    SIP_CODE_MSG record =
+        longest(request, "xml.use=2 | info.use=0 | message_summary.use=0 | sdp.a_use=0 | sdp.fax_use=0");
+    EXPECT_EQ(render_request(record).size() + 1, SIP_REQUEST_SIZE);
+}
+
+TEST_F(Room, of_a_response) {
+    Xmldoc document{};
+    std::memset(document.content, 'x', sizeof document.content - 1); // a length of four digits
+    const SIP_CODE_MSG record = longest(response, "xml.use=1 | info.use=0 | sdp.a_use=0 | sdp.fax_use=0", &document);
+    EXPECT_EQ(length_of(render_response, record) + 1, SIP_RESPONSE_SIZE);
+}
+
+TEST_F(Room, of_a_session_description) {
+    SIP_CODE_MSG record = longest(
+        description,
+        "method=5 | cseq.method=5 | rack.method=5 | content.use=1 | info.use=0 | message_summary.use=0 | xml.use=0");
+    const std::string text = render_request(record);
+    EXPECT_EQ(text.size() - text.find("\r\n\r\n") - 4 + 1, SIP_SDP_SIZE);
+}
+
+TEST_F(Room, of_a_dump) {
+    SIP_CODE_MSG record = longest(dumped, "rack.method=5");
+    EXPECT_EQ(dumped(record).size() + 1, SIP_DUMP_SIZE);
+    EXPECT_TRUE(dumped(record).ends_with(" ]\n")) << "not cut";
+}
+
+} // namespace

@@ -1,0 +1,231 @@
+// Session descriptions as they are read: connection, media lines, codecs, sections, T.38.
+#include <gtest/gtest.h>
+
+#include "support/cases.h"
+
+namespace {
+
+using namespace support;
+
+std::string invite(const std::string &content_type) {
+    return "INVITE sip:h SIP/2.0\r\nCall-ID: c\r\nCSeq: 1 INVITE\r\nVia: SIP/2.0/UDP h;branch=b\r\nFrom: sip:f\r\nTo: sip:t\r\n" +
+           content_type + "\r\n\r\n";
+}
+
+// What differs in sdp: "a_use=1 a_coders=2,1 a_addr=h:4000 rtpmap=10:97".
+std::string shown(const Members &before, const Members &after) {
+    std::string list;
+    std::string last;
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        const auto &[path, value] = after[i];
+        if (!path.starts_with("sdp.") || value == before[i].second)
+            continue;
+        const bool is_second = path.ends_with(".port") || path.ends_with(".a_payload");
+        const std::string name = path.substr(4, path.find_first_of("[", 4) - 4);
+        const std::string member = name.ends_with(".ip") ? name.substr(0, name.size() - 3) : name;
+        if (is_second)
+            list += ":" + value.value_or("?");
+        else if (member == last)
+            list += "," + value.value_or("?");
+        else
+            list += (list.empty() ? "" : " ") + member + (value ? "=" + *value : " untouched");
+        last = member.substr(0, member.find(".port"));
+    }
+    return list;
+}
+
+class Offer : public testing::TestWithParam<FramedCase> {};
+
+TEST_P(Offer, is_read) {
+    const FramedCase &row = GetParam();
+    const std::string text = row.frame->text(row.text);
+    const Decoded decoded = decode(text);
+    EXPECT_EQ(row.changes, shown(row.frame->base(), decoded.members)) << text;
+    EXPECT_EQ(lines(entries(row.log)), lines(decoded.log)) << text;
+    EXPECT_EQ(decode(text, zero)["xml_buf"], lines({text.substr(text.find("\r\n\r\n") + 4)})) << "kept whole";
+    expect_whole_members(text);
+}
+
+const std::string type = "Content-Type: application/sdp";
+const std::string undecided = "a_media untouched"; // what a description that is given up does not store
+
+// A media line that ends the body has no section.
+const Frame anything{invite(type), "", "c=IN IP4 h"};
+const Case connections[] = {
+    {"none", "v=0\nm=audio 1 RTP/AVP 0", undecided, "0 Insufficient information for SDP ( c = '')"},
+    {"empty and not", "c= \nC=IN IP4 h\nm=audio 1", "a_use=1 a_addr=h:1"},
+    {"IPv6", "c=IN IP6 ::1\nc=IN IP4 h\nm=audio 1", undecided, "0 Invalid host in c= line, 'IN IP6 ::1'"},
+    {"lower case", "c=in ip4 h\nm=audio 1", undecided, "0 Invalid host in c= line, 'in ip4 h'"},
+    {"no host", "c=IN IP4 \nm=audio 1", undecided, "0 Invalid host in c= line, 'IN IP4 '"},
+    {"white space", "c= IN\t \tIP4h x\nm=audio 1", "a_use=1 a_addr=h:1"},
+    {"two", "c=IN IP4 i\nc=IN IP4 h\nm=audio 1", "a_use=1 a_addr=i:1"},
+    {"long host", "c=IN IP4 " + letters(300) + "\nm=audio 1", "a_use=1 a_addr=" + letters(23) + ":1"},
+};
+INSTANTIATE_TEST_SUITE_P(Connection, Offer, in_frame(anything, connections), Title());
+
+const std::string two_ports =
+    "0 SDP offered 2 ports for media, not supported by Korvadex softswitch. Will try anyway...";
+const std::string unsupported = "0 Unsupported SDP media type in offer: ";
+const std::string eight = " a_coders=1,1,1,1,1,1,1,1";
+
+const Frame with_connection{invite(type) + "c=IN IP4 h\r\n", "", ""};
+const Case media[] = {
+    {"audio", "m=audio 4000 RTP/AVP 0 8 18 101", "a_use=1 a_coders=2,1,3 a_addr=h:4000"},
+    {"other static payloads", "m=audio 1 RTP/AVP 4 3 2 9 5 6", "a_use=1 a_coders=4,6,7,8,11,11 a_addr=h:1"},
+    {"unknown payloads", "m=audio 1 RTP/AVP 1 7 -8 " + std::string(30, '9') + " 97 8", "a_use=1 a_coders=1 a_addr=h:1"},
+    {"signs and blanks", "m=audio 1 RTP/AVP\t +8\x01 -0 ", "a_use=1 a_coders=1,2 a_addr=h:1"},
+    {"nine codecs and no number", "m=audio 1 RTP/AVP 8 8 8 8 8 8 8 8 8 x", "a_use=1" + eight + " a_addr=h:1"},
+    {"eight codecs and no number", "m=audio 1 RTP/AVP 8 8 8 8 8 8 8 8 x",
+     "a_use=1" + eight + " a_addr=h:1 a_media untouched", "1 Error in codec string 'x'"},
+    {"no number ends the reading", "a=rtpmap:97 ilbc/8000\na=sendonly\nm=audio 1 RTP/AVP 0 x 8\nm=video 2 RTP/AVP 1",
+     "a_use=1 a_coders=2 a_addr=h:1 a_media untouched", "1 Error in codec string 'x 8'"},
+    {"comma", "m=audio 1 RTP/AVP 0,8", "a_use=1 a_coders=2 a_addr=h:1 a_media untouched",
+     "1 Error in codec string ',8'"},
+    {"refused stream", "m=audio 0 RTP/AVP 0", "a_use=1 a_coders=2 a_addr=h:0"},
+    {"port of 30 digits", "m=audio " + std::string(30, '9') + " RTP/AVP 0", "a_use=1 a_coders=2 a_addr=h:-1"},
+    {"no blank before the port", "M=audio4000 RTP/AVP 0", "a_use=1 a_coders=2 a_addr=h:4000"},
+    {"secure profile", "m=audio 1 RTP/SAVP 0", "a_use=1 a_coders=2 a_addr=h:1"},
+    {"long profile", "m=audio 1 udp/tls/rtp/savpf 0", "a_use=1 a_coders=2 a_addr=h:1"},
+    {"no blank behind the profile", "m=audio 1 RTP/AVP8 0", "a_use=1 a_coders=1,2 a_addr=h:1"},
+    {"no profile", "m=audio 1 0 8", "a_use=1 a_addr=h:1"},
+    {"no payloads", "m=audio 1 RTP/AVP", "a_use=1 a_addr=h:1"},
+    {"two ports", "m=audio 4000/2 RTP/AVP 0\nm=x\nm=video 1 RTP/AVP",
+     "a_use=1 v_use=1 a_coders=2 a_content=a=sendrecv\\r\\n a_addr=h:4000 v_addr=h:1",
+     two_ports + "\n" + unsupported + "x\n" + two_ports + "\n" + two_ports},
+    {"two ports, then one", "m=video 1/ 2 RTP/AVP\nm=audio 2/1 RTP/AVP 0",
+     "a_use=1 v_use=1 a_coders=2 v_content= a_addr=h:2 v_addr=h:1", two_ports},
+    {"second audio line", "a=rtpmap:97 ilbc/8000\nm=audio 1 RTP/AVP 0\nm=audio 2 RTP/AVP 8",
+     "a_use=1 a_coders=2,1,10 a_content=a=sendrecv\\r\\n a_addr=h:2 rtpmap=10:97"},
+    {"other media", "m=application 9 UDP/BFCP *\nm=AUDIO 1\nm=audi 1\nm= \nm=audio 1", "a_use=1 a_addr=h:1",
+     unsupported + "application 9 UDP/BFCP *\n" + unsupported + "AUDIO 1\n" + unsupported + "audi 1"},
+
+    {"dynamic codecs",
+     "A=rtpmap:97 iLBC/8000\na=rtpmap: 98\tSPEEX/8000 x\na=rtpmap:101telephone-EVENT/8000\nm=audio 1 RTP/AVP 97 0",
+     "a_use=1 a_coders=2,10,9,5 a_addr=h:1 rtpmap=10:97,9:98,5:101"},
+    {"codecs that are none",
+     "a=rtpmap:1 speex/16000\na=rtpmap:2 speex/8000/1\na=rtpmap:3 speex\na=RTPMAP:4 speex/8000\na=rtpmap:x speex/8000\n"
+     "a=rtpmap:5\nb=rtpmap:6 speex/8000\na=rtpmap:7 " +
+         letters(300) + "\nm=audio 1",
+     "a_use=1 a_addr=h:1"},
+    {"more dynamic codecs than slots",
+     repeat(3, "a=rtpmap:97 ilbc/8000\n") + repeat(7, "a=rtpmap:98 speex/8000\n") + "m=audio 1 RTP/AVP 0 8",
+     "a_use=1 a_coders=2,1,10,10,10,9,9,9 a_addr=h:1 rtpmap=10:97,10:97,10:97,9:98"},
+    {"dynamic codecs without audio", "a=rtpmap:97 ilbc/8000\nm=video 1 RTP/AVP 97", "v_use=1 v_coders=97 v_addr=h:1"},
+
+    {"video", "m=video 4002 RTP/AVPF 99 0 -1 34 x", "v_use=1 v_coders=99,0,-1,34 v_addr=h:4002"},
+    {"no number in video", "m=video 1 RTP/AVP 99 x", "v_use=1 v_coders=99 v_addr=h:1 a_media untouched",
+     "0 Error in codec string 'x'"},
+    {"second video line", "m=video 1 RTP/AVP 1 2 3\nm=video 2 RTP/AVP 4 5",
+     "v_use=1 v_coders=1,2,3,4 v_content= v_addr=h:2"},
+
+    {"fax",
+     "m=image 5000 udptl t38\na=T38FaxVersion:0\na=T38MaxBitRate: 14400\na=T38FaxFillBitRemoval:1x\na=T38FaxTranscodingMMR:-2\n"
+     "a=T38FaxTranscodingJBIG:3\na=T38FaxRateManagement:transferredTCF\na=T38FaxMaxBuffer:200\na=T38FaxMaxDatagram:72\nA=T38FaxUdpEC: t38 x",
+     "fax_use=1 fax.udptlport=5000 fax.T38FaxMaxBuffer=200 fax.T38MaxBitRate=14400 fax.T38FaxVersion=0 fax.T38FaxMaxDatagram=72 "
+     "fax.T38FaxFillBitRemoval=1 fax.T38FaxTranscodingMMR=-2 fax.T38FaxTranscodingJBIG=3 fax.T38FaxRateManagement=transferredTCF "
+     "fax.T38FaxUdpEC=t38 fax.fax_addr=h:5000"},
+    {"fax attributes without a value",
+     "a=T38FaxFillBitRemoval\na=T38FaxTranscodingMMR:\na=T38FaxTranscodingJBIG:x\na=T38FaxUdpEC:\na=T38FaxRateManagement: \n"
+     "a=t38faxversion:1\na=T38FaxVersion :1\na=xT38FaxVersion:1\nm=image 1",
+     "fax_use=1 fax.udptlport=1 fax.fax_addr=h:1"},
+    {"long fax texts",
+     "a=T38FaxRateManagement:" + letters(31) + "\na=T38FaxUdpEC:" + letters(300) + "\nm=image 1 TCP x",
+     "fax_use=1 fax.udptlport=1 fax.T38FaxRateManagement=" + letters(31) + " fax.T38FaxUdpEC=" + letters(31) +
+         " fax.fax_addr=h:1"},
+    {"refused fax", "a=T38FaxVersion:1\nm=image 0 udptl t38", "fax_use=1 fax.udptlport=0 fax.fax_addr=h:0"},
+    {"silence suppression", "m=image 1 udptl t38\nx a=SilcenceSupp:off", "fax_use=2 fax.udptlport=1 fax.fax_addr=h:1"},
+    {"silence suppression of the standard", "a=silenceSupp:off\na=silcenceSupp:off", ""},
+
+    {"packet time", "a=ptime:30", "a_ptime=30"},
+    {"packet time of three digits", "x a=ptime:160", "a_ptime=16"},
+    {"packet time of one digit", "a=ptime:5\na=ptime:20", "a_ptime=5"},
+    {"packet time at the end", "a=ptime:", "a_ptime=0"},
+    {"send only", "a=sendonly", "a_media=1"},
+    {"receive only", "x a=recvonlyx", "a_media=2"},
+    {"inactive", "m=video 1\na=inactive", "v_use=1 v_content=a=inactive v_addr=h:1 a_media=3"},
+    {"send and receive leads", "a=inactive\na=recvonly\na=sendonly\na=sendrecv", ""},
+    {"send only leads receive only", "a=recvonly\na=inactive\na=sendonly", "a_media=1"},
+    {"receive only leads inactive", "a=inactive\na=recvonly", "a_media=2"},
+    {"upper case", "a=SENDONLY\na=PTIME:20", ""},
+
+    {"sections", "a=sendonly\nm=audio 1\na=x\nm=video 2\na=y",
+     "a_use=1 v_use=1 a_content=a=x\\r\\na=sendonly\\r\\n v_content=a=y a_addr=h:1 v_addr=h:2 a_media=1"},
+    {"section with a direction", "m=audio 1\na=recvonly\na=x",
+     "a_use=1 a_content=a=recvonly\\r\\na=x a_addr=h:1 a_media=2"},
+    {"section that is inactive", "a=inactive\nm=audio 1\n", "a_use=1 a_content=a=inactive\\r\\n a_addr=h:1 a_media=3"},
+    {"section up to any m", "m=audio 1\na=itm=1\na=y", "a_use=1 a_content=a=ita=sendrecv\\r\\n a_addr=h:1"},
+    {"section of no media line", "x m=audio\n\nm=VIDEO 1", "a_content=\\r\\na=sendrecv\\r\\n", unsupported + "VIDEO 1"},
+    {"video with a connection", "m=video 1\nc=IN IP4 " + letters(30) + "\na=y",
+     "v_use=1 v_content=c=IN IP4 " + letters(30) + "\\r\\na=y v_addr=" + letters(23) + ":1"},
+    {"video with half a connection", "m=video 1\nIN IP4 i", "v_use=1 v_content=IN IP4 i v_addr=h:1"},
+};
+INSTANTIATE_TEST_SUITE_P(Media, Offer, in_frame(with_connection, media), Title());
+
+const Frame line_feeds{invite(type) + "c=IN IP4 h\n", "", "", stale, true};
+const Case of_line_feeds[] = {
+    {"no section", "m=audio 1 RTP/AVP 0\na=sendonly\n", "a_use=1 a_coders=2 a_addr=h:1 a_media=1"},
+    {"section behind CR LF", "m=audio 1\na=x\r\na=y", "a_use=1 a_content=a=ya=sendrecv\\r\\n a_addr=h:1"},
+};
+INSTANTIATE_TEST_SUITE_P(LineFeeds, Offer, in_frame(line_feeds, of_line_feeds), Title());
+
+// Whole lines are kept, and there is room for a direction.
+TEST(SdpSection, is_cut_between_lines) {
+    const std::string sendrecv = "a=sendrecv\r\n";
+    const auto line = [](std::size_t size) { return "b=" + letters(size - 4) + "\r\n"; };
+    const struct {
+        std::string section;
+        std::string audio;
+        std::string video;
+    } rows[] = {
+        {line(499), line(499) + sendrecv, line(499)},
+        {line(500), sendrecv, line(500)},
+        {line(100) + line(400), line(100) + sendrecv, line(100) + line(400)},
+        {sendrecv + line(499), sendrecv + line(499), sendrecv + line(499)},
+        {sendrecv + line(487) + line(13), sendrecv + line(487), sendrecv + line(487)},
+        {sendrecv + line(488) + line(12), sendrecv, sendrecv},
+        {line(488) + line(12) + sendrecv, line(488) + sendrecv, line(488)},
+        {line(100) + line(411), line(100) + sendrecv, line(100) + line(411)},
+        {line(100) + line(412), line(100) + sendrecv, line(100)},
+        {letters(511), sendrecv, letters(511)},
+        {letters(3000), sendrecv, ""},
+    };
+    for (const auto &[section, audio, video] : rows) {
+        const std::string body = invite(type) + "c=IN IP4 h\r\nm=";
+        const std::string end = "m=x";
+        EXPECT_EQ(decode(body + "audio 1\r\n" + section + end)["sdp.a_content"], lines({audio})) << section;
+        EXPECT_EQ(decode(body + "video 1\r\n" + section + end)["sdp.v_content"], lines({video})) << section;
+    }
+}
+
+TEST(SdpSection, of_video_is_printed) {
+    testing::internal::CaptureStdout();
+    decode(invite(type) + "c=IN IP4 h\r\nm=audio 1\r\na=x\r\n");
+    decode(invite(type) + "c=IN IP4 h\r\nm=video 1\r\na=%n\r\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "sdp video content=\na=%n\r\n\n");
+}
+
+TEST(Sdp, belongs_to_its_content_type) {
+    const auto is_read = [](const std::string &header) {
+        return decode(invite(header) + "c=IN IP4 h\r\nm=audio 1 RTP/AVP 0", zero)["sdp.a_use"] == "1";
+    };
+    for (const std::string header : {"C:APPLICATION/SDP", "content-type: application/sdpx;a=b"})
+        EXPECT_TRUE(is_read(header)) << header;
+    for (const std::string header : {"c: text/plain", "c: application/sd", "c: multipart/mixed;application/sdp",
+                                     "Content-Type:\r\nc: application/sdp", "Content-Length: 1"})
+        EXPECT_FALSE(is_read(header)) << header;
+}
+
+TEST(Sdp, of_hostile_senders) {
+    const std::string start = invite(type) + "c=IN IP4 h\r\n";
+    for (const std::string &body : {std::string(4000, 'x'), repeat(200, "m=audio 1/2 RTP/AVP 0 8\r\n"),
+                                    repeat(200, "m=video 1 RTP/AVP 99\r\nIN IP4 \r\n"),
+                                    repeat(150, "a=rtpmap:97 ilbc/8000\r\n") + "m=audio 1 RTP/AVP " + repeat(100, "0 "),
+                                    "m=audio 1 RTP/AVP " + std::string(3000, '9'), repeat(1000, "m=\r\n"),
+                                    repeat(900, "m=a\n"), "m=image 1\r\na=T38FaxUdpEC:" + std::string(3000, 'y'),
+                                    std::string("m=audio"), std::string("m=audio 1\r\n") + std::string(4000, '\n'),
+                                    std::string("m=video\r\nIN IP4 "), std::string(3000, 'a') + "=ptime:"})
+        for (const std::size_t length : {500U, 4095U})
+            expect_whole_members((start + body).substr(0, length));
+}
+
+} // namespace
