@@ -25,7 +25,8 @@ Guarded::Guarded(std::size_t size) : room_((size + page - 1) / page * page) {
 Guarded::Guarded(std::size_t size, unsigned char fill) : Guarded(size) { std::memset(data_, fill, size); }
 
 Guarded::Guarded(std::string_view text) : Guarded(text.size() + 1) {
-    std::memcpy(data_, text.data(), text.size());
+    if (!text.empty())
+        std::memcpy(data_, text.data(), text.size());
     data_[text.size()] = '\0';
     if (mprotect(pages_, room_, PROT_READ) != 0)
         std::abort();
