@@ -39,7 +39,7 @@ const Pool<std::string> texts[] = {
     {"callid", {"ims-", "ims-a@b", "IMS-a", "a-ims-b", "im", "ims-ims-a"}},
     {".ip", {"", "10.0.0.1", "10.0.0.1", "10.0.0.2", "0.0.0.0"}},
     {"event.content", {"reg", "dialog", "reg;id=1", "dialogs", "", "REG"}},
-    {"_content", {"", "c=IN IP4 10.0.0.9\r\na=x\r\n", "a=x\r\n"}},
+    {"_content", {"", "c=IN IP4 10.0.0.9\r\na=x\r\n", "a=x\r\n", "abc=\r\n"}},
     {"", {"", "a", "abc", "%n%s%d", "\"<>;\\", "\xC3\xA4\xFF\x01", "\r\nX: y\r\n\r\n", "{callid}"}},
 };
 

@@ -29,12 +29,14 @@ const Case parameters[] = {
     {"empty value", R"(realm=""uri="u")", "author uri=u"},
     {"unquoted value", "realm=r,nonce=n", "author realm=r,nonce=n nonce=n"},
     {"unquoted value up to the second quote", R"(realm=r,uri="u",nonce=n)", "author realm=r,uri=u nonce=n uri=u"},
+    {"name in an unquoted value", "realm=xuri=u", "author realm=xuri=u uri=u"},
+    {"name in place of an unquoted value", "realm=uri=u", "author realm=uri=u"},
     {"name in place of a value", R"(realm=uri="u")", "author realm=uri=u"},
     {"unclosed quote", R"(realm="r,uri=u)", "author realm=r,uri=u uri=u"},
     {"algorithm list", R"(algorithm=",,MD5,SHA")", "author algorithm=MD5"},
     {"algorithm list of nothing", R"(algorithm=",,")", "author algorithm=,,"},
-    {"algorithm out of reach", "algorithm=\"" + std::string(31, ',') + "MD5\"",
-     "author algorithm=" + std::string(15, ',')},
+    {"31 characters of an algorithm list", "algorithm=\"" + std::string(30, ',') + "MD5\"", "author algorithm=M"},
+    {"and no more", "algorithm=\"" + std::string(31, ',') + "MD5\"", "author algorithm=" + std::string(15, ',')},
     {"unquoted algorithm", R"(algorithm=MD5,uri="u")", "author uri=u algorithm=MD5"},
     {"stale and what follows it", R"(STALE=faLSErealm="r")", "author stale=0 realm=r"},
     {"quoted stale", R"(stale="TRUE")", ""},
@@ -85,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(Challenge, Decoding, in_frame(unauthorized, challenges)
 const Frame registered{"SIP/2.0 200 OK\r\nCSeq: 1 REGISTER" + head, "\r\n\r\n", "Authentication-Info: x"};
 const Case next_nonces[] = {
     {"one", "authentication-info: NEXTnonce=\"n\",qop=auth", "authen next_nonce.nonce=n"},
-    {"two", "Authentication-Info: nextnonce=\"n\",nextnonce=m,stale=TRUE", "authen next_nonce.nonce=m,stale=TRUE"},
+    {"two", "Authentication-Info: nextnonce=\"n\",nextnonce=m,stale=FALSE", "authen next_nonce.nonce=m,stale=FALSE"},
     {"not the next", "Authentication-Info: nonce=\"n\"", ""},
     {"empty", "Authentication-Info: ", "authen next_nonce.use=0"},
     {"none", "None: 0", "authen next_nonce.use=0"},
@@ -93,6 +95,12 @@ const Case next_nonces[] = {
     {"511 characters", "Authentication-Info: " + std::string(499, 'x') + "nextnonce=\"uv", "authen next_nonce.nonce=u"},
 };
 INSTANTIATE_TEST_SUITE_P(NextNonce, Decoding, in_frame(registered, next_nonces), Title());
+
+TEST(Credentials, are_cleared_without_a_header) {
+    for (const std::string member : {"username", "realm", "nonce", "uri", "response", "algorithm"})
+        EXPECT_EQ(decode(invite + "\r\n")["author." + member], "") << member;
+    EXPECT_EQ(decode(invite + "\r\n")["author.stale"], "-1");
+}
 
 TEST(Credentials, with_a_quote_put_in_or_left_out_anywhere) {
     const std::string line = R"(username="u",realm="r,s",nonce="n",uri="sip:h",stale=FALSE,algorithm="MD5,SHA")";

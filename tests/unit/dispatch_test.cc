@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "support/decoding.h"
+#include "support/split_message.h"
 
 namespace {
 
@@ -52,8 +53,43 @@ TEST(Dispatch, by_method_and_cseq) {
 TEST(Dispatch, body_of_a_message) {
     const std::string start = "MESSAGE sip:h SIP/2.0\r\nCSeq: 1 MESSAGE" + headers + "a/b\r\n\r\n";
     EXPECT_EQ(decode(start)["msg_sdp.use"], "(untouched)");
-    for (const std::size_t length : {2997, 2998, 2999, 3700})
+    for (const std::size_t length : {2997U, 2998U, 2999U, 3700U})
         EXPECT_EQ(decode(start + letters(length))["msg_sdp.content"], letters(std::min<std::size_t>(length, 2998)));
+}
+
+TEST(Dispatch, in_the_order_of_work) {
+    const std::string refer = "REFER sip:h SIP/2.0\r\nCSeq: 1 REFER\r\nCall-ID: c\r\nMax-Forwards: x\r\n\r\n";
+    EXPECT_EQ(lines(decode(refer).log), "1 Refer-To Header missing. Skipping transfer.\n0 Decode max-forward : 'x'");
+    const std::string notify =
+        "NOTIFY tel:1 SIP/2.0\r\nCSeq: 1 NOTIFY\r\nCall-ID: c\r\nv: SIP/2.0/UDP h;x\r\nf: tel:\r\nt: tel:\r\n"
+        "m: urn:1\r\nHistory-Info: <urn:2>\r\n\r\nMessage-Account: urn:3\r\n";
+    std::string expected;
+    for (const std::string uri : {"urn:1", "urn:2", "urn:3"})
+        expected += (expected.empty() ? "" : "\n") + ("0 Decode Uri : '" + uri + "' is not a valid SIP uri");
+    EXPECT_EQ(lines(decode(notify, zero).log), expected);
+}
+
+// The exported decoders read what a host split.
+TEST(Dispatch, of_a_host) {
+    SplitMessage split({"x", "Authorization: Digest uri=u", "Proxy-Authenticate: Digest qop=q",
+                        "Authentication-Info: nextnonce=n", "c: application/dtmf-relay"});
+    char line[] = "Signal=5";
+    split.message().line[0] = line;
+    split.message().lines = 1;
+    SIP_CODE_MSG record{};
+    Parse_Author(&record.author, &split.message());
+    Parse_Authen(&record.authen, &split.message());
+    Parse_Authen_Info(&record.authen.next_nonce, &split.message());
+    Parse_Info(&record.info, &split.message());
+    EXPECT_EQ(changes({}, members_of(record, zero)),
+              "result=1\ninfo use=1 key=5\nauthen use=1 authen_type=103 qop=q next_nonce.use=1 next_nonce.nonce=n\n"
+              "author use=1 author_type=100 stale=-1 uri=u");
+    SplitMessage whole({"x", "c: application/dtmf"});
+    std::string("7 \r\n").copy(whole.message().content, 5);
+    whole.message().content[4] = '\0';
+    Parse_Info(&record.info, &whole.message());
+    EXPECT_STREQ(record.info.key, "7");
+    EXPECT_STREQ(whole.message().content, "7") << "trimmed in place";
 }
 
 } // namespace

@@ -131,7 +131,7 @@ TEST(CallId, is_four_random_values_and_the_host) {
             std::snprintf(digits + 8 * i, 9, "%08x", static_cast<unsigned>(library.random_value()));
         EXPECT_EQ(library.call_id(host), (digits + ("@" + host)).substr(0, 98));
     };
-    for (const std::size_t length : {0, 9, 64, 65, 66, 90, 4000})
+    for (const std::size_t length : {0U, 9U, 64U, 65U, 66U, 90U, 4000U})
         expect_call_id(letters(length));
     library.draw_up_to(499999 - 200277 - 2, false); // before the random counter wraps
     for (int i = 0; i < 4; ++i)

@@ -36,8 +36,8 @@ std::vector<long> candidates(const Place &at) {
     return values;
 }
 
-// Looks for the record that makes a writer write most, all its texts being full: gives each number, then each two of those
-// that decide together, the values that make the output longest, until none makes it longer.
+// Looks for the record that makes a writer write most, all its texts being full: gives one number after the other the value
+// that makes the output longest, until none makes it longer.
 SIP_CODE_MSG longest(Writer write, const std::string &fixed, pXmldoc document = nullptr) {
     SIP_CODE_MSG record = record_of(fixed);
     record.xml.xml = document;
@@ -54,25 +54,17 @@ SIP_CODE_MSG longest(Writer write, const std::string &fixed, pXmldoc document = 
         sipcode::store_number(at.member, at.in(record), start);
     }
     std::size_t most = 0;
-    const auto improve = [&](const Place &one, const Place &other) {
-        SIP_CODE_MSG best = record;
-        for (const long first : candidates(one))
-            for (const long second : &one == &other ? std::vector<long>{first} : candidates(other))
-                if (sipcode::store_number(one.member, one.in(record), first) &&
-                    sipcode::store_number(other.member, other.in(record), second) && length_of(write, record) > most) {
+    for (std::size_t before = 1; most != before;) {
+        before = most;
+        for (const Place *const at : numbers) {
+            SIP_CODE_MSG best = record;
+            for (const long value : candidates(*at))
+                if (sipcode::store_number(at->member, at->in(record), value) && length_of(write, record) > most) {
                     most = length_of(write, record);
                     best = record;
                 }
-        record = best;
-    };
-    for (std::size_t before = 1; most != before;) {
-        before = most;
-        for (const Place *const at : numbers)
-            improve(*at, *at);
-        for (const Place *const one : numbers)
-            for (const char *const other : {"cseq.method", "to.tag_use", "from.dns.use"})
-                if (one->path == "method" || one->path == "to.tag_use")
-                    improve(*one, place(other));
+            record = best;
+        }
     }
     return record;
 }

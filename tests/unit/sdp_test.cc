@@ -66,7 +66,6 @@ INSTANTIATE_TEST_SUITE_P(Connection, Offer, in_frame(anything, connections), Tit
 const std::string two_ports =
     "0 SDP offered 2 ports for media, not supported by Korvadex softswitch. Will try anyway...";
 const std::string unsupported = "0 Unsupported SDP media type in offer: ";
-const std::string eight = " a_coders=1,1,1,1,1,1,1,1";
 
 const Frame with_connection{invite(type) + "c=IN IP4 h\r\n", "", ""};
 const Case media[] = {
@@ -74,9 +73,10 @@ const Case media[] = {
     {"other static payloads", "m=audio 1 RTP/AVP 4 3 2 9 5 6", "a_use=1 a_coders=4,6,7,8,11,11 a_addr=h:1"},
     {"unknown payloads", "m=audio 1 RTP/AVP 1 7 -8 " + std::string(30, '9') + " 97 8", "a_use=1 a_coders=1 a_addr=h:1"},
     {"signs and blanks", "m=audio 1 RTP/AVP\t +8\x01 -0 ", "a_use=1 a_coders=1,2 a_addr=h:1"},
-    {"nine codecs and no number", "m=audio 1 RTP/AVP 8 8 8 8 8 8 8 8 8 x", "a_use=1" + eight + " a_addr=h:1"},
+    {"nine codecs and no number", "a=rtpmap:97 ilbc/8000\nm=audio 1 RTP/AVP 8 8 8 8 8 8 8 8 8 x",
+     "a_use=1 a_coders=1,1,1,1,1,1,1,1 a_addr=h:1 rtpmap=10:97"},
     {"eight codecs and no number", "m=audio 1 RTP/AVP 8 8 8 8 8 8 8 8 x",
-     "a_use=1" + eight + " a_addr=h:1 a_media untouched", "1 Error in codec string 'x'"},
+     "a_use=1 a_coders=1,1,1,1,1,1,1,1 a_addr=h:1 a_media untouched", "1 Error in codec string 'x'"},
     {"no number ends the reading", "a=rtpmap:97 ilbc/8000\na=sendonly\nm=audio 1 RTP/AVP 0 x 8\nm=video 2 RTP/AVP 1",
      "a_use=1 a_coders=2 a_addr=h:1 a_media untouched", "1 Error in codec string 'x 8'"},
     {"comma", "m=audio 1 RTP/AVP 0,8", "a_use=1 a_coders=2 a_addr=h:1 a_media untouched",
@@ -129,10 +129,11 @@ const Case media[] = {
      "a=t38faxversion:1\na=T38FaxVersion :1\na=xT38FaxVersion:1\nm=image 1",
      "fax_use=1 fax.udptlport=1 fax.fax_addr=h:1"},
     {"long fax texts",
-     "a=T38FaxRateManagement:" + letters(31) + "\na=T38FaxUdpEC:" + letters(300) + "\nm=image 1 TCP x",
+     "a=T38FaxRateManagement:" + letters(31) + "\na=T38FaxUdpEC:" + letters(300) + "\nm=image1 TCP x",
      "fax_use=1 fax.udptlport=1 fax.T38FaxRateManagement=" + letters(31) + " fax.T38FaxUdpEC=" + letters(31) +
          " fax.fax_addr=h:1"},
     {"refused fax", "a=T38FaxVersion:1\nm=image 0 udptl t38", "fax_use=1 fax.udptlport=0 fax.fax_addr=h:0"},
+    {"fax of a negative port", "a=T38FaxVersion:1\nm=image -1 x", "fax_use=1 fax.udptlport=-1 fax.fax_addr=h:-1"},
     {"silence suppression", "m=image 1 udptl t38\nx a=SilcenceSupp:off", "fax_use=2 fax.udptlport=1 fax.fax_addr=h:1"},
     {"silence suppression of the standard", "a=silenceSupp:off\na=silcenceSupp:off", ""},
 
