@@ -128,8 +128,7 @@ const Case media[] = {
      "a=T38FaxFillBitRemoval\na=T38FaxTranscodingMMR:\na=T38FaxTranscodingJBIG:x\na=T38FaxUdpEC:\na=T38FaxRateManagement: \n"
      "a=t38faxversion:1\na=T38FaxVersion :1\na=xT38FaxVersion:1\nm=image 1",
      "fax_use=1 fax.udptlport=1 fax.fax_addr=h:1"},
-    {"long fax texts",
-     "a=T38FaxRateManagement:" + letters(31) + "\na=T38FaxUdpEC:" + letters(300) + "\nm=image1 TCP x",
+    {"long fax texts", "a=T38FaxRateManagement:" + letters(31) + "\na=T38FaxUdpEC:" + letters(300) + "\nm=image1 TCP x",
      "fax_use=1 fax.udptlport=1 fax.T38FaxRateManagement=" + letters(31) + " fax.T38FaxUdpEC=" + letters(31) +
          " fax.fax_addr=h:1"},
     {"refused fax", "a=T38FaxVersion:1\nm=image 0 udptl t38", "fax_use=1 fax.udptlport=0 fax.fax_addr=h:0"},
