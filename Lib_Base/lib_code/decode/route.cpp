@@ -88,7 +88,7 @@ int Parse_Supported(const message &msg, SIP_CODE_MSG *pcode_msg) {
         return -1;
     }
     constexpr int slots = sizeof supported.supported_type / sizeof supported.supported_type[0];
-    char tags[sizeof supported.SUPPORTED] = {};
+    char tags[sizeof supported.SUPPORTED];
     Str_N_Copy(tags, value.data(), sizeof tags - 1);
     msg.copy_verbatim(supported.SUPPORTED, value);
     supported.use = 1;

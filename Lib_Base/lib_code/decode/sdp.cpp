@@ -102,7 +102,7 @@ session_lines sort_lines(const message &msg) {
 }
 
 // The next filled value of these lines, behind leading blanks, which leave the set up to it; empty at the end.
-text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
+inline text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
     while (lines != 0) {
         const text value = skip_blanks(drop(2, msg.body_line(take_first(lines))));
         if (!value.empty())
