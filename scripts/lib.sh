@@ -2,7 +2,7 @@
 # What the scripts share. Sourced in the root of the repository.
 
 packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev libspdlog-dev libpugixml-dev)
-packages_test=("${packages_tool[@]}" libgtest-dev pkg-config scdoc)
+packages_test=("${packages_tool[@]}" libgtest-dev pkg-config scdoc locales)
 
 # Installs those of the named packages that the machine lacks; says what to type where it may not.
 need_packages() {
