@@ -1,0 +1,184 @@
+#include "judge.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include <sipcode/decode.h>
+#include <sys/mman.h>
+
+namespace fuzz {
+
+void demand(bool holds, const char *reason) {
+    if (holds)
+        return;
+    std::fprintf(stderr, "violated: %s\n", reason);
+    std::abort();
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::size_t page = 4096;
+constexpr std::size_t fence_size = 64;
+constexpr char fence_byte = 0x5C;
+
+} // namespace
+
+Arena::Arena(std::size_t capacity) : room_((capacity + fence_size + page - 1) / page * page) {
+    void *const all = mmap(nullptr, room_ + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    demand(all != MAP_FAILED, "pages to place memory in");
+    pages_ = static_cast<char *>(all) + page;
+    demand(mprotect(pages_, room_, PROT_READ | PROT_WRITE) == 0, "pages to place memory in");
+}
+
+char *Arena::place(std::size_t size, Side guarded) {
+    demand(size + fence_size <= room_, "room for what is placed");
+    char *const placed = guarded == Side::before ? pages_ : pages_ + room_ - size;
+    fence_ = guarded == Side::before ? placed + size : placed - fence_size;
+    std::memset(fence_, fence_byte, fence_size);
+    return placed;
+}
+
+char *Arena::fill(std::size_t size, unsigned char byte, Side guarded) {
+    char *const placed = place(size, guarded);
+    std::memset(placed, byte, size);
+    return placed;
+}
+
+char *Arena::copy(std::string_view bytes, Side guarded) {
+    char *const placed = place(bytes.size(), guarded);
+    if (!bytes.empty())
+        std::memcpy(placed, bytes.data(), bytes.size());
+    return placed;
+}
+
+char *Arena::copy_terminated(std::string_view text, Side guarded) {
+    char *const placed = fill(text.size() + 1, 0, guarded);
+    if (!text.empty())
+        std::memcpy(placed, text.data(), text.size());
+    return placed;
+}
+
+void Arena::demand_intact() const {
+    demand(std::all_of(fence_, fence_ + fence_size, [](char c) { return c == fence_byte; }), "no write out of bounds");
+}
+
+Arena::Side side_for(std::size_t number) { return number % 2 == 0 ? Arena::Side::behind : Arena::Side::before; }
+
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+void list_leaves(const sipcode::Record &description, std::size_t offset, const char *outer, std::vector<Leaf> &found) {
+    for (const sipcode::Member &member : description.members)
+        for (std::size_t i = 0; i < member.count; ++i) {
+            Leaf leaf{{}, &member, offset + member.offset + i * member.size};
+            const int name = std::snprintf(leaf.path, sizeof leaf.path, "%s%s%.*s", outer, *outer == '\0' ? "" : ".",
+                                           static_cast<int>(member.name.size()), member.name.data());
+            const auto end = static_cast<std::size_t>(name);
+            if (member.is_array)
+                std::snprintf(leaf.path + end, sizeof leaf.path - end, "[%zu]", i);
+            if (member.kind == sipcode::Kind::record)
+                list_leaves(*member.record, leaf.offset, leaf.path, found);
+            else
+                found.push_back(leaf);
+        }
+}
+
+std::size_t text_length(const Leaf &leaf, const SIP_CODE_MSG &record) {
+    return strnlen(reinterpret_cast<const char *>(leaf.in(record)), leaf.member->size);
+}
+
+bool differs(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
+    const std::size_t size = leaf.is_text() ? std::max(text_length(leaf, a), text_length(leaf, b)) : leaf.member->size;
+    return std::memcmp(leaf.in(a), leaf.in(b), size) != 0;
+}
+
+void show(const Leaf &leaf, const SIP_CODE_MSG &record) {
+    if (leaf.is_text())
+        std::fprintf(stderr, "  %s=\"%.*s\"\n", leaf.path, static_cast<int>(text_length(leaf, record)),
+                     reinterpret_cast<const char *>(leaf.in(record)));
+    else if (leaf.member->kind == sipcode::Kind::number)
+        std::fprintf(stderr, "  %s=%ld\n", leaf.path, sipcode::number_of(*leaf.member, leaf.in(record)));
+    else
+        std::fprintf(stderr, "  %s\n", leaf.path);
+}
+
+} // namespace
+
+std::span<const Leaf> leaves() {
+    static const std::vector<Leaf> all = [] {
+        std::vector<Leaf> found;
+        list_leaves(sipcode::code_record(), 0, "", found);
+        return found;
+    }();
+    return all;
+}
+
+const Leaf *first_difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
+    for (const Leaf &leaf : leaves())
+        if (differs(leaf, a, b))
+            return &leaf;
+    return nullptr;
+}
+
+void demand_equal(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
+    const Leaf *const difference = first_difference(a, b);
+    if (difference == nullptr)
+        return;
+    show(*difference, a);
+    show(*difference, b);
+    demand(false, reason);
+}
+
+void demand_terminated_texts(const SIP_CODE_MSG &record) {
+    for (const Leaf &leaf : leaves())
+        if (leaf.is_text() && text_length(leaf, record) == leaf.member->size) {
+            show(leaf, record);
+            demand(false, "a decoded text is terminated");
+        }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr unsigned char stale = 0xA5; // nothing that a decode leaves in a whole member
+
+void judge_dump(const SIP_CODE_MSG &record) {
+    static Arena pages(SIP_DUMP_SIZE);
+    static SIP_CODE_MSG shown;
+    char *const dump = pages.fill(SIP_DUMP_SIZE, stale);
+    shown = record;
+    SIP_Decode_Msg_Printf(dump, &shown);
+    pages.demand_intact();
+    demand(strnlen(dump, SIP_DUMP_SIZE) < SIP_DUMP_SIZE, "the dump is terminated");
+    demand(std::memcmp(&shown, &record, sizeof shown) == 0, "the dump only reads the record");
+}
+
+} // namespace
+
+Decoded decode(std::string_view text) {
+    static Arena text_pages(longest_input + 1);
+    static Arena record_pages(sizeof(SIP_CODE_MSG));
+    const Arena::Side side = side_for(text.size());
+
+    char *const message = text_pages.copy_terminated(text, side);
+    auto &record = *new (record_pages.fill(sizeof(SIP_CODE_MSG), 0, side)) SIP_CODE_MSG;
+    const int result = Sip_Decode(message, &record);
+    demand(result == 1 || result == -1, "a message is decoded or refused");
+    demand(text.empty() || std::memcmp(message, text.data(), text.size()) == 0, "the text is as it was");
+    demand(message[text.size()] == '\0', "the text is as it was");
+    text_pages.demand_intact();
+    record_pages.demand_intact();
+    demand_terminated_texts(record);
+    judge_dump(record);
+    return {result, record};
+}
+
+} // namespace fuzz
