@@ -94,11 +94,6 @@ std::size_t text_length(const Leaf &leaf, const SIP_CODE_MSG &record) {
     return strnlen(reinterpret_cast<const char *>(leaf.in(record)), leaf.member->size);
 }
 
-bool differs(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
-    const std::size_t size = leaf.is_text() ? std::max(text_length(leaf, a), text_length(leaf, b)) : leaf.member->size;
-    return std::memcmp(leaf.in(a), leaf.in(b), size) != 0;
-}
-
 void show(const Leaf &leaf, const SIP_CODE_MSG &record) {
     if (leaf.is_text())
         std::fprintf(stderr, "  %s=\"%.*s\"\n", leaf.path, static_cast<int>(text_length(leaf, record)),
@@ -120,20 +115,28 @@ std::span<const Leaf> leaves() {
     return all;
 }
 
-const Leaf *first_difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
-    for (const Leaf &leaf : leaves())
-        if (differs(leaf, a, b))
-            return &leaf;
-    return nullptr;
+bool equal(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
+    const std::size_t size = leaf.is_text() ? std::max(text_length(leaf, a), text_length(leaf, b)) : leaf.member->size;
+    return std::memcmp(leaf.in(a), leaf.in(b), size) == 0;
+}
+
+bool is_within(std::string_view member, const Leaf &leaf) {
+    const std::string_view path = leaf.path;
+    return path.starts_with(member) &&
+           (member.empty() || path.size() == member.size() || path[member.size()] == '.' || path[member.size()] == '[');
 }
 
 void demand_equal(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
-    const Leaf *const difference = first_difference(a, b);
-    if (difference == nullptr)
-        return;
-    show(*difference, a);
-    show(*difference, b);
-    demand(false, reason);
+    demand_equal_within("", a, b, reason);
+}
+
+void demand_equal_within(std::string_view member, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
+    for (const Leaf &leaf : leaves())
+        if (is_within(member, leaf) && !equal(leaf, a, b)) {
+            show(leaf, a);
+            show(leaf, b);
+            demand(false, reason);
+        }
 }
 
 void demand_terminated_texts(const SIP_CODE_MSG &record) {

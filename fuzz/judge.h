@@ -74,10 +74,14 @@ struct Leaf {
 // All texts, numbers and pointers, in the order of the record.
 std::span<const Leaf> leaves();
 
-// The first member, texts up to their terminator, that differs; null when none does.
-const Leaf *first_difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b);
+// Texts count up to their terminator.
+bool equal(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b);
 
+// Of all members, or of those within one: "via.addr" is within "via".
 void demand_equal(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason);
+void demand_equal_within(std::string_view member, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason);
+bool is_within(std::string_view member, const Leaf &leaf);
+
 void demand_terminated_texts(const SIP_CODE_MSG &record);
 
 // ---------------------------------------------------------------------------------------------------------------------
