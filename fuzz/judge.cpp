@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <sipcode/decode.h>
+#include <sipcode/safe.h>
 #include <sys/mman.h>
 
 namespace fuzz {
@@ -164,6 +165,67 @@ void judge_dump(const SIP_CODE_MSG &record) {
     demand(std::memcmp(&shown, &record, sizeof shown) == 0, "the dump only reads the record");
 }
 
+void judge_place(std::string_view text, int at, int line, int column) {
+    if (at < 0)
+        return demand(at == -1 && line == 0 && column == 0, "what stands nowhere has no line");
+    demand(static_cast<std::size_t>(at) <= text.size(), "a place is in the text");
+    const std::string_view before = text.substr(0, static_cast<std::size_t>(at));
+    demand(line == 1 + std::count(before.begin(), before.end(), '\n'), "a place has its line");
+    demand(column == at - static_cast<int>(before.rfind('\n') + 1) + 1, "a place has its column");
+}
+
+void judge_cut(std::string_view text, const SIP_DECODE_CUT &cut) {
+    demand(cut.kept < cut.length, "what was cut was longer");
+    judge_place(text, cut.at, cut.line, cut.column);
+    if (cut.at >= 0)
+        demand(static_cast<std::size_t>(cut.at) + cut.length <= text.size(), "what was cut stands in the text");
+    if (cut.member == -1)
+        return;
+    const auto takes = [&cut](const Leaf &leaf) {
+        return leaf.is_text() && leaf.offset == static_cast<std::size_t>(cut.member) && cut.kept < leaf.member->size;
+    };
+    demand(std::any_of(leaves().begin(), leaves().end(), takes), "what was kept fits in a text of the record");
+}
+
+void judge_report(std::string_view data, const SIP_DECODE_REPORT &report) {
+    const std::size_t end = std::min(data.find('\0'), data.size());
+    const std::string_view text = data.substr(0, std::min<std::size_t>(end, SIP_LONGEST_MESSAGE));
+    demand(report.left_out == (end > SIP_LONGEST_MESSAGE ? 1 : 0), "the report tells of what was left out");
+    demand(std::strlen(report.header) < 32, "a header has a name");
+    demand((report.at == -1) == (report.outcome == SIP_DECODE_DONE), "a refusal has a place");
+    judge_place(text, report.at, report.line, report.column);
+    demand(report.cut_count >= 0, "cuts are counted");
+    for (int i = 0; i < std::min(report.cut_count, SIP_DECODE_CUTS); ++i)
+        judge_cut(text, report.cuts[i]);
+}
+
+// By length, into a record that is not clear: as the plain entry point, which decoded the same text.
+void judge_buffer(std::string_view data, int result, const SIP_CODE_MSG &plain) {
+    static Arena data_pages(longest_input);
+    static Arena record_pages(sizeof(SIP_CODE_MSG));
+    static Arena report_pages(sizeof(SIP_DECODE_REPORT));
+    const Arena::Side side = side_for(data.size());
+
+    const char *const bytes = data_pages.copy(data, side);
+    auto &record = *reinterpret_cast<SIP_CODE_MSG *>(record_pages.fill(sizeof(SIP_CODE_MSG), stale, side));
+    auto &report = *reinterpret_cast<SIP_DECODE_REPORT *>(report_pages.fill(sizeof(SIP_DECODE_REPORT), stale, side));
+    const int outcome = SIP_Decode_Buffer(bytes, data.size(), &record, &report);
+    demand(outcome == report.outcome, "the report tells the outcome");
+    demand(outcome == SIP_DECODE_DONE || (outcome <= SIP_DECODE_NO_START_LINE && outcome >= SIP_DECODE_NO_VIA),
+           "an outcome that is listed");
+    demand((outcome == SIP_DECODE_DONE) == (result == 1), "both entry points refuse the same messages");
+    demand(data.empty() || std::memcmp(bytes, data.data(), data.size()) == 0, "the data is as it was");
+    data_pages.demand_intact();
+    record_pages.demand_intact();
+    report_pages.demand_intact();
+    demand_equal(plain, record, "both entry points decode the same members");
+    judge_report(data, report);
+
+    record_pages.fill(sizeof(SIP_CODE_MSG), 0, side);
+    demand(SIP_Decode_Buffer(bytes, data.size(), &record, nullptr) == outcome, "a report changes nothing");
+    demand_equal(plain, record, "a report changes nothing");
+}
+
 } // namespace
 
 Decoded decode(std::string_view text) {
@@ -181,6 +243,7 @@ Decoded decode(std::string_view text) {
     record_pages.demand_intact();
     demand_terminated_texts(record);
     judge_dump(record);
+    judge_buffer(text, result, record);
     return {result, record};
 }
 
