@@ -91,14 +91,14 @@ void list_leaves(const sipcode::Record &description, std::size_t offset, const c
         }
 }
 
-std::size_t text_length(const Leaf &leaf, const SIP_CODE_MSG &record) {
-    return strnlen(reinterpret_cast<const char *>(leaf.in(record)), leaf.member->size);
+std::string_view text_of(const Leaf &leaf, const SIP_CODE_MSG &record) {
+    return sipcode::text_of(*leaf.member, leaf.in(record));
 }
 
 void show(const Leaf &leaf, const SIP_CODE_MSG &record) {
     if (leaf.is_text())
-        std::fprintf(stderr, "  %s=\"%.*s\"\n", leaf.path, static_cast<int>(text_length(leaf, record)),
-                     reinterpret_cast<const char *>(leaf.in(record)));
+        std::fprintf(stderr, "  %s=\"%.*s\"\n", leaf.path, static_cast<int>(text_of(leaf, record).size()),
+                     text_of(leaf, record).data());
     else if (leaf.member->kind == sipcode::Kind::number)
         std::fprintf(stderr, "  %s=%ld\n", leaf.path, sipcode::number_of(*leaf.member, leaf.in(record)));
     else
@@ -117,8 +117,8 @@ std::span<const Leaf> leaves() {
 }
 
 bool equal(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
-    const std::size_t size = leaf.is_text() ? std::max(text_length(leaf, a), text_length(leaf, b)) : leaf.member->size;
-    return std::memcmp(leaf.in(a), leaf.in(b), size) == 0;
+    return std::memcmp(leaf.in(a), leaf.in(b), leaf.member->size) == 0 ||
+           (leaf.is_text() && text_of(leaf, a) == text_of(leaf, b));
 }
 
 bool is_within(std::string_view member, const Leaf &leaf) {
@@ -142,7 +142,7 @@ void demand_equal_within(std::string_view member, const SIP_CODE_MSG &a, const S
 
 void demand_terminated_texts(const SIP_CODE_MSG &record) {
     for (const Leaf &leaf : leaves())
-        if (leaf.is_text() && text_length(leaf, record) == leaf.member->size) {
+        if (leaf.is_text() && text_of(leaf, record).size() == leaf.member->size) {
             show(leaf, record);
             demand(false, "a decoded text is terminated");
         }
