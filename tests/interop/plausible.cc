@@ -24,6 +24,14 @@ void set_used(T &record, char (T::*member)[N], std::string_view text) {
     set(record.*member, text);
 }
 
+// The parts one behind the other. Unlike the arguments of a call, those of a list are drawn in their order by every compiler.
+std::string joined(std::initializer_list<std::string> parts) {
+    std::string text;
+    for (const std::string &part : parts)
+        text += part;
+    return text;
+}
+
 bool is_one_of(int method, std::initializer_list<int> methods) {
     return std::find(methods.begin(), methods.end(), method) != methods.end();
 }
@@ -42,22 +50,22 @@ std::string PlausibleRecords::hex(unsigned digits) {
 std::string PlausibleRecords::user() {
     switch (below(8)) {
     case 0:
-        return fmt::format("+{}", between(100000000, 2000000000));
+        return "+" + number(100000000, 2000000000);
     case 1:
-        return fmt::format("{}.{}", one_of({"alice", "bob", "carol", "dave"}), one_of({"smith", "jones", "o'neil"}));
+        return joined({one_of({"alice", "bob", "carol", "dave"}), ".", one_of({"smith", "jones", "o'neil"})});
     case 2:
         return one_of({"Desk-7", "front_desk", "*21", "%2321"});
     default:
-        return fmt::format("{}", between(100, 99999999));
+        return number(100, 99999999);
     }
 }
 
 std::string PlausibleRecords::host_name() {
-    return fmt::format("{}{}.example.{}", one_of({"sip", "switch", "gw-", "pbx"}), below(100), one_of({"com", "org"}));
+    return joined({one_of({"sip", "switch", "gw-", "pbx"}), number(0, 99), ".example.", one_of({"com", "org"})});
 }
 
 std::string PlausibleRecords::address() {
-    return fmt::format("{}.{}.{}.{}", between(1, 223), below(256), below(256), between(1, 254));
+    return joined({number(1, 223), ".", number(0, 255), ".", number(0, 255), ".", number(1, 254)});
 }
 
 IPV4_ADDRESS PlausibleRecords::transport_address() {
@@ -89,7 +97,7 @@ void PlausibleRecords::fill_via(SIP_VIA &via) {
 }
 
 void PlausibleRecords::fill_common(SIP_CODE_MSG &record) {
-    set(record.callid, fmt::format("{}@{}", hex(16), address()));
+    set(record.callid, joined({hex(16), "@", address()}));
     record.trans_type = one_of({E_UDP, E_UDP, E_TCP, E_TLS});
     record.via_count = between(1, 2);
     fill_via(record.via);
@@ -101,7 +109,7 @@ void PlausibleRecords::fill_common(SIP_CODE_MSG &record) {
     record.cseq.seq = between(1, 2147483647);
     record.user_phone = chance(25);
     if (chance(25))
-        set(record.korvadex, fmt::format("trunk={};group=a", below(64)));
+        set(record.korvadex, joined({"trunk=", number(0, 63), ";group=a"}));
 }
 
 void PlausibleRecords::fill_contact(SIP_CODE_MSG &record) {
@@ -112,7 +120,7 @@ void PlausibleRecords::fill_contact(SIP_CODE_MSG &record) {
 void PlausibleRecords::fill_route(SIP_CODE_MSG &record) {
     std::string route = fmt::format("<sip:{};lr>", address());
     if (chance(40))
-        route += fmt::format(",<sip:{}:{};lr;ftag={}>", address(), between(1024, 65535), hex(6));
+        route += joined({",<sip:", address(), ":", number(1024, 65535), ";lr;ftag=", hex(6), ">"});
     set_used(record.record_route, &SIP_RECORD_ROUTE::content, route);
 }
 
@@ -180,11 +188,11 @@ void PlausibleRecords::fill_transfer(SIP_CODE_MSG &record) {
     refer.refermode = chance(50);
     if (refer.refermode == 1)
         set(refer.refertocontent,
-            fmt::format("method=INVITE?Replaces={}%3Bto-tag%3D{}%3Bfrom-tag%3D{}", hex(16), hex(6), hex(6)));
+            joined({"method=INVITE?Replaces=", hex(16), "%3Bto-tag%3D", hex(6), "%3Bfrom-tag%3D", hex(6)}));
 }
 
 void PlausibleRecords::fill_event(SIP_CODE_MSG &record) {
-    set_used(record.event, &SIP_EVENT::content, one_of({"reg", "dialog", "presence", "message-summary"}));
+    set_used(record.event, &SIP_EVENT::content, one_of({"reg", "dialog", "message-summary"}));
     if (record.method == SIP_REQUEST_MSG_NOTIFY)
         set_used(record.subscription_state, &SIP_SUBSCRIPTION_STATE::content,
                  one_of({"active;expires=3540", "pending;expires=600", "terminated;reason=timeout"}));
@@ -212,7 +220,7 @@ void PlausibleRecords::fill_audio(SIP_SDP &sdp) {
         return;
     }
     sdp.a_conten_nouse = 1;
-    if (chance(10))
+    if (chance(25))
         set(sdp.a_addr.ip, "0.0.0.0");
     sdp.a_ptime = one_of({0, 10, 20, 30});
     auto offer = codecs;
@@ -365,10 +373,10 @@ SIP_CODE_MSG PlausibleRecords::request() {
         if (chance(20))
             set_used(record.call_info, &SIP_CALL_INFO::content, one_of({"answer-after=0", "purpose=info"}));
         if (chance(15))
-            set_used(record.referred_by, &SIP_REFERREDBY::content, fmt::format("<sip:{}@{}>", user(), address()));
+            set_used(record.referred_by, &SIP_REFERREDBY::content, joined({"<sip:", user(), "@", address(), ">"}));
         if (chance(15))
             set_used(record.replaces, &SIP_REPLACES::content,
-                     fmt::format("{};to-tag={};from-tag={}", hex(16), hex(6), hex(6)));
+                     joined({hex(16), ";to-tag=", hex(6), ";from-tag=", hex(6)}));
     }
     if (is_one_of(method, {SIP_REQUEST_MSG_INVITE, SIP_REQUEST_MSG_BYE, SIP_REQUEST_MSG_ACK}))
         record.date.use = chance(30);

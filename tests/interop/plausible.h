@@ -22,6 +22,7 @@ class PlausibleRecords {
   private:
     unsigned below(unsigned n) { return static_cast<unsigned>(draw_() % n); }
     int between(int low, int high) { return low + static_cast<int>(below(static_cast<unsigned>(high - low + 1))); }
+    std::string number(int low, int high) { return std::to_string(between(low, high)); }
     bool chance(unsigned percent) { return below(100) < percent; }
     template <typename T>
     T one_of(std::initializer_list<T> values) {
