@@ -132,13 +132,15 @@ void read_headers(su_home_t *home, const sip_t &sip, PeerMessage &message) {
                                                             : reinterpret_cast<const msg_header_t *>(sip.sip_status);
     for (header = header->sh_succ; header != nullptr; header = header->sh_succ) {
         std::string name = lower(text(header->sh_class->hc_name));
-        std::string value = text(sip_header_as_string(home, reinterpret_cast<const sip_header_t *>(header)));
+        std::string value;
         if (header->sh_class->hc_hash == msg_unknown_hash) {
             const auto *const unknown = reinterpret_cast<const sip_unknown_t *>(header);
             name = lower(text(unknown->un_name));
             value = text(unknown->un_value);
-        } else if (name.empty() || name == "via" || message.addresses.contains(name) ||
-                   message.credentials.contains(name)) {
+        } else if (!name.empty() && name != "via" && !message.addresses.contains(name) &&
+                   !message.credentials.contains(name)) { // the body has no name
+            value = text(sip_header_as_string(home, reinterpret_cast<const sip_header_t *>(header)));
+        } else {
             continue;
         }
         std::string &known = message.headers[name];

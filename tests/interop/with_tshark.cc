@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
-#include <set>
 #include <sstream>
 #include <stdexcept>
 
