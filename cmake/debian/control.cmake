@@ -12,7 +12,7 @@ file(WRITE ${work}/debian/control "Source: ${CPACK_DEBIAN_PACKAGE_SOURCE}\n\nPac
 file(WRITE ${control}/triggers "activate-noawait ldconfig\n")
 file(WRITE ${control}/shlibs
     "libsipcode ${CPACK_PACKAGE_VERSION_MAJOR} ${package} (>= ${CPACK_PACKAGE_VERSION})\n")
-# Fails when a name of the last version is gone, or a new one is not in the committed file.
+# Fails when a name of the committed file is gone, or one is exported that it does not have.
 execute_process(
     COMMAND dpkg-gensymbols -c4 -p${package} -v${version} -e${shared_object} -O${control}/symbols
         -I${CMAKE_CURRENT_LIST_DIR}/${package}.symbols -P${work}/${package}
