@@ -13,6 +13,7 @@
 #include "encode.h"
 #include "plausible.h"
 #include "record_json.h"
+#include "safe.h"
 
 namespace interop {
 namespace {
@@ -43,6 +44,13 @@ Written write(std::string name, const SIP_CODE_MSG &record) {
     if (encode(buffer.data(), &consumed) != 1)
         throw std::runtime_error(made.name + ": not written");
     made.text = buffer.c_str();
+
+    // A careful host's record is refused by no encoder.
+    SIP_CODE_MSG again = record;
+    const auto encode_sized = made.is_request ? SIP_Encode_Request_Buffer : SIP_Encode_Response_Buffer;
+    const int length = encode_sized(buffer.data(), buffer.size(), &again);
+    if (length < 0 || made.text != std::string_view(buffer.data(), static_cast<std::size_t>(length)))
+        throw std::runtime_error(fmt::format("{}: the sized encoder writes something else, {}", made.name, length));
     return made;
 }
 
