@@ -63,7 +63,7 @@ typedef struct SIP_DECODE_REPORT {
     int left_out;       /* 1 when text behind SIP_LONGEST_MESSAGE characters was left out, else 0 */
     int cut_count;      /* values that were longer than their place */
     SIP_DECODE_CUT
-        cuts[SIP_DECODE_CUTS]; /* the first of them, min(cut_count, SIP_DECODE_CUTS), in the order of decoding */
+    cuts[SIP_DECODE_CUTS]; /* the first of them, min(cut_count, SIP_DECODE_CUTS), in the order of decoding */
 } SIP_DECODE_REPORT;
 
 /* Decodes the length bytes at data into record, as Sip_Decode does the same text.
