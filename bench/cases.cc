@@ -31,15 +31,29 @@ measured_case decode_case(const std::string &name, const std::string &text) {
     return {name, text.size(), [own = text]() mutable { decode(own, record); }};
 }
 
-// The samples one after the other, so that no branch predictor knows the message that comes next.
-measured_case mix_case(const std::vector<message> &messages) {
-    constexpr std::size_t stride = 5; // shares no factor with the number of samples: all are visited, sizes vary
+// Goes through the samples in an order of mixed sizes, so that no branch predictor knows the message that comes next.
+class sample_order {
+  public:
+    explicit sample_order(std::size_t samples) : samples_(samples) {}
+    std::size_t next() { return at_ = (at_ + stride) % samples_; }
+
+  private:
+    static constexpr std::size_t stride = 5; // shares no factor with the fourteen samples
+    std::size_t samples_;
+    std::size_t at_ = 0;
+};
+
+std::size_t mean_size(const std::vector<message> &messages) {
     std::size_t bytes = 0;
     for (const message &m : messages)
         bytes += m.text.size();
-    return {"decode/mix/sipcode", bytes / messages.size(), [texts = messages, at = std::size_t{0}]() mutable {
-                at = (at + stride) % texts.size();
-                decode(texts[at].text, record);
+    return bytes / messages.size();
+}
+
+measured_case mix_case(const std::vector<message> &messages) {
+    return {"decode/mix/sipcode", mean_size(messages),
+            [texts = messages, order = sample_order(messages.size())]() mutable {
+                decode(texts[order.next()].text, record);
             }};
 }
 
@@ -48,8 +62,8 @@ measured_case encode_case(const record_to_encode &source) {
     return {"encode/" + source.name + "/sipcode", encoded(source.record).size(), [own] { encode(*own, written); }};
 }
 
-// Without a Call-ID the message is refused behind the splitting and before any decoder has stored a member: what is left
-// is the copy, the cut into lines and the index of their names.
+// Without a Call-ID the message is refused behind the splitting and before any decoder has stored a member: what is
+// left is the copy, the cut into lines and the index of their names.
 measured_case split_case(const std::string &name) {
     std::string text = sample(name);
     text.replace(text.find("\r\nCall-ID:"), 10, "\r\nXall-ID:");
@@ -134,7 +148,7 @@ void add_floor(std::vector<measured_case> &cases) {
 }
 
 void add_growth(std::vector<measured_case> &cases) {
-    for (const std::size_t bytes : {400, 800, 1600, 2400, 3200, 4095})
+    for (const std::size_t bytes : {400U, 800U, 1600U, 2400U, 3200U, 4095U})
         cases.push_back(decode_case("growth/" + std::to_string(bytes) + "-bytes/sipcode", invite_of_bytes(bytes)));
     for (const int headers : {5, 10, 20, 40, 63})
         cases.push_back(
@@ -144,18 +158,33 @@ void add_growth(std::vector<measured_case> &cases) {
 // ------------------------------------------------------------------------------------------------------------ peers
 
 #ifdef SIPCODE_BENCH_PEERS
+void keep_fields(const fields &f) { keep(&f); }
+
+measured_case mix_case_of(const peer &p, const std::vector<message> &messages) {
+    std::vector<reader> readers;
+    for (const message &m : messages)
+        readers.push_back(p.reader_of(m.text));
+    return {std::string("decode/mix/") + p.name, mean_size(messages),
+            [readers, order = sample_order(messages.size())]() mutable { readers[order.next()](keep_fields); }};
+}
+
+void add_peer(const peer &p, std::vector<measured_case> &cases) {
+    const std::vector<message> messages = sample_messages();
+    for (const message &m : messages)
+        cases.push_back(
+            {"decode/" + m.name + "/" + p.name, m.text.size(), [read = p.reader_of(m.text)] { read(keep_fields); }});
+    cases.push_back(mix_case_of(p, messages));
+    for (const record_to_encode &source : sample_records()) {
+        const std::string text = encoded(source.record);
+        cases.push_back({"encode/" + source.name + "/" + p.name, text.size(),
+                         [print = p.printer_of(text)] { keep(print().data()); }});
+    }
+}
+
 void add_peers(std::vector<measured_case> &cases) {
     check_peers();
-    for (const peer *p : peers) {
-        for (const message &m : sample_messages())
-            cases.push_back({"decode/" + m.name + "/" + p->name, m.text.size(),
-                             [read = p->reader_of(m.text)] { read([](const fields &f) { keep(&f); }); }});
-        for (const record_to_encode &source : sample_records()) {
-            const std::string text = encoded(source.record);
-            cases.push_back({"encode/" + source.name + "/" + p->name, text.size(),
-                             [print = p->printer_of(text)] { keep(print().data()); }});
-        }
-    }
+    for (const peer *p : peers)
+        add_peer(*p, cases);
 }
 #endif
 

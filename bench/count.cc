@@ -1,6 +1,6 @@
-// The cases by the instruction, under callgrind; bench/count runs it. A case is run until first calls, first allocations
-// and symbol lookups lie behind, then the counter is cleared, and what a number of runs adds is dumped under the name of
-// the case.
+// The cases by the instruction, under callgrind; bench/count runs it. A case is run until first calls, allocations and
+// symbol lookups lie behind, then the counter is cleared, and what a number of runs adds is dumped under the name of the
+// case.
 //
 // Usage: sipcode_count [case...]     all cases without a name
 #include <algorithm>

@@ -31,7 +31,7 @@ struct record_to_encode {
     SIP_CODE_MSG record;
 };
 
-// What a host that relays a message sends: the record of the sample, transport and presence marks as the host sets them.
+// What a host that relays a message sends: the record of the sample, with the marks that the host sets.
 std::vector<record_to_encode> sample_records();
 
 bool is_request(const SIP_CODE_MSG &record);

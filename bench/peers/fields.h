@@ -1,5 +1,5 @@
-// What every stack has to read of a message. The texts are views into the structures of the stack, so that none is charged
-// for a copy into a record of ours, as this library is.
+// What every stack has to read of a message. The texts are views into the structures of the stack, so that no stack is
+// charged for a copy into a record, as this library is.
 #ifndef SIPCODE_BENCH_FIELDS_H
 #define SIPCODE_BENCH_FIELDS_H
 

@@ -1,4 +1,4 @@
-// Other SIP stacks, measured on the same messages: each reads the same fields out of a text and prints the same message.
+// Other SIP stacks, measured on the same messages: each reads the same fields of a text and prints the same message.
 #ifndef SIPCODE_BENCH_PEERS_H
 #define SIPCODE_BENCH_PEERS_H
 
@@ -29,8 +29,8 @@ extern const peer re;
 
 inline const peer *const peers[] = {&sofia_sip, &osip2, &re};
 
-// Ends the process with the difference unless every peer reads of each sample message what this library does, and prints of
-// each sample record a message of the same headers and fields.
+// Ends the process with the difference unless every peer reads of each sample message what this library does, and
+// prints of each sample record a message of the same headers and fields.
 void check_peers();
 
 } // namespace bench

@@ -1,5 +1,5 @@
-// libre: sip_msg_decode reads the start line and the headers of each transaction; the other fields are read out of their
-// header values here, and the session description by an SDP session.
+// libre: sip_msg_decode reads the start line and the headers that name a transaction; the other fields are read out of
+// their header values here, and the session description by an SDP session.
 #include <memory>
 #include <vector>
 
