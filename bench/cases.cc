@@ -13,6 +13,7 @@
 
 #include <sipcode/decode.h>
 #include <sipcode/encode.h>
+#include <sipcode/safe.h>
 
 #include "messages.h"
 #ifdef SIPCODE_BENCH_PEERS
@@ -60,6 +61,25 @@ measured_case mix_case(const std::vector<message> &messages) {
 measured_case encode_case(const record_to_encode &source) {
     auto own = std::make_shared<SIP_CODE_MSG>(source.record);
     return {"encode/" + source.name + "/sipcode", encoded(source.record).size(), [own] { encode(*own, written); }};
+}
+
+// The entry points for text from the network: the record needs no zeroing, and a report is filled.
+measured_case decode_buffer_case(const std::string &name) {
+    static SIP_DECODE_REPORT report;
+    const std::string text = sample(name);
+    return {"decode-buffer/" + name + "/sipcode", text.size(), [text] {
+                if (SIP_Decode_Buffer(text.data(), text.size(), &record, &report) != SIP_DECODE_DONE)
+                    std::abort();
+            }};
+}
+
+measured_case encode_buffer_case(const record_to_encode &source) {
+    auto own = std::make_shared<SIP_CODE_MSG>(source.record);
+    const auto write = is_request(source.record) ? SIP_Encode_Request_Buffer : SIP_Encode_Response_Buffer;
+    return {"encode-buffer/" + source.name + "/sipcode", encoded(source.record).size(), [own, write] {
+                if (write(written, sizeof written, own.get()) < 0)
+                    std::abort();
+            }};
 }
 
 // Without a Call-ID the message is refused behind the splitting and before any decoder has stored a member: what is
@@ -199,8 +219,12 @@ std::vector<measured_case> all_cases() {
     for (const message &m : messages)
         cases.push_back(decode_case("decode/" + m.name + "/sipcode", m.text));
     cases.push_back(mix_case(messages));
-    for (const record_to_encode &source : sample_records())
+    for (const record_to_encode &source : sample_records()) {
         cases.push_back(encode_case(source));
+        cases.push_back(encode_buffer_case(source));
+    }
+    for (const char *name : {"invite-with-sdp", "ok-with-sdp", "register", "bye"})
+        cases.push_back(decode_buffer_case(name));
     for (const char *name : {"invite-with-sdp", "invite-two-streams"}) {
         cases.push_back(split_case(name));
         cases.push_back(without_sdp_case(name));
