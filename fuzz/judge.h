@@ -36,6 +36,9 @@ class Arena {
     // Memory of which every byte is as given.
     char *fill(std::size_t size, unsigned char byte, Side guarded = Side::behind);
 
+    // Memory that holds nothing yet: memory checkers tell when a byte of it counts.
+    char *undefined(std::size_t size, Side guarded = Side::behind);
+
     // A copy.
     char *copy(std::string_view bytes, Side guarded = Side::behind);
 
@@ -83,6 +86,9 @@ void demand_equal_within(std::string_view member, const SIP_CODE_MSG &a, const S
 bool is_within(std::string_view member, const Leaf &leaf);
 
 void demand_terminated_texts(const SIP_CODE_MSG &record);
+
+// A copy that holds nothing behind the terminators of its texts, valid until the next one.
+const SIP_CODE_MSG &without_hidden_bytes(const SIP_CODE_MSG &record);
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Decoding

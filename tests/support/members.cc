@@ -50,6 +50,15 @@ void set_text(SIP_CODE_MSG &record, const Place &at, std::string_view text) {
     std::memcpy(at.in(record), text.data(), std::min(text.size(), at.member.size));
 }
 
+std::string difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
+    std::string paths;
+    for (const Place &at : places())
+        if (at.is_text() ? text_at(a, at.path) != text_at(b, at.path)
+                         : std::memcmp(at.in(a), at.in(b), at.member.size) != 0)
+            paths += at.path + "\n";
+    return paths;
+}
+
 SIP_CODE_MSG record_of(std::string_view list) {
     constexpr long highest_named = 200;
     SIP_CODE_MSG record{};
