@@ -269,7 +269,7 @@ class writer {
     }
 
     void write_pieces(const char *format, const format_piece *pieces, const line_value *values, std::size_t count);
-    void write_value(const format_piece &piece, const line_value &value);
+    void write_value(const format_piece &piece, const line_value &value, bool ends_line);
 
     char *begin;
     char *cursor;

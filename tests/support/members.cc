@@ -50,14 +50,24 @@ void set_text(SIP_CODE_MSG &record, const Place &at, std::string_view text) {
     std::memcpy(at.in(record), text.data(), std::min(text.size(), at.member.size));
 }
 
+std::string difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
+    std::string paths;
+    for (const Place &at : places())
+        if (at.is_text() ? text_at(a, at.path) != text_at(b, at.path)
+                         : std::memcmp(at.in(a), at.in(b), at.member.size) != 0)
+            paths += at.path + "\n";
+    return paths;
+}
+
 SIP_CODE_MSG record_of(std::string_view list) {
     constexpr long highest_named = 200;
     SIP_CODE_MSG record{};
     for (const std::string &entry : entries(list)) {
         const std::size_t equals = std::min(entry.find('='), entry.size());
         std::string value = entry.substr(std::min(equals + 1, entry.size()));
-        for (std::size_t at = 0; (at = value.find("\\r\\n")) != value.npos;)
-            value.replace(at, 4, "\r\n");
+        for (const auto &[written, meant] : {std::pair{"\\r", "\r"}, {"\\n", "\n"}, {"\\t", "\t"}})
+            for (std::size_t at = 0; (at = value.find(written)) != value.npos;)
+                value.replace(at, 2, meant);
         if (entry.empty())
             continue;
         const Place &at = place(entry.substr(0, equals));

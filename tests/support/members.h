@@ -33,6 +33,9 @@ std::string text_at(const SIP_CODE_MSG &record, std::string_view path);
 // Stores a text, without a terminator when it fills the member to its end; what is too long for it is cut.
 void set_text(SIP_CODE_MSG &record, const Place &at, std::string_view text);
 
+// The members in which two records differ; what stands behind the terminator of a text does not count.
+std::string difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b);
+
 // A zeroed record with members set: "via.branch=z9hG4bK1 | cseq.method=INVITE | sdp.a_content=a=x\r\n". A number may be written
 // as the name of its value.
 SIP_CODE_MSG record_of(std::string_view list);

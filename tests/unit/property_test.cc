@@ -1,6 +1,4 @@
 // The encoders against a plain rendering from tables, over random records: every byte that is written, and every member.
-#include <cstring>
-
 #include <gtest/gtest.h>
 
 #include "support/clock.h"
@@ -11,16 +9,6 @@
 namespace {
 
 using namespace support;
-
-// The members in which two records differ; what stands behind the terminator of a text does not count.
-std::string difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
-    std::string paths;
-    for (const Place &at : places())
-        if (at.is_text() ? text_at(a, at.path) != text_at(b, at.path)
-                         : std::memcmp(at.in(a), at.in(b), at.member.size) != 0)
-            paths += at.path + "\n";
-    return paths;
-}
 
 TEST(Property, messages_are_as_rendered) {
     const Clock clock(1795081443);

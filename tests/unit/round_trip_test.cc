@@ -1,12 +1,9 @@
 // Every sample is decoded, answered with each status and sent on, and decoded again: what must survive is compared.
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
 #include <gtest/gtest.h>
 
 #include "support/cases.h"
 #include "support/encoding.h"
+#include "support/samples.h"
 
 namespace {
 
@@ -78,16 +75,11 @@ void expect_survival(const SIP_CODE_MSG &sent, const std::string &text) {
             }
 }
 
-// The samples of the examples that are not refused, and kinds that they have not.
-std::vector<EncodedCase> samples() {
+std::vector<EncodedCase> accepted_samples() {
     std::vector<EncodedCase> all;
-    for (const std::string directory : {SIPCODE_TEST_DATA "/../../examples/messages", SIPCODE_TEST_DATA "/messages"})
-        for (const auto &entry : std::filesystem::directory_iterator(directory)) {
-            std::ifstream file(entry.path(), std::ios::binary);
-            const std::string text{std::istreambuf_iterator<char>(file), {}};
-            if (decode(text)["result"] == "1")
-                all.push_back({entry.path().stem(), "", text});
-        }
+    for (const Sample &sample : samples())
+        if (decode(sample.text)["result"] == "1")
+            all.push_back({sample.title, "", sample.text});
     return all;
 }
 
@@ -108,6 +100,6 @@ TEST_P(RoundTrip, keeps_what_must_survive) {
         expect_survival(record, encode_response(record).text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Samples, RoundTrip, testing::ValuesIn(samples()), Title());
+INSTANTIATE_TEST_SUITE_P(Samples, RoundTrip, testing::ValuesIn(accepted_samples()), Title());
 
 } // namespace

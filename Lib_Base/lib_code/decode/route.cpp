@@ -47,7 +47,7 @@ void store_joined(const message &msg, char (&member)[N], text first, text second
     joined.append(second);
     store(member, {scratch, joined.length()});
     if (const std::size_t length = first.size() + 1 + second.size(); length >= N)
-        msg.note_cut(member, {second.data(), length}, N - 1);
+        msg.note_cut(member, {scratch, length}, N - 1); // put together from pieces, so it has no place
 }
 
 int CompareSupportedString(const char *pSupported) {
