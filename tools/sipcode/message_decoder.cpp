@@ -10,6 +10,7 @@
 
 #include "decode.h"
 #include "library_prints.h"
+#include "progress.h"
 
 namespace {
 
@@ -31,10 +32,10 @@ constexpr LoggedRefusal logged_refusals[] = {
 void note_what_is_left_out(const std::string &message, const std::string &place) {
     const std::size_t end = message.find('\0');
     if (end < longest_message)
-        fmt::print(stderr, "{}: note: the message ends at its NUL, character {}\n", place, end + 1);
+        tell(fmt::format("{}: note: the message ends at its NUL, character {}", place, end + 1));
     else if (message.size() > longest_message)
-        fmt::print(stderr, "{}: note: decoded from its first {} characters of {}\n", place, longest_message,
-                   message.size());
+        tell(fmt::format("{}: note: decoded from its first {} characters of {}", place, longest_message,
+                         message.size()));
 }
 
 bool decode_silently(char *message, SIP_CODE_MSG &record) {
@@ -57,7 +58,7 @@ class MessageDecoder::Log : public spdlog::sinks::base_sink<spdlog::details::nul
     void sink_it_(const spdlog::details::log_msg &message) override {
         const std::string_view line(message.payload.data(), message.payload.size());
         const auto level = spdlog::level::to_string_view(message.level);
-        fmt::print(stderr, "{}: {}: {}\n", place_, std::string_view(level.data(), level.size()), line);
+        tell(fmt::format("{}: {}: {}", place_, std::string_view(level.data(), level.size()), line));
         for (const LoggedRefusal &logged : logged_refusals) {
             if (line.starts_with(logged.line))
                 refusal_ = logged.reason;
