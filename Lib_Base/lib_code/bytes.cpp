@@ -1,15 +1,52 @@
 #include "bytes.h"
 
 namespace sipcode {
+namespace {
 
-std::size_t find_byte(const char *begin, std::size_t size, char wanted) {
+// Up to seven bytes.
+std::size_t find_in_few(const char *begin, std::size_t size, char wanted) {
     std::size_t at = 0;
-    for (; at + block_size <= size; at += block_size)
-        if (const unsigned mask = matches(begin + at, wanted); mask != 0)
-            return at + static_cast<std::size_t>(std::countr_zero(mask));
     while (at < size && begin[at] != wanted)
         ++at;
     return at;
+}
+
+// Eight to fifteen: the last eight overlap the first.
+std::size_t find_in_two_words(const char *begin, std::size_t size, char wanted) {
+    const std::size_t second = size - 8;
+    const unsigned mask = matches8(begin, wanted) | matches8(begin + second, wanted) << second;
+    return mask == 0 ? size : static_cast<std::size_t>(std::countr_zero(mask));
+}
+
+} // namespace
+
+std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted) {
+    char block[block_size] = {};
+    std::memcpy(block, at, size);
+    return matches(block, wanted) & ((std::uint64_t{1} << size) - 1);
+}
+
+std::size_t find_blank(const char *begin, std::size_t size) {
+    std::size_t at = 0;
+    for (; at + 16 <= size; at += 16)
+        if (const unsigned mask = blanks16(begin + at); mask != 0)
+            return at + static_cast<std::size_t>(std::countr_zero(mask));
+    while (at<size &&static_cast<unsigned char>(begin[at])> 32)
+        ++at;
+    return at;
+}
+
+std::size_t find_byte(const char *begin, std::size_t size, char wanted) {
+    constexpr std::size_t step = 16;
+    if (size < step)
+        return size < 8 ? find_in_few(begin, size, wanted) : find_in_two_words(begin, size, wanted);
+    for (std::size_t at = 0;;) {
+        if (const unsigned mask = matches16(begin + at, wanted); mask != 0)
+            return at + static_cast<std::size_t>(std::countr_zero(mask));
+        if (at + step == size)
+            return size;
+        at = at + 2 * step <= size ? at + step : size - step; // the last sixteen overlap those before
+    }
 }
 
 } // namespace sipcode

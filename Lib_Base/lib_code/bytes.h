@@ -1,65 +1,80 @@
-// Bytes sixteen and eight at a time: what makes the scanning idioms of text.h cheap. With SSE2 where the build has it, in plain
-// code elsewhere.
+// Bytes eight, sixteen and sixty-four at a time: what makes the scanning idioms of text.h cheap. With SSE2 where the build has
+// it, in plain code elsewhere.
 #pragma once
 
-#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #if defined(__SSE2__) && !defined(SIPCODE_PORTABLE)
+#define SIPCODE_SSE2
 #include <emmintrin.h>
 #endif
 
 namespace sipcode {
 
-inline constexpr std::size_t block_size = 16;
+inline constexpr std::size_t block_size = 64;
 
-// Bit i is set when byte i of the block at `at` is the wanted one.
-#if defined(__SSE2__) && !defined(SIPCODE_PORTABLE)
-inline unsigned matches(const char *at, char wanted) {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_set1_epi8(wanted))));
+// Bit i is set when byte i of the sixteen (eight) at `at` is the wanted one.
+#if defined(SIPCODE_SSE2)
+inline unsigned matches16(const char *at, char wanted) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(wanted))));
+}
+inline unsigned matches8(const char *at, char wanted) {
+    const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(at));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(wanted)))) & 0xFF;
+}
+// Of the sixteen: bytes from 0 to 32.
+inline unsigned blanks16(const char *at) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(32)), bytes)));
 }
 #else
-inline unsigned matches(const char *at, char wanted) {
+inline unsigned blanks16(const char *at) {
     unsigned mask = 0;
-    for (std::size_t i = 0; i < block_size; ++i)
+    for (unsigned i = 0; i < 16; ++i)
+        mask |= static_cast<unsigned>(static_cast<unsigned char>(at[i]) <= 32) << i;
+    return mask;
+}
+inline unsigned matches_plain(const char *at, unsigned count, char wanted) {
+    unsigned mask = 0;
+    for (unsigned i = 0; i < count; ++i)
         mask |= static_cast<unsigned>(at[i] == wanted) << i;
     return mask;
 }
+inline unsigned matches16(const char *at, char wanted) { return matches_plain(at, 16, wanted); }
+inline unsigned matches8(const char *at, char wanted) { return matches_plain(at, 8, wanted); }
 #endif
 
-// Walks the places of the wanted bytes of a text in order. The blocks may reach behind its end: the buffer holds at least the
-// size rounded up to whole blocks.
-template <char... Wanted>
-class byte_walk {
-  public:
-    byte_walk(char *begin, char *end_of_text) : block(begin), end(end_of_text), mask(mask_of(begin)) {}
+// The same for a whole block.
+inline std::uint64_t matches(const char *at, char wanted) {
+    const auto quarter = [at, wanted](unsigned i) {
+        return static_cast<std::uint64_t>(matches16(at + 16 * i, wanted)) << (16 * i);
+    };
+    return quarter(0) | quarter(1) | quarter(2) | quarter(3);
+}
 
-    // The next place, or the end.
-    char *next() {
-        while (mask == 0) {
-            block += block_size;
-            if (block >= end)
-                return end;
-            mask = mask_of(block);
-        }
-        char *const at = block + std::countr_zero(mask);
-        mask &= mask - 1;
-        return std::min(at, end);
+// The same for what is left of a text, less than a block.
+std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted);
+
+// Calls visit with the place of every wanted byte, in order.
+template <class Visit>
+void for_each_byte(const char *begin, std::size_t size, char wanted, Visit visit) {
+    for (std::size_t at = 0; at < size; at += block_size) {
+        const std::size_t left = size - at;
+        std::uint64_t mask =
+            left >= block_size ? matches(begin + at, wanted) : matches_of_rest(begin + at, left, wanted);
+        for (; mask != 0; mask &= mask - 1)
+            visit(at + static_cast<std::size_t>(std::countr_zero(mask)));
     }
+}
 
-  private:
-    static unsigned mask_of(const char *at) { return (matches(at, Wanted) | ...); }
+// Place of the first byte from 0 to 32, size when there is none.
+std::size_t find_blank(const char *begin, std::size_t size);
 
-    char *block;
-    char *end;
-    unsigned mask;
-};
-
-// Place of the first wanted byte, size when there is none.
+// Place of the first wanted byte, size when there is none. Nothing behind size is read.
 std::size_t find_byte(const char *begin, std::size_t size, char wanted);
 
 // One to eight bytes as a number, the first one lowest; those that are missing are 0.
@@ -85,6 +100,31 @@ inline std::uint64_t load_word(const char *bytes, std::size_t count) {
     if (count >= 4)
         return load<std::uint32_t>(bytes) | load<std::uint32_t>(bytes + count - 4) << (8 * (count - 4));
     return word_of(bytes, count);
+}
+
+// Copies a short text in a few moves: a call of memcpy costs more than most values are long.
+inline void copy_bytes(char *to, const char *from, std::size_t count) {
+    const auto copy_ends = [=]<class Chunk>(Chunk first) {
+        Chunk last;
+        std::memcpy(&first, from, sizeof first);
+        std::memcpy(&last, from + count - sizeof last, sizeof last);
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(to + count - sizeof last, &last, sizeof last);
+    };
+    struct sixteen {
+        std::uint64_t half[2];
+    };
+    if (count > 32)
+        std::memcpy(to, from, count);
+    else if (count >= 16)
+        copy_ends(sixteen{});
+    else if (count >= 8)
+        copy_ends(std::uint64_t{});
+    else if (count >= 4)
+        copy_ends(std::uint32_t{});
+    else
+        for (std::size_t i = 0; i < count; ++i)
+            to[i] = from[i];
 }
 
 } // namespace sipcode

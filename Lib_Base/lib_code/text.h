@@ -15,11 +15,11 @@ namespace sipcode {
 using text = std::string_view;
 
 constexpr bool is_blank(char c) { return static_cast<unsigned char>(c - 1) < 32; } // bytes 1 to 32
-constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
+constexpr bool is_digit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
 constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 // What the C library's number readers skip; fewer bytes than a blank.
-constexpr bool is_white_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+constexpr bool is_white_space(char c) { return c == ' ' || static_cast<unsigned char>(c - '\t') < 5; }
 
 constexpr text at_most(std::size_t n, text t) { return {t.data(), t.size() < n ? t.size() : n}; }
 
@@ -27,6 +27,9 @@ constexpr text drop(std::size_t n, text t) {
     const std::size_t dropped = t.size() < n ? t.size() : n;
     return {t.data() + dropped, t.size() - dropped};
 }
+
+// Place of the first blank of a text without NUL, its size when there is none.
+inline std::size_t find_blank(text t) { return find_blank(t.data(), t.size()); }
 
 constexpr text skip_blanks(text t) {
     while (!t.empty() && is_blank(t.front()))
@@ -52,9 +55,16 @@ inline parts cut_at(char mark, text t) {
     return at == t.size() ? parts{t, {}, false} : parts{{t.data(), at}, {t.data() + at + 1, t.size() - at - 1}, true};
 }
 
-constexpr parts cut_at(text mark, text t) {
-    const std::size_t at = t.find(mark);
-    return at == text::npos ? parts{t, {}, false} : parts{at_most(at, t), drop(at + mark.size(), t), true};
+// A mark of several characters is found by its last one, which is rarer than its first: "=" of "tag=".
+inline parts cut_at(text mark, text t) {
+    for (std::size_t from = mark.size() - 1; from < t.size();) {
+        const std::size_t last = from + find_byte(t.data() + from, t.size() - from, mark.back());
+        const std::size_t behind = last + 1;
+        if (last < t.size() && std::memcmp(t.data() + behind - mark.size(), mark.data(), mark.size()) == 0)
+            return {{t.data(), behind - mark.size()}, {t.data() + behind, t.size() - behind}, true};
+        from = behind;
+    }
+    return {t, {}, false};
 }
 
 inline bool contains(text t, char mark) { return find_byte(t.data(), t.size(), mark) != t.size(); }
@@ -93,6 +103,17 @@ class nocase {
         return true;
     }
 
+    // The same where whole words can be read behind it.
+    bool begins_roomy(const char *begin) const {
+        for (std::size_t at = 0; at < whole.size(); at += 8) {
+            const std::size_t missing = at + 8 < whole.size() ? 0 : at + 8 - whole.size();
+            const std::uint64_t word = load_word(begin + at, 8) & ~std::uint64_t{0} >> (8 * missing);
+            if ((word | letters[at / 8]) != lower_case[at / 8])
+                return false;
+        }
+        return true;
+    }
+
   private:
     text whole;
     std::uint64_t letters[longest / 8] = {}; // the bit in which the two cases of a letter differ
@@ -107,9 +128,30 @@ template <std::size_t N>
 void store(char (&member)[N], text value) {
     const text kept = at_most(N - 1, value);
     std::memset(member, 0, N);
-    if (!kept.empty())
-        std::memcpy(member, kept.data(), kept.size());
+    copy_bytes(member, kept.data(), kept.size());
 }
+
+// A slice as the terminated string that a log line or a host service needs; by default as long as a message can be.
+template <std::size_t Longest = 4095>
+class terminated {
+  public:
+    explicit terminated(text t) {
+        const text kept = at_most(Longest, t);
+        length = kept.size();
+        copy_bytes(buffer, kept.data(), length);
+        buffer[length] = '\0';
+    }
+    terminated(const terminated &) = delete;
+    terminated &operator=(const terminated &) = delete;
+
+    const char *c_str() const { return buffer; }
+    char *data() { return buffer; }
+    text whole() const { return {buffer, length}; }
+
+  private:
+    std::size_t length;
+    char buffer[Longest + 1];
+};
 
 struct number {
     int value;
@@ -119,23 +161,28 @@ struct number {
 // Reads a number as "%d" does: white space, one sign, decimal digits. A number too large for 64 bits saturates there, and
 // the low 32 bits are kept, as the C library does on LP64.
 constexpr number read_number(text t) {
-    std::size_t at = 0;
-    while (at < t.size() && is_white_space(t[at]))
+    const char *at = t.data();
+    const char *const end = at + t.size();
+    while (at != end && is_white_space(*at))
         ++at;
-    const bool negative = at < t.size() && t[at] == '-';
-    if (at < t.size() && (t[at] == '-' || t[at] == '+'))
+    const bool negative = at != end && *at == '-';
+    if (at != end && (*at == '-' || *at == '+'))
         ++at;
-    const std::size_t digits = at;
-    const std::uint64_t largest = static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0);
+    const char *const digits = at;
+    constexpr std::ptrdiff_t never_too_large = 18; // digits
+    const char *const careful = end - at > never_too_large ? at + never_too_large : end;
     std::uint64_t magnitude = 0;
-    for (; at < t.size() && is_digit(t[at]); ++at) {
-        const auto digit = static_cast<std::uint64_t>(t[at] - '0');
+    for (; at != careful && is_digit(*at); ++at)
+        magnitude = magnitude * 10 + static_cast<std::uint64_t>(*at - '0');
+    const std::uint64_t largest = static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0);
+    for (; at != end && is_digit(*at); ++at) {
+        const auto digit = static_cast<std::uint64_t>(*at - '0');
         magnitude = magnitude > (largest - digit) / 10 ? largest : magnitude * 10 + digit;
     }
     if (at == digits)
         return {0, 0};
     const auto low = static_cast<std::uint32_t>(magnitude);
-    return {static_cast<int>(negative ? 0U - low : low), at};
+    return {static_cast<int>(negative ? 0U - low : low), static_cast<std::size_t>(at - t.data())};
 }
 
 // Reads a number as atoi does: 0 when there is none.

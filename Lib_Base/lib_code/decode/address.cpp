@@ -58,9 +58,10 @@ void decode_escapes(char *s) {
     *to = '\0';
 }
 
-void store_user(char (&user)[32], text value) {
-    store(user, value);
-    decode_escapes(user);
+void store_user(const decode_notes &notes, char (&user)[32], text value) {
+    notes.store(user, value);
+    if (contains(value, '%'))
+        decode_escapes(user);
 }
 
 // Parameters of the user part ("123;cpc=ordinary@10.0.0.1") are taken out, into scratch when there are any.
@@ -75,24 +76,26 @@ text without_user_parameters(text uri, char (&scratch)[longest_value + 1]) {
     return {scratch, name.before.size() + host.size()};
 }
 
-void read_tag(text value, char (&tag)[128]) {
+void read_tag(const message &msg, text value, char (&tag)[128]) {
     const parts found = cut_at(tag_name, value);
     if (found.found)
-        store(tag, cut_at(';', found.after).before);
+        msg.store(tag, cut_at(';', found.after).before);
 }
 
 // Reads an address whose URI ends at its first ";".
 template <class Member>
-uri_kind read_address(text uri, Member &member) {
-    return Parse_Uri(cut_at(';', uri).before, member.user, member.addr);
+uri_kind read_address(const message &msg, text uri, Member &member) {
+    return Parse_Uri(msg, cut_at(';', uri).before, member.user, member.addr);
 }
 
 // First 255 characters of a value; a missing one reads as an empty text.
-text value_or_empty(text value) { return value.data() == nullptr ? text("") : at_most(longest_value, value); }
+text value_or_empty(const message &msg, text value) {
+    return value.data() == nullptr ? text("") : msg.within(longest_value, value);
+}
 
 } // namespace
 
-uri_kind Parse_Uri(text uri, char (&user)[32], IPV4_ADDRESS &addr) {
+uri_kind Parse_Uri(const decode_notes &notes, text uri, char (&user)[32], IPV4_ADDRESS &addr) {
     if (uri.data() == nullptr)
         return no_uri;
     if (starts_nocase(uri, "sip:")) {
@@ -101,8 +104,8 @@ uri_kind Parse_Uri(text uri, char (&user)[32], IPV4_ADDRESS &addr) {
         const parts host_port = cut_at(':', user_host.found ? user_host.after : rest);
         addr.port = host_port.found ? to_int(host_port.after) : default_port;
         if (user_host.found)
-            store_user(user, user_host.before);
-        store(addr.ip, host_port.before);
+            store_user(notes, user, user_host.before);
+        notes.store(addr.ip, host_port.before);
         return sip_uri;
     }
     if (!starts_nocase(uri, "tel:"))
@@ -110,33 +113,33 @@ uri_kind Parse_Uri(text uri, char (&user)[32], IPV4_ADDRESS &addr) {
     // Any other scheme is read as if it had four characters too.
     const text rest = cut_at(';', drop(4, uri)).before;
     const parts user_host = cut_at('@', rest);
-    store_user(user, user_host.found ? user_host.after : rest);
+    store_user(notes, user, user_host.found ? user_host.after : rest);
     return other_uri;
 }
 
 void Parse_PCalledPartyID(SIP_FROMTO *callparty, const message &msg) {
-    const text value = at_most(longest_value, msg.value(header::p_called_party_id));
+    const text value = msg.within(longest_value, msg.value(header::p_called_party_id));
     if (value.data() != nullptr)
-        read_address(Parse_Brackets(value), *callparty);
+        read_address(msg, Parse_Brackets(value), *callparty);
 }
 
 void Parse_From(SIP_FROMTO *from, const message &msg) {
-    const text value = value_or_empty(msg.filled_value(header::from, header::compact_from));
+    const text value = value_or_empty(msg, msg.filled_value(header::from, header::compact_from));
     char scratch[longest_value + 1];
-    read_address(without_user_parameters(Parse_Brackets(value), scratch), *from);
-    read_tag(value, from->tag);
+    read_address(msg, without_user_parameters(Parse_Brackets(value), scratch), *from);
+    read_tag(msg, value, from->tag);
 }
 
 void Parse_To(SIP_FROMTO *to, const message &msg) {
-    const text value = value_or_empty(msg.filled_value(header::to, header::compact_to));
-    to->flag = read_address(Parse_Brackets(value), *to);
-    read_tag(value, to->tag);
+    const text value = value_or_empty(msg, msg.filled_value(header::to, header::compact_to));
+    to->flag = read_address(msg, Parse_Brackets(value), *to);
+    read_tag(msg, value, to->tag);
 }
 
 void Parse_Contact(SIP_CONTACT *contact, const message &msg) {
-    const text value = at_most(longest_value, msg.value(header::contact, header::compact_contact));
+    const text value = msg.within(longest_value, msg.value(header::contact, header::compact_contact));
     if (value.data() != nullptr)
-        read_address(Parse_Brackets(value), *contact);
+        read_address(msg, Parse_Brackets(value), *contact);
 }
 
 } // namespace sipcode

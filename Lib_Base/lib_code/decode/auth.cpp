@@ -12,6 +12,7 @@
 
 #include "decoders.h"
 #include "host.h"
+#include "output.h"
 
 namespace sipcode {
 namespace {
@@ -30,32 +31,30 @@ class quoted_value {
     explicit quoted_value(text t) {
         const parts before_quote = cut_at('"', t);
         const parts quoted = cut_at('"', before_quote.after);
-        append(before_quote.before);
-        append(quoted.before);
+        before = before_quote.before;
+        between = quoted.before;
         if (!quoted.found)
             return;
-        const std::size_t comma_before = before_quote.before.find(',');
-        const std::size_t comma = quoted.before.find(',');
-        width = comma_before != text::npos
-                    ? comma_before
-                    : before_quote.before.size() + (comma != text::npos ? comma : quoted.before.size());
+        const parts before_comma = cut_at(',', before);
+        width = before_comma.before.size() + (before_comma.found ? 0 : cut_at(',', between).before.size());
     }
 
-    text value() const { return {kept, length}; }
+    // The text on both sides of the first quote, nearly always the one behind it; joined in scratch when both are there.
+    text value(char (&scratch)[longest_credentials + 1]) const {
+        if (before.empty() || between.empty())
+            return before.empty() ? between : before;
+        writer joined(scratch, sizeof scratch);
+        joined.append(before);
+        joined.append(between);
+        return {scratch, joined.length()};
+    }
 
     // How far the scan skips: the value's length, or the place of its first comma, or 0 when it was not quoted.
     std::size_t skip() const { return width; }
 
   private:
-    void append(text t) {
-        const text fitting = at_most(sizeof kept - length, t);
-        if (!fitting.empty())
-            std::memcpy(kept + length, fitting.data(), fitting.size());
-        length += fitting.size();
-    }
-
-    char kept[127];
-    std::size_t length = 0;
+    text before;
+    text between;
     std::size_t width = 0;
 };
 
@@ -71,7 +70,10 @@ text first_algorithm(text list) {
 
 // True when the name that ends before `end` is `name`, which includes its "=".
 bool name_ends_at(text header, std::size_t end, std::size_t scan_from, const nocase &name) {
-    if (end - scan_from < name.size() || !name.begins(header.data() + end - name.size()))
+    const char last_letter = text(name)[name.size() - 2];
+    if (end - scan_from < name.size() || lower(header[end - 2]) != last_letter)
+        return false;
+    if (!name.begins(header.data() + end - name.size()))
         return false;
     // "nonce=" that ends "cnonce=" is another parameter.
     const std::size_t begin = end - name.size();
@@ -92,45 +94,51 @@ std::size_t read_stale(text value, int &stale) {
 template <class Record>
 struct text_parameter {
     nocase name;
-    void (*store_value)(Record &record, text value);
+    void (*store_value)(const message &msg, Record &record, text value);
 };
 
 constexpr text_parameter<SIP_AUTHOR> credential_parameters[] = {
-    {"username=", [](SIP_AUTHOR &author, text value) { store(author.username, value); }},
-    {"realm=", [](SIP_AUTHOR &author, text value) { store(author.realm, value); }},
-    {"nonce=", [](SIP_AUTHOR &author, text value) { store(author.nonce, value); }},
-    {"uri=", [](SIP_AUTHOR &author, text value) { store(author.uri, value); }},
-    {"response=", [](SIP_AUTHOR &author, text value) { store(author.response, value); }},
-    {"algorithm=", [](SIP_AUTHOR &author, text value) { store(author.algorithm, first_algorithm(value)); }},
+    {"username=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.username, value); }},
+    {"realm=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.realm, value); }},
+    {"nonce=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.nonce, value); }},
+    {"uri=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.uri, value); }},
+    {"response=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.response, value); }},
+    {"algorithm=",
+     [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.algorithm, first_algorithm(value)); }},
 };
 
 constexpr text_parameter<SIP_AUTHEN> challenge_parameters[] = {
-    {"realm=", [](SIP_AUTHEN &authen, text value) { store(authen.realm, value); }},
-    {"nonce=", [](SIP_AUTHEN &authen, text value) { store(authen.nonce, value); }},
-    {"algorithm=", [](SIP_AUTHEN &authen, text value) { store(authen.algorithm, first_algorithm(value)); }},
-    {"qop=", [](SIP_AUTHEN &authen, text value) { store(authen.qop, value); }},
+    {"realm=", [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.realm, value); }},
+    {"nonce=", [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.nonce, value); }},
+    {"algorithm=",
+     [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.algorithm, first_algorithm(value)); }},
+    {"qop=", [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.qop, value); }},
 };
 
 constexpr text_parameter<NEXT_NONCE> info_parameters[] = {
-    {"nextnonce=", [](NEXT_NONCE &next, text value) { store(next.nonce, value); }},
+    {"nextnonce=", [](const message &msg, NEXT_NONCE &next, text value) { msg.store(next.nonce, value); }},
 };
 
 // Finds the parameters of a header value from `from` on. A name holds no "=" but its last character, so only the texts that
 // end in one are compared. Without a place for it, stale is a name like any other.
 template <class Record, std::size_t N>
-void scan_parameters(text value, std::size_t from, const text_parameter<Record> (&names)[N], Record &record,
-                     int *stale) {
-    for (std::size_t equals = value.find('=', from); equals != text::npos; equals = value.find('=', from)) {
-        const std::size_t begin = equals + 1;
+void scan_parameters(const message &msg, text value, std::size_t from, const text_parameter<Record> (&names)[N],
+                     Record &record, int *stale) {
+    for (;;) {
+        const parts name_value = cut_at('=', drop(from, value));
+        if (!name_value.found)
+            return;
+        const std::size_t begin = value.size() - name_value.after.size();
         const auto ends_here = [&](const nocase &name) { return name_ends_at(value, begin, from, name); };
         const auto known = std::find_if(std::begin(names), std::end(names),
                                         [&](const text_parameter<Record> &entry) { return ends_here(entry.name); });
         if (known != std::end(names)) {
-            const quoted_value found(drop(begin, value));
-            known->store_value(record, found.value());
+            char scratch[longest_credentials + 1];
+            const quoted_value found(name_value.after);
+            known->store_value(msg, record, found.value(scratch));
             from = begin + found.skip() + 1;
         } else if (stale != nullptr && ends_here("stale=")) {
-            from = begin + read_stale(drop(begin, value), *stale);
+            from = begin + read_stale(name_value.after, *stale);
         } else {
             from = begin;
         }
@@ -139,27 +147,27 @@ void scan_parameters(text value, std::size_t from, const text_parameter<Record> 
 
 // Credentials and challenges begin with a scheme name and a space; without the space there is nothing to read.
 template <class Record, std::size_t N>
-void scan_behind_scheme(text value, const text_parameter<Record> (&names)[N], Record &record) {
-    const std::size_t space = value.find(' ');
-    if (space != text::npos)
-        scan_parameters(value, space + 1, names, record, &record.stale);
+void scan_behind_scheme(const message &msg, text value, const text_parameter<Record> (&names)[N], Record &record) {
+    const parts scheme = cut_at(' ', value);
+    if (scheme.found)
+        scan_parameters(msg, value, scheme.before.size() + 1, names, record, &record.stale);
 }
 
-bool read_author(SIP_AUTHOR &author, text value, author_header type) {
+bool read_author(const message &msg, SIP_AUTHOR &author, text value, author_header type) {
     if (value.empty())
         return false;
     author.use = 1;
     author.author_type = type;
-    scan_behind_scheme(at_most(longest_credentials, value), credential_parameters, author);
+    scan_behind_scheme(msg, msg.within(longest_credentials, value), credential_parameters, author);
     return true;
 }
 
-bool read_authen(SIP_AUTHEN &authen, text value, authen_header type) {
+bool read_authen(const message &msg, SIP_AUTHEN &authen, text value, authen_header type) {
     if (value.empty())
         return false;
     authen.use = 1;
     authen.authen_type = type;
-    scan_behind_scheme(at_most(longest_challenge, value), challenge_parameters, authen);
+    scan_behind_scheme(msg, msg.within(longest_challenge, value), challenge_parameters, authen);
     return true;
 }
 
@@ -173,19 +181,19 @@ void Parse_Author(SIP_AUTHOR *pauthor, const message &msg) {
     store(pauthor->response, {});
     store(pauthor->algorithm, {});
     pauthor->stale = -1;
-    if (!read_author(*pauthor, msg.value(header::authorization), authorization_header))
-        read_author(*pauthor, msg.value(header::proxy_authorization), proxy_authorization_header);
+    if (!read_author(msg, *pauthor, msg.value(header::authorization), authorization_header))
+        read_author(msg, *pauthor, msg.value(header::proxy_authorization), proxy_authorization_header);
 }
 
 void Parse_Authen(SIP_AUTHEN *pauthen, const message &msg) {
-    if (!read_authen(*pauthen, msg.value(header::www_authenticate), www_authenticate_header))
-        read_authen(*pauthen, msg.value(header::proxy_authenticate), proxy_authenticate_header);
+    if (!read_authen(msg, *pauthen, msg.value(header::www_authenticate), www_authenticate_header))
+        read_authen(msg, *pauthen, msg.value(header::proxy_authenticate), proxy_authenticate_header);
 }
 
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, const message &msg) {
-    const text value = at_most(longest_info, msg.value(header::authentication_info));
+    const text value = msg.within(longest_info, msg.value(header::authentication_info));
     next_nonce->use = !value.empty();
-    scan_parameters(value, 0, info_parameters, *next_nonce, nullptr);
+    scan_parameters(msg, value, 0, info_parameters, *next_nonce, nullptr);
 }
 
 // --------------------------------------------------------------------------------- the older challenge decoders

@@ -62,11 +62,11 @@ void Parse_Info(SIP_INFO *info, message &msg) {
             return;
         }
         info->use = 1;
-        store(info->key, signal);
+        msg.store(info->key, signal);
     } else if (equals_nocase(type, "application/dtmf")) {
         msg.trim_body();
         info->use = 1;
-        store(info->key, msg.body());
+        msg.store(info->key, msg.body());
     }
 }
 
@@ -75,7 +75,20 @@ void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg) {
         return;
     SDP->use = 1;
     store(SDP->content, {});
-    Str_N_Copy(SDP->content, msg.body().data(), sizeof SDP->content - 1);
+    msg.copy_verbatim(SDP->content, msg.body());
+}
+
+// Message-Account and the counts are cut from copies by the host, so a long value of theirs has no place in the message.
+void Parse_Message_Summary(const decode_notes &notes, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary) {
+    if (pchMesseagSummary == nullptr || *pchMesseagSummary == '\0')
+        return;
+    if (const summary_line waiting(pchMesseagSummary, "Messages-Waiting: "); waiting.value() != nullptr)
+        notes.copy_verbatim(ptMsgSummary->messageswaiting, waiting.value());
+    if (const summary_line account(pchMesseagSummary, "Message-Account: "); account.value() != nullptr)
+        Parse_Uri(notes, account.value(), ptMsgSummary->account, ptMsgSummary->addr);
+    if (const summary_line counts(pchMesseagSummary, "Voice-Message:"); counts.value() != nullptr)
+        read_message_counts(counts.value(), *ptMsgSummary);
+    ptMsgSummary->use = 1;
 }
 
 } // namespace sipcode
@@ -86,14 +99,5 @@ void Parse_Info(SIP_INFO *info, SIP_MSG *psip_msg) {
 }
 
 void Parse_Message_Summary(MESSAGE_SUMMARY *ptMsgSummary, char *pchMesseagSummary) {
-    using namespace sipcode;
-    if (pchMesseagSummary == nullptr || *pchMesseagSummary == '\0')
-        return;
-    if (const summary_line waiting(pchMesseagSummary, "Messages-Waiting: "); waiting.value() != nullptr)
-        Str_N_Copy(ptMsgSummary->messageswaiting, waiting.value(), sizeof ptMsgSummary->messageswaiting - 1);
-    if (const summary_line account(pchMesseagSummary, "Message-Account: "); account.value() != nullptr)
-        Parse_Uri(account.value(), ptMsgSummary->account, ptMsgSummary->addr);
-    if (const summary_line counts(pchMesseagSummary, "Voice-Message:"); counts.value() != nullptr)
-        read_message_counts(counts.value(), *ptMsgSummary);
-    ptMsgSummary->use = 1;
+    sipcode::Parse_Message_Summary(sipcode::decode_notes(), ptMsgSummary, pchMesseagSummary);
 }

@@ -8,6 +8,11 @@
 
 namespace sipcode {
 
+// ---- driver.cpp
+
+// Decodes the text in split.data, terminated and length bytes long; the report may be null. 1, or -1 for a refused message.
+int decode(SIP_MSG &split, std::size_t length, SIP_CODE_MSG &record, SIP_DECODE_REPORT *report);
+
 // ---- scan.cpp
 
 // The text inside the first angle brackets outside a quoted string; the whole value when it has none or when a bracket or
@@ -27,7 +32,7 @@ int Parse_Cseq(SIP_CSEQ *pcseq, const message &msg);
 enum uri_kind { no_uri = 0, sip_uri = 1, other_uri = 2 };
 
 // Reads a URI into user, ip and port; a null slice writes nothing.
-uri_kind Parse_Uri(text uri, char (&user)[32], IPV4_ADDRESS &addr);
+uri_kind Parse_Uri(const decode_notes &notes, text uri, char (&user)[32], IPV4_ADDRESS &addr);
 
 // ---- route.cpp
 void Parse_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg);
@@ -92,6 +97,7 @@ void Parse_Sdp(SIP_SDP *SDP, const message &msg);
 
 // ---- body.cpp
 void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg);
+void Parse_Message_Summary(const decode_notes &notes, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary);
 
 // ---- scalar.cpp
 void Parse_Content_Type(SIP_CONTENT_TYPE *content_type, const message &msg);

@@ -29,8 +29,13 @@ void decode_start_line(const message &msg, SIP_CODE_MSG &record) {
     if (split.method == SIP_REQUEST_MSG_RESPONSE)
         split.method = response_kind(split.rlPart2);
     else
-        Parse_Uri(split.rlPart2, record.uri.user, record.uri.addr);
+        Parse_Uri(msg, split.rlPart2, record.uri.user, record.uri.addr);
     record.method = split.method;
+}
+
+int refuse_cseq(const message &msg) {
+    const char *const value = msg.value(header::cseq).data();
+    return msg.refuse(value != nullptr ? SIP_DECODE_BAD_CSEQ : SIP_DECODE_NO_CSEQ, "CSeq", value);
 }
 
 // Three or more Vias are counted and not read. False when there is none.
@@ -85,7 +90,7 @@ void decode_by_method(message &msg, SIP_CODE_MSG &record) {
     if (is_any_of(cseq_method, {SIP_REQUEST_MSG_MESSAGE, SIP_REQUEST_MSG_SUBCRIBE, SIP_REQUEST_MSG_NOTIFY}))
         Parse_Sdp_Sub_And_Msg(&record.msg_sdp, msg);
     if (method == SIP_REQUEST_MSG_NOTIFY)
-        Parse_Message_Summary(&record.message_summary, msg.split.content);
+        Parse_Message_Summary(msg, &record.message_summary, msg.split.content);
     Parse_Content_Type(&record.content, msg);
     if (cseq_method == SIP_REQUEST_MSG_INFO && method == SIP_REQUEST_MSG_INFO)
         Parse_Info(&record.info, msg);
@@ -97,11 +102,13 @@ void decode_by_method(message &msg, SIP_CODE_MSG &record) {
         Parse_Authen_Info(&record.authen.next_nonce, msg);
 }
 
-int decode(message &msg, SIP_CODE_MSG &record) {
+int decode_record(message &msg, SIP_CODE_MSG &record) {
     if (msg.header_lines() < 2) // the start line alone
-        return refused;
-    if (Parse_Callid(msg, &record) < 0 || Parse_Cseq(&record.cseq, msg) < 0)
-        return refused;
+        return msg.refuse(SIP_DECODE_NO_HEADER, "", nullptr);
+    if (Parse_Callid(msg, &record) < 0)
+        return msg.refuse(SIP_DECODE_NO_CALL_ID, "Call-ID", nullptr);
+    if (Parse_Cseq(&record.cseq, msg) < 0)
+        return refuse_cseq(msg);
     decode_start_line(msg, record);
 
     Parse_Record_Route(msg, &record);
@@ -116,7 +123,7 @@ int decode(message &msg, SIP_CODE_MSG &record) {
     Parse_RAck(&record.rack, msg);
     Parse_PCalledPartyID(&record.callparty, msg);
     if (!decode_vias(msg, record))
-        return refused;
+        return msg.refuse(SIP_DECODE_NO_VIA, "Via", nullptr);
     Parse_Supported(msg, &record);
     decode_rseq(msg, record);
     decode_expiry(msg, record);
@@ -142,15 +149,19 @@ int decode(message &msg, SIP_CODE_MSG &record) {
 }
 
 } // namespace
+
+int decode(SIP_MSG &split, std::size_t length, SIP_CODE_MSG &record, SIP_DECODE_REPORT *report) {
+    message msg(split, record, report);
+    if (SIP_Decode_Parse_Msg(msg, length) < 0)
+        return refused;
+    split.method = SIP_Decode_Parse_Method(text(split.rlPart1));
+    return decode_record(msg, record);
+}
+
 } // namespace sipcode
 
 int Sip_Decode(char *buf, SIP_CODE_MSG *pcode_msg) {
-    using namespace sipcode;
     SIP_MSG split; // the splitter sets all that is read of it
     Str_N_Copy(split.data, buf, sizeof split.data);
-    message msg(split, message::unsplit{});
-    if (SIP_Decode_Parse_Msg(msg) < 0)
-        return refused;
-    split.method = SIP_Decode_Parse_Method(text(split.rlPart1));
-    return decode(msg, *pcode_msg);
+    return sipcode::decode(split, std::strlen(split.data), *pcode_msg, nullptr);
 }

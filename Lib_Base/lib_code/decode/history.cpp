@@ -12,6 +12,7 @@
 namespace sipcode {
 namespace {
 
+constexpr std::size_t longest_value = 511;
 constexpr std::size_t cause_length = 3;
 
 void Parse_HistoryInfo_Cause(text entry, char (&cause)[16]) {
@@ -26,8 +27,8 @@ void Parse_History_info(const message &msg, SIP_CODE_MSG *pcode_msg) {
     const text value = msg.value(header::history_info);
     if (value.data() == nullptr)
         return;
-    char scratch[512];
-    ::Copy_String(scratch, value.data(), sizeof scratch);
+    char scratch[longest_value + 1];
+    store(scratch, msg.within(longest_value, value));
     char *cursor = scratch;
     const auto is_free = [](const SIP_HISTORY_INFO &slot) { return slot.use == 0; };
     for (auto *slot = pcode_msg->history_info;; ++slot) {
@@ -39,7 +40,7 @@ void Parse_History_info(const message &msg, SIP_CODE_MSG *pcode_msg) {
             return;
         slot->use = 1;
         Parse_HistoryInfo_Cause(entry, slot->cause);
-        Parse_Uri(entry, slot->user, slot->addr);
+        Parse_Uri(msg, entry, slot->user, slot->addr);
     }
 }
 

@@ -4,11 +4,22 @@
 #include <cstdint>
 
 #include "decode.h"
+#include "notes.h"
 #include "text.h"
 
 namespace sipcode {
 
 inline constexpr int max_lines = 64; // entries of SIP_MSG.header and of SIP_MSG.line
+
+// Bit i stands for line i.
+using line_set = std::uint64_t;
+
+// Takes the first line out of a set that is not empty.
+inline int take_first(line_set &lines) {
+    const int first = std::countr_zero(lines);
+    lines &= lines - 1;
+    return first;
+}
 
 // Every header name that a decoder looks up, compact forms included.
 enum class header : std::uint8_t {
@@ -60,11 +71,11 @@ enum class header : std::uint8_t {
 inline constexpr std::size_t header_count = static_cast<std::size_t>(header::compact_via) + 1;
 
 // A message that SIP_Decode_Parse_Msg split, or one that the host did.
-class message {
+class message : public decode_notes {
   public:
-    // Over a message that is still to be split.
-    struct unsplit {};
-    message(SIP_MSG &storage, unsplit) : split(storage) {}
+    // Over a message that is still to be split, into record; the report may be null.
+    message(SIP_MSG &storage, const SIP_CODE_MSG &record, SIP_DECODE_REPORT *decode_report)
+        : decode_notes(storage, record, decode_report), split(storage) {}
 
     // Over a message that the host split.
     explicit message(SIP_MSG &host_split);
@@ -82,7 +93,7 @@ class message {
     // Its data is terminated at its end.
     text value(header name) const {
         const int line = first_line[static_cast<std::size_t>(name)] - 1;
-        return line < 0 ? text() : value_of(header_line(line));
+        return line < 0 ? text() : drop(value_begin[line], header_line(line));
     }
 
     // The same, by the full name or, when there is no such line, by the compact form.
@@ -97,6 +108,10 @@ class message {
         return full.empty() ? value(compact) : full;
     }
 
+    // Lines that count by how they begin, whether or not a header name ends there.
+    line_set via_lines() const { return vias; }
+    line_set record_route_lines() const { return record_routes; }
+
     // The body as received.
     text body() const { return {split.content, content_length}; }
 
@@ -106,21 +121,23 @@ class message {
     SIP_MSG &split;
 
   private:
-    friend int SIP_Decode_Parse_Msg(message &msg);
+    friend int SIP_Decode_Parse_Msg(message &msg, std::size_t length);
 
-    static text value_of(text line) { return skip_blanks(cut_at(':', line).after); }
     void index_headers();
 
-    // Only the lengths of counted lines are ever set: a decode does not pay for entries that it does not use.
+    // Only the entries of counted lines are ever set: a decode does not pay for those that it does not use.
     unsigned header_length[max_lines];
+    unsigned value_begin[max_lines]; // in a line that first_line names
     unsigned body_length[max_lines];
     std::uint8_t first_line[header_count] = {}; // 1 + the line on which a header stands first, 0 when on none
+    line_set vias = 0;
+    line_set record_routes = 0;
     int header_line_count = 0;
     int body_line_count = 0;
     std::size_t content_length = 0;
 };
 
-// Splits the text in msg.split.data, terminated and size bytes long. 0 when it has an acceptable start line, else -1.
-int SIP_Decode_Parse_Msg(message &msg);
+// Splits the text in msg.split.data, terminated and length bytes long. 0 when it has an acceptable start line, else -1.
+int SIP_Decode_Parse_Msg(message &msg, std::size_t length);
 
 } // namespace sipcode

@@ -8,35 +8,27 @@
 // Three or more Record-Route lines are left alone.
 #include "decoders.h"
 #include "host.h"
+#include "output.h"
 
 namespace sipcode {
 namespace {
 
 constexpr std::size_t longest_line = 255;
 
-bool is_record_route_line(text line) { return starts_nocase(line, "Record-Route"); }
-
-int SIP_Decode_Judge_RecordRoute_Count(const message &msg) {
-    int count = 0;
-    for (int i = 0; i < msg.header_lines(); ++i)
-        count += is_record_route_line(msg.header_line(i));
-    return count;
-}
+int SIP_Decode_Judge_RecordRoute_Count(const message &msg) { return std::popcount(msg.record_route_lines()); }
 
 void Decode_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
     const text value = msg.value(header::record_route);
     if (value.data() == nullptr)
         return;
     pcode_msg->record_route.use = 1;
-    Str_N_Copy(pcode_msg->record_route.content, value.data(), sizeof pcode_msg->record_route.content - 1);
+    msg.copy_verbatim(pcode_msg->record_route.content, value);
 }
 
 // The last of the lines, behind its colon and the one blank that is taken to stand there.
 text second_route(const message &msg) {
-    int last = msg.header_lines() - 1;
-    while (!is_record_route_line(msg.header_line(last)))
-        --last;
-    return drop(1, cut_at(':', at_most(longest_line, msg.header_line(last))).after);
+    const int last = max_lines - 1 - std::countl_zero(msg.record_route_lines());
+    return drop(1, cut_at(':', msg.within(longest_line, msg.header_line(last))).after);
 }
 
 // A response that sets up a dialog lists the routes from the far end; requests need them from the near one.
@@ -45,17 +37,17 @@ bool routes_are_reversed(int method, int cseq_method) {
            (method == SIP_RESPONSE_MSG_200_OK && cseq_method == SIP_REQUEST_MSG_INVITE);
 }
 
+// first may stand in the member itself.
 template <std::size_t N>
-void store_joined(char (&member)[N], text first, text second) {
-    char joined[N];
-    store(joined, first);
-    if (first.size() < N - 1) {
-        joined[first.size()] = ',';
-        const text kept = at_most(N - 2 - first.size(), second);
-        if (!kept.empty())
-            std::memcpy(joined + first.size() + 1, kept.data(), kept.size());
-    }
-    store(member, text(joined));
+void store_joined(const message &msg, char (&member)[N], text first, text second) {
+    char scratch[N];
+    writer joined(scratch, sizeof scratch);
+    joined.append(first);
+    joined.append(",");
+    joined.append(second);
+    store(member, {scratch, joined.length()});
+    if (const std::size_t length = first.size() + 1 + second.size(); length >= N)
+        msg.note_cut(member, {second.data(), length}, N - 1);
 }
 
 int CompareSupportedString(const char *pSupported) {
@@ -83,9 +75,9 @@ void Parse_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
     const text second = second_route(msg);
     routes.use = 1;
     if (routes_are_reversed(msg.split.method, pcode_msg->cseq.method))
-        store_joined(routes.content, second, first);
+        store_joined(msg, routes.content, second, first);
     else
-        store_joined(routes.content, first, second);
+        store_joined(msg, routes.content, first, second);
 }
 
 int Parse_Supported(const message &msg, SIP_CODE_MSG *pcode_msg) {
@@ -98,7 +90,7 @@ int Parse_Supported(const message &msg, SIP_CODE_MSG *pcode_msg) {
     constexpr int slots = sizeof supported.supported_type / sizeof supported.supported_type[0];
     char tags[sizeof supported.SUPPORTED] = {};
     Str_N_Copy(tags, value.data(), sizeof tags - 1);
-    Str_N_Copy(supported.SUPPORTED, value.data(), sizeof supported.SUPPORTED - 1);
+    msg.copy_verbatim(supported.SUPPORTED, value);
     supported.use = 1;
 
     char *cursor = tags;

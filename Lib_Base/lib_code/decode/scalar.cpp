@@ -9,6 +9,7 @@
 // Verbatim texts go through the host's Str_N_Copy, which counts the terminator: most members keep one character fewer than
 // they could hold.
 #include "decoders.h"
+#include "host.h"
 #include "log.h"
 #include "methods.h"
 
@@ -28,36 +29,32 @@ constexpr std::size_t longest_contact = 255;
 
 // Copies a value into a text member. False, and nothing is written, when there is none.
 template <int N>
-bool copy_verbatim(char (&member)[N], text value, int bound = N - 1) {
+bool copy_if_any(const message &msg, char (&member)[N], text value, int bound = N - 1) {
     if (value.data() == nullptr)
         return false;
-    Str_N_Copy(member, value.data(), bound);
+    msg.copy_verbatim(member, value, bound);
     return true;
 }
 
 // The same for a member whose record has a presence flag, which then becomes 1.
 template <class Record, int N>
-bool copy_present(Record &record, char (&member)[N], text value, int bound = N - 1) {
-    const bool present = copy_verbatim(member, value, bound);
+bool copy_present(const message &msg, Record &record, char (&member)[N], text value, int bound = N - 1) {
+    const bool present = copy_if_any(msg, member, value, bound);
     if (present)
         record.use = 1;
     return present;
 }
 
 // A number of seconds, of which at most 63 characters are looked at.
-class seconds_text {
-  public:
-    explicit seconds_text(text value) { store(buffer, value); }
-    int value() const { return Str_Atoi(buffer); }
-
-  private:
-    char buffer[64];
-};
+int seconds(const message &msg, text value) {
+    constexpr std::size_t longest = 63;
+    return Str_Atoi(terminated<longest>(msg.within(longest, value)).c_str());
+}
 
 } // namespace
 
 int Parse_Callid(const message &msg, SIP_CODE_MSG *pcode_msg) {
-    if (copy_verbatim(pcode_msg->callid, msg.value(header::call_id, header::compact_call_id)))
+    if (copy_if_any(msg, pcode_msg->callid, msg.value(header::call_id, header::compact_call_id)))
         return found;
     SIPCODE_TRACE(0, "Decode CALL-ID; CALL-ID = %s", absent);
     return not_found;
@@ -80,16 +77,16 @@ int Parse_Cseq(SIP_CSEQ *pcseq, const message &msg) {
 }
 
 void Parse_Service_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
-    copy_present(pcode_msg->service_route, pcode_msg->service_route.content, msg.value(header::service_route));
+    copy_present(msg, pcode_msg->service_route, pcode_msg->service_route.content, msg.value(header::service_route));
 }
 
 int Parse_Korvadex(const message &msg, SIP_CODE_MSG *pcode_msg) {
-    return copy_verbatim(pcode_msg->korvadex, msg.value(header::korvadex_extern)) ? found : not_found;
+    return copy_if_any(msg, pcode_msg->korvadex, msg.value(header::korvadex_extern)) ? found : not_found;
 }
 
 int Parse_Korvadex_Trunk(const message &msg, SIP_CODE_MSG *pcode_msg) {
     const text value = msg.value(header::korvadex, header::korvadex_extern);
-    return copy_verbatim(pcode_msg->korvadex_trunk, value) ? found : not_found;
+    return copy_if_any(msg, pcode_msg->korvadex_trunk, value) ? found : not_found;
 }
 
 void Parse_Forwards(int *forward, const message &msg) {
@@ -104,7 +101,8 @@ void Parse_Forwards(int *forward, const message &msg) {
 }
 
 int Parse_Require(const message &msg, SIP_CODE_MSG *pcode_msg) {
-    return copy_present(pcode_msg->require, pcode_msg->require.REQUIRE, msg.value(header::require)) ? found : not_found;
+    return copy_present(msg, pcode_msg->require, pcode_msg->require.REQUIRE, msg.value(header::require)) ? found
+                                                                                                         : not_found;
 }
 
 int Parse_RAck(SIP_RACK *prack_msg, const message &msg) {
@@ -140,45 +138,45 @@ void Parse_Expires(int *expiry, const message &msg) {
 }
 
 void Parse_Alert(SIP_ALERT *palert, const message &msg) {
-    copy_present(*palert, palert->alertinfo, msg.value(header::alert_info));
+    copy_present(msg, *palert, palert->alertinfo, msg.value(header::alert_info));
 }
 
 int Parse_Event(SIP_EVENT *pEvent, const message &msg) {
-    return copy_present(*pEvent, pEvent->content, msg.value(header::event)) ? found : not_found;
+    return copy_present(msg, *pEvent, pEvent->content, msg.value(header::event)) ? found : not_found;
 }
 
 void Parse_Date(const message &msg, SIP_CODE_MSG *pcode_msg) {
-    copy_present(pcode_msg->date, pcode_msg->date.datetime, msg.value(header::date));
+    copy_present(msg, pcode_msg->date, pcode_msg->date.datetime, msg.value(header::date));
 }
 
 void Parse_Replaces(const message &msg, SIP_CODE_MSG *pcode_msg) {
-    copy_present(pcode_msg->replaces, pcode_msg->replaces.content, msg.value(header::replaces));
+    copy_present(msg, pcode_msg->replaces, pcode_msg->replaces.content, msg.value(header::replaces));
 }
 
 void Parse_ReferredBy(const message &msg, SIP_CODE_MSG *pcode_msg) {
-    copy_present(pcode_msg->referred_by, pcode_msg->referred_by.content, msg.value(header::referred_by));
+    copy_present(msg, pcode_msg->referred_by, pcode_msg->referred_by.content, msg.value(header::referred_by));
 }
 
 void Parse_Subscription_State(const message &msg, SIP_CODE_MSG *pcode_msg) {
     SIP_SUBSCRIPTION_STATE &state = pcode_msg->subscription_state;
-    copy_present(state, state.content, msg.value(header::subscription_state));
+    copy_present(msg, state, state.content, msg.value(header::subscription_state));
 }
 
 void Parse_User_Agent(const message &msg, SIP_CODE_MSG *pcode_msg) {
-    copy_present(pcode_msg->user_agent, pcode_msg->user_agent.useragent, msg.value(header::user_agent));
+    copy_present(msg, pcode_msg->user_agent, pcode_msg->user_agent.useragent, msg.value(header::user_agent));
 }
 
 void Parse_Session_Expires(SIP_SESSION_EXPIRES *psessionexpires, const message &msg) {
     const text value = msg.value(header::session_expires, header::compact_session_expires);
     if (value.data() == nullptr)
         return;
-    char scratch[64];
-    store(scratch, value);
-    const parts interval = cut_at(';', text(scratch));
+    constexpr std::size_t longest = 63;
+    const terminated<longest> scratch(msg.within(longest, value));
+    const parts interval = cut_at(';', scratch.whole());
     psessionexpires->use = 1;
-    psessionexpires->sessionexpires = seconds_text(interval.before).value();
+    psessionexpires->sessionexpires = seconds(msg, interval.before);
     if (const parts parameter = cut_at('=', interval.after); parameter.found)
-        Str_N_Copy(psessionexpires->refresher, parameter.after.data(), sizeof psessionexpires->refresher);
+        msg.copy_verbatim(psessionexpires->refresher, parameter.after, sizeof psessionexpires->refresher);
 }
 
 void Parse_Min_Se(SIP_MIN_SE *pMinSe, const message &msg) {
@@ -186,7 +184,7 @@ void Parse_Min_Se(SIP_MIN_SE *pMinSe, const message &msg) {
     if (value.data() == nullptr)
         return;
     pMinSe->use = 1;
-    pMinSe->minse = seconds_text(value).value();
+    pMinSe->minse = seconds(msg, value);
 }
 
 void Parse_Min_Expires(SIP_MIN_EXPIRES *pMinExpires, const message &msg) {
@@ -194,7 +192,7 @@ void Parse_Min_Expires(SIP_MIN_EXPIRES *pMinExpires, const message &msg) {
     if (value.data() == nullptr)
         return;
     pMinExpires->use = 1;
-    pMinExpires->min_expires = seconds_text(value).value();
+    pMinExpires->min_expires = seconds(msg, value);
 }
 
 // Call-Info alone does not go through the host, and so keeps all 127 characters.
@@ -203,13 +201,13 @@ int Parse_Call_Info(const message &msg, SIP_CODE_MSG *pcode_msg) {
     if (value.data() == nullptr)
         return not_found;
     pcode_msg->call_info.use = 1;
-    store(pcode_msg->call_info.content, value);
+    msg.store(pcode_msg->call_info.content, value);
     return found;
 }
 
 void Parse_Content_Type(SIP_CONTENT_TYPE *content_type, const message &msg) {
     content_type->use = 0;
-    copy_present(*content_type, content_type->type, msg.value(header::content_type, header::compact_content_type),
+    copy_present(msg, *content_type, content_type->type, msg.value(header::content_type, header::compact_content_type),
                  sizeof content_type->type);
 }
 

@@ -32,6 +32,13 @@ constexpr static_payload static_payloads[] = {
     {8, G711_A}, {0, G711_U}, {18, G729}, {4, G723}, {3, GSM}, {2, G726}, {9, G722}, {5, DVI4}, {6, DVI4},
 };
 
+constexpr auto codecs_by_payload = [] {
+    std::array<e_codec, 19> codecs{};
+    for (const static_payload &known : static_payloads)
+        codecs[static_cast<std::size_t>(known.payload)] = known.codec;
+    return codecs;
+}();
+
 struct dynamic_encoding {
     nocase encoding; // clock rate included
     e_codec codec;
@@ -43,16 +50,19 @@ constexpr dynamic_encoding dynamic_encodings[] = {
 };
 
 e_codec codec_of_payload(int payload) {
-    for (const static_payload &known : static_payloads)
-        if (known.payload == payload)
-            return known.codec;
-    return UNKONW;
+    const auto place = static_cast<unsigned>(payload);
+    return place < codecs_by_payload.size() ? codecs_by_payload[place] : UNKONW;
 }
 
-e_codec codec_of_encoding(text encoding) {
-    for (const dynamic_encoding &known : dynamic_encodings)
-        if (equals_nocase(encoding, known.encoding))
+// The codec whose encoding is the next word of the line.
+e_codec codec_of_encoding(scanner items) {
+    items.white_space();
+    const text line = items.rest();
+    for (const dynamic_encoding &known : dynamic_encodings) {
+        const std::size_t length = known.encoding.size();
+        if (starts_nocase(line, known.encoding) && (line.size() == length || is_white_space(line[length])))
             return known.codec;
+    }
     return UNKONW;
 }
 
@@ -66,39 +76,56 @@ bool Parse_Sdp_Fonud(const message &msg) {
     return true;
 }
 
-// The value of a line of this type, behind leading blanks; empty when the line is another.
-text value_of_line(text line, char type) {
-    if (line.size() < 2 || lower(line[0]) != type || line[1] != '=')
-        return {};
-    return skip_blanks(drop(2, line));
+// The lines of each type that is read.
+struct session_lines {
+    line_set connection = 0; // c=
+    line_set media = 0;      // m=
+    line_set attributes = 0; // a=
+};
+
+session_lines sort_lines(const message &msg) {
+    session_lines sorted;
+    for (unsigned i = msg.split.sdp_start; i < msg.split.sdp_end; ++i) {
+        const text line = msg.body_line(static_cast<int>(i));
+        if (line.size() < 2 || line[1] != '=')
+            continue;
+        const line_set this_line = line_set{1} << i;
+        const char type = lower(line[0]);
+        if (type == 'a')
+            sorted.attributes |= this_line;
+        else if (type == 'm')
+            sorted.media |= this_line;
+        else if (type == 'c')
+            sorted.connection |= this_line;
+    }
+    return sorted;
 }
 
-// The next filled value of a line of this type at or behind `start`, which moves behind it; empty at the end.
-text Parse_Sdp_Iterate(unsigned &start, const message &msg, char type) {
-    while (start < msg.split.sdp_end) {
-        const text value = value_of_line(msg.body_line(static_cast<int>(start++)), type);
+// The next filled value of these lines, behind leading blanks, which leave the set up to it; empty at the end.
+text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
+    while (lines != 0) {
+        const text value = skip_blanks(drop(2, msg.body_line(take_first(lines))));
         if (!value.empty())
             return value;
     }
     return {};
 }
 
-// Calls read with the value of every line of this type, until it returns false. False when it did.
+// Calls read with the value of every one of these lines, until it returns false. False when it did.
 template <class Read>
-bool for_each_line(const message &msg, char type, Read read) {
-    unsigned next = msg.split.sdp_start;
-    for (text value = Parse_Sdp_Iterate(next, msg, type); !value.empty(); value = Parse_Sdp_Iterate(next, msg, type))
+bool for_each_line(line_set lines, const message &msg, Read read) {
+    for (text value = Parse_Sdp_Iterate(lines, msg); !value.empty(); value = Parse_Sdp_Iterate(lines, msg))
         if (!read(value))
             return false;
     return true;
 }
 
 // The address of "IN IP4 10.0.0.5"; empty for any other network or address type.
-text connection_host(text value) {
+text connection_host(const message &msg, text value) {
     scanner items(value);
     if (!items.literal("IN") || !items.white_space() || !items.literal("IP4"))
         return {};
-    return at_most(longest_host, items.word());
+    return msg.within(longest_host, items.word());
 }
 
 // ------------------------------------------------------------------------------------------------------- media lines
@@ -144,8 +171,8 @@ media_line read_media_line(text value, text media, int &port_count) {
 // What lives across all media lines of one description.
 class media_reader {
   public:
-    media_reader(SIP_SDP &target, const message &source, text connection)
-        : sdp(target), msg(source), host(connection) {}
+    media_reader(SIP_SDP &target, const message &source, line_set attribute_lines, text connection)
+        : sdp(target), msg(source), attributes(attribute_lines), host(connection) {}
 
     // False when the line ends the whole decoding.
     bool read(text value) {
@@ -168,7 +195,7 @@ class media_reader {
   private:
     void store_address(IPV4_ADDRESS &addr, int port) const {
         addr.port = port;
-        store(addr.ip, host);
+        msg.store(addr.ip, host);
     }
 
     bool read_audio(const media_line &line) {
@@ -219,12 +246,12 @@ class media_reader {
     // Dynamic codecs follow the static ones, whatever their place in the payload list and whichever section names them.
     void Parse_Sdp_Rtpmap(int index) {
         int entry = 0;
-        for_each_line(msg, 'a', [&](text value) {
+        for_each_line(attributes, msg, [&](text value) {
             scanner items(value);
             int payload = 0;
             if (!items.literal("rtpmap:") || !items.integer(payload))
                 return true;
-            const e_codec codec = codec_of_encoding(items.word());
+            const e_codec codec = codec_of_encoding(items);
             if (codec == UNKONW)
                 return true;
             if (index < max_audio_codecs)
@@ -241,6 +268,7 @@ class media_reader {
 
     SIP_SDP &sdp;
     const message &msg;
+    line_set attributes;
     text host;
     int audio_codecs = 0;
     int video_payloads = 0;
@@ -249,85 +277,101 @@ class media_reader {
 
 // ----------------------------------------------------------------------------------------------------- raw body text
 
-// A place in a body is told by its "=" alone, the rarest byte of what the body is searched for: "a=sendonly", "m=audio".
-// Calls visit(behind) with the text behind every "=" that follows this letter, until it returns true.
-template <class Visit>
-void for_each_assignment(text t, char letter, Visit visit) {
-    for (parts cut = cut_at('=', t); cut.found; cut = cut_at('=', cut.after))
-        if (!cut.before.empty() && cut.before.back() == letter && visit(cut.after))
-            return;
-}
-
-// The text behind the first "m=" and this medium; null when there is none.
-text find_media(text t, text medium) {
-    text found;
-    for_each_assignment(t, 'm', [&](text behind) {
-        const bool matches = behind.starts_with(medium);
-        if (matches)
-            found = drop(medium.size(), behind);
-        return matches;
-    });
-    return found;
-}
-
-enum direction { sendrecv = 0, sendonly = 1, recvonly = 2, inactive = 3 };
+enum direction { sendrecv = 0, sendonly = 1, recvonly = 2, inactive = 3, no_direction = 4 };
 
 // In the order of precedence.
 constexpr text direction_names[] = {"sendrecv", "sendonly", "recvonly", "inactive"};
 constexpr std::size_t direction_line_length = std::size("a=sendrecv\r\n") - 1;
 
-// What a text holds of the attributes that count wherever they stand.
-struct attributes {
-    text packet_time; // behind the first "a=ptime:", null when there is none
-    std::array<bool, std::size(direction_names)> has = {};
+// The direction that this text behind an "a=" begins with.
+direction direction_of(text behind) {
+    const auto begins_with = [behind](direction d) { return behind.starts_with(direction_names[d]); };
+    if (behind.starts_with("send"))
+        return begins_with(sendrecv) ? sendrecv : begins_with(sendonly) ? sendonly : no_direction;
+    return begins_with(recvonly) ? recvonly : begins_with(inactive) ? inactive : no_direction;
+}
+
+// The part of a body behind the first media line of a medium, up to the next media line.
+class media_section {
+  public:
+    explicit media_section(text wanted_medium) : medium(wanted_medium) {}
+
+    // A media line, told by what stands behind its "m=".
+    void see_media(text behind) {
+        if (found) {
+            if (behind.data() - media_mark >= begin && end == nullptr)
+                end = behind.data() - media_mark;
+        } else if (behind.starts_with(medium)) {
+            found = true;
+            if (const parts line = cut_at(line_end, behind); line.found)
+                begin = line.after.data();
+        }
+    }
+
+    void see_direction(const char *place) { directed |= begin != nullptr && place >= begin && end == nullptr; }
+
+    // Null without a whole such media line.
+    text of(text body) const {
+        const char *const last = end != nullptr ? end : body.data() + body.size();
+        return begin == nullptr ? text() : text(begin, static_cast<std::size_t>(last - begin));
+    }
+
+    bool has_direction() const { return directed; }
+
+  private:
+    static constexpr std::ptrdiff_t media_mark = 2; // characters of "m="
+
+    text medium;
+    bool found = false;
+    bool directed = false;
+    const char *begin = nullptr;
+    const char *end = nullptr;
+};
+
+// What counts in a body wherever it stands.
+struct body_marks {
+    text packet_time;               // behind the first "a=ptime:", null when there is none
+    direction media = no_direction; // the first in the order of precedence
     bool silence = false;
+    media_section audio{"audio"};
+    media_section video{"video"};
 
-    bool has_direction() const { return std::find(has.begin(), has.end(), true) != has.end(); }
-
-    // The first in the order of precedence, sendrecv when none is given.
-    int media() const {
-        const auto first = std::find(has.begin(), has.end(), true);
-        return first != has.end() ? static_cast<int>(first - has.begin()) : sendrecv;
+    void see_attribute(text behind) {
+        constexpr text packet_time_name = "ptime:";
+        if (const direction given = direction_of(behind); given != no_direction) {
+            media = std::min(media, given);
+            audio.see_direction(behind.data());
+        } else if (behind.starts_with(packet_time_name)) {
+            if (packet_time.data() == nullptr)
+                packet_time = drop(packet_time_name.size(), behind);
+        } else if (behind.starts_with("SilcenceSupp")) { // spelling is part of the interface
+            silence = true;
+        }
     }
 };
 
-attributes find_attributes(text t) {
-    attributes found;
-    for_each_assignment(t, 'a', [&found](text behind) {
-        constexpr text packet_time = "ptime:";
-        found.has[sendrecv] |= behind.starts_with("sendrecv");
-        found.has[sendonly] |= behind.starts_with("sendonly");
-        found.has[recvonly] |= behind.starts_with("recvonly");
-        found.has[inactive] |= behind.starts_with("inactive");
-        found.silence |= behind.starts_with("SilcenceSupp"); // spelling is part of the interface
-        if (found.packet_time.data() == nullptr && behind.starts_with(packet_time))
-            found.packet_time = drop(packet_time.size(), behind);
-        return false;
+// Every mark is told by its "=", the rarest byte of what a body is searched for, and the letter before it.
+body_marks find_marks(text body) {
+    body_marks marks;
+    for_each_byte(body.data(), body.size(), '=', [&](std::size_t place) {
+        const char letter = place == 0 ? '\0' : body[place - 1];
+        const text behind = drop(place + 1, body);
+        if (letter == 'a') {
+            marks.see_attribute(behind);
+        } else if (letter == 'm') {
+            marks.audio.see_media(behind);
+            marks.video.see_media(behind);
+        }
     });
-    return found;
+    return marks;
 }
 
-void Parse_Sdp_Audio_Media(SIP_SDP *SDP, const attributes &found) {
+void Parse_Sdp_Audio_Media(SIP_SDP *SDP, const body_marks &found) {
     if (found.packet_time.data() != nullptr) {
-        char digits[8]; // no more than two are read: 100 is taken as 10
-        store(digits, at_most(2, found.packet_time));
-        SDP->a_ptime = Str_Atoi(digits);
+        constexpr std::size_t longest = 2; // 100 is taken as 10
+        SDP->a_ptime = Str_Atoi(terminated<longest>(found.packet_time).c_str());
     }
-    SDP->a_media = found.media();
-}
-
-// The text behind the first media line of this medium, up to the next media line; null without a whole such line.
-text media_section(text body, text medium) {
-    const parts line = cut_at(line_end, find_media(body, medium));
-    if (!line.found)
-        return {};
-    const text behind = line.after;
-    std::size_t length = behind.size();
-    for_each_assignment(behind, 'm', [&](text next) {
-        length = static_cast<std::size_t>(next.data() - behind.data()) - 2;
-        return true;
-    });
-    return at_most(length, behind);
+    SDP->a_media = found.media == no_direction ? sendrecv : found.media;
 }
 
 constexpr std::size_t longest_section = sizeof SIP_SDP::a_content - 1;
@@ -341,37 +385,43 @@ text whole_lines(text section) {
     return at_most(at_most(room, section).rfind('\n') + 1, section); // without a line end: npos + 1, nothing
 }
 
-void Parse_Sdp_Video_Content(SIP_SDP *SDP, text body) {
-    const text section = media_section(body, "video");
+void store_section(const message &msg, char (&content)[longest_section + 1], text section, text kept) {
+    store(content, kept);
+    if (kept.size() < section.size())
+        msg.note_cut(content, section, kept.size());
+}
+
+void Parse_Sdp_Video_Content(SIP_SDP *SDP, const message &msg, const media_section &video) {
+    const text section = video.of(msg.body());
     if (section.data() == nullptr)
         return;
-    store(SDP->v_content, section.size() <= longest_section ? section : whole_lines(section));
+    store_section(msg, SDP->v_content, section, section.size() <= longest_section ? section : whole_lines(section));
     constexpr text address_mark = "IN IP4 ";
     if (const std::size_t at = section.find(address_mark); at != text::npos) {
         terminated scratch(drop(at, section));
         char *cursor = scratch.data();
         if (const char *const address = Str_Two_Tok(&cursor, address_mark.data(), line_end.data()); address != nullptr)
-            store(SDP->v_addr.ip, address);
+            msg.store(SDP->v_addr.ip, address);
     }
     std::printf("sdp video content=\n%s\n", SDP->v_content);
 }
 
 // The audio section travels with a direction, its own or the one that holds for the whole body. A section that is cut keeps
 // room for it.
-void Parse_Sdp_Vbd_Content(SIP_SDP *SDP, text body) {
-    const text section = media_section(body, "audio");
+void Parse_Sdp_Vbd_Content(SIP_SDP *SDP, const message &msg, const media_section &audio) {
+    const text section = audio.of(msg.body());
     if (section.data() == nullptr)
         return;
-    const bool fits = section.size() <= longest_section && find_attributes(section).has_direction();
+    const bool fits = section.size() <= longest_section && audio.has_direction();
     const text kept = fits ? section : whole_lines(section);
-    store(SDP->a_content, kept);
-    if (fits || find_attributes(kept).has_direction())
+    store_section(msg, SDP->a_content, section, kept);
+    if (fits || find_marks(kept).media != no_direction)
         return;
     writer direction_line(SDP->a_content + kept.size(), direction_line_length + 1);
     direction_line.line<"a=%s\r\n">(direction_names[SDP->a_media]);
 }
 
-void Parse_Sdp_Bypass_Content(SIP_SDP *SDP, const attributes &found) {
+void Parse_Sdp_Bypass_Content(SIP_SDP *SDP, const body_marks &found) {
     if (found.silence)
         SDP->fax_use = 2;
 }
@@ -401,7 +451,7 @@ constexpr fax_text fax_texts[] = {
     {"T38FaxUdpEC:", &FAX_INFO::T38FaxUdpEC},
 };
 
-void read_fax_attribute(text value, FAX_INFO &fax) {
+void read_fax_attribute(const message &msg, text value, FAX_INFO &fax) {
     for (const fax_number &known : fax_numbers)
         if (scanner items(value); items.literal(known.name) && items.integer(fax.*known.member))
             return;
@@ -410,7 +460,7 @@ void read_fax_attribute(text value, FAX_INFO &fax) {
         if (!items.literal(known.name))
             continue;
         if (const text word = items.word(); !word.empty())
-            store(fax.*known.member, word);
+            msg.store(fax.*known.member, word);
         return;
     }
 }
@@ -420,32 +470,32 @@ void read_fax_attribute(text value, FAX_INFO &fax) {
 void Parse_Sdp(SIP_SDP *SDP, const message &msg) {
     if (!Parse_Sdp_Fonud(msg))
         return;
-    unsigned first = msg.split.sdp_start;
-    const text connection = Parse_Sdp_Iterate(first, msg, 'c');
+    const session_lines lines = sort_lines(msg);
+    line_set connection_lines = lines.connection;
+    const text connection = Parse_Sdp_Iterate(connection_lines, msg);
     if (connection.empty()) {
         SIPCODE_TRACE(0, "Insufficient information for SDP ( c = '%s')", "");
         return;
     }
-    const text host = connection_host(connection);
+    const text host = connection_host(msg, connection);
     if (host.empty()) {
         SIPCODE_TRACE(0, "Invalid host in c= line, '%s'", connection.data());
         return;
     }
 
-    media_reader media(*SDP, msg, host);
-    if (!for_each_line(msg, 'm', [&](text value) { return media.read(value); }))
+    media_reader media(*SDP, msg, lines.attributes, host);
+    if (!for_each_line(lines.media, msg, [&](text value) { return media.read(value); }))
         return;
 
-    const text body = msg.body();
-    const attributes found = find_attributes(body);
+    const body_marks found = find_marks(msg.body());
     Parse_Sdp_Audio_Media(SDP, found);
-    Parse_Sdp_Video_Content(SDP, body);
-    Parse_Sdp_Vbd_Content(SDP, body);
+    Parse_Sdp_Video_Content(SDP, msg, found.video);
+    Parse_Sdp_Vbd_Content(SDP, msg, found.audio);
     Parse_Sdp_Bypass_Content(SDP, found);
 
     if (SDP->fax.udptlport > 0) {
-        for_each_line(msg, 'a', [&](text value) {
-            read_fax_attribute(value, SDP->fax);
+        for_each_line(lines.attributes, msg, [&](text value) {
+            read_fax_attribute(msg, value, SDP->fax);
             return true;
         });
     }

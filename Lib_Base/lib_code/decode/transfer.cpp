@@ -26,8 +26,8 @@ std::size_t find_nocase(text t, const nocase &wanted) {
 }
 
 // The URI of a Refer-To value, percent-decoded inside scratch.
-text decoded_uri(text value, char (&scratch)[longest_value + 1]) {
-    store(scratch, value);
+text decoded_uri(const message &msg, text value, char (&scratch)[longest_value + 1]) {
+    store(scratch, msg.within(longest_value, value));
     const text uri = Parse_Brackets(text(scratch));
     char *const begin = scratch + (uri.data() - scratch);
     begin[uri.size()] = '\0';
@@ -36,27 +36,27 @@ text decoded_uri(text value, char (&scratch)[longest_value + 1]) {
 }
 
 template <std::size_t N>
-void read_replaces_tag(text parameters, const nocase &name, char (&tag)[N]) {
+void read_replaces_tag(const message &msg, text parameters, const nocase &name, char (&tag)[N]) {
     const std::size_t at = find_nocase(parameters, name);
     if (at != text::npos)
-        store(tag, cut_at(';', cut_at('&', drop(at + name.size(), parameters)).before).before);
+        msg.store(tag, cut_at(';', cut_at('&', drop(at + name.size(), parameters)).before).before);
 }
 
-void read_replaces(text replaces, REFER_INFO &refer) {
+void read_replaces(const message &msg, text replaces, REFER_INFO &refer) {
     const parts dialog = cut_at(';', replaces);
-    store(refer.callid, dialog.before);
-    read_replaces_tag(dialog.after, "to-tag=", refer.refertotag);
-    read_replaces_tag(dialog.after, "from-tag=", refer.referfromtag);
+    msg.store(refer.callid, dialog.before);
+    read_replaces_tag(msg, dialog.after, "to-tag=", refer.refertotag);
+    read_replaces_tag(msg, dialog.after, "from-tag=", refer.referfromtag);
     refer.refermode = 1;
 }
 
 // User and host of a URI behind its scheme; one without "@" has neither.
-void read_user_and_host(text uri, char (&user)[32], char (&host)[24]) {
+void read_user_and_host(const message &msg, text uri, char (&user)[32], char (&host)[24]) {
     const parts user_host = cut_at('@', uri);
     if (!user_host.found)
         return;
-    store(user, user_host.before);
-    store(host, cut_at(':', cut_at(';', user_host.after).before).before);
+    msg.store(user, user_host.before);
+    msg.store(host, cut_at(':', cut_at(';', user_host.after).before).before);
 }
 
 } // namespace
@@ -68,13 +68,13 @@ int Parse_Refer_Info(REFER_INFO *refer_info, const message &msg) {
         return no_refer_to;
     }
     char scratch[longest_value + 1];
-    const text uri = decoded_uri(refer_to, scratch);
+    const text uri = decoded_uri(msg, refer_to, scratch);
     if (!starts_nocase(uri, scheme)) {
         SIPCODE_TRACE(0, "Can't transfer to non-sip: URI.  (Refer-to: %s)?", uri.data());
         return refer_to_not_sip;
     }
 
-    const text referred_by = at_most(longest_value, msg.value(header::referred_by));
+    const text referred_by = msg.within(longest_value, msg.value(header::referred_by));
     if (referred_by.empty()) {
         SIPCODE_TRACE(1, "Referred-By Header missing. Skipping transfer.");
         return no_referred_by;
@@ -89,10 +89,10 @@ int Parse_Refer_Info(REFER_INFO *refer_info, const message &msg) {
     if (!target.found)
         refer_info->refermode = 0;
     else if (starts_nocase(target.after, replaces_name))
-        read_replaces(drop(replaces_name.size(), target.after), *refer_info);
-    read_user_and_host(target.before, refer_info->refertotel, refer_info->refertoip);
+        read_replaces(msg, drop(replaces_name.size(), target.after), *refer_info);
+    read_user_and_host(msg, target.before, refer_info->refertotel, refer_info->refertoip);
     if (referrer_is_sip)
-        read_user_and_host(drop(scheme.size(), referrer), refer_info->referbytel, refer_info->referbyip);
+        read_user_and_host(msg, drop(scheme.size(), referrer), refer_info->referbytel, refer_info->referbyip);
     refer_info->use = 1;
     return transfer_decoded;
 }

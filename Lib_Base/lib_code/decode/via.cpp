@@ -18,16 +18,16 @@ constexpr std::size_t longest_via = 255;
 constexpr int default_port = 5060;
 constexpr text branch_name = "branch=";
 
-bool is_via_line(text line) { return starts_nocase(line, "Via") || starts_nocase(line, "v:"); }
-
-text via_value(const message &msg) { return at_most(longest_via, msg.filled_value(header::via, header::compact_via)); }
+text via_value(const message &msg) {
+    return msg.within(longest_via, msg.filled_value(header::via, header::compact_via));
+}
 
 text value_of_via_line(text line) { return drop(starts_nocase(line, "v:") ? 3 : 5, line); }
 
-void read_branch(text parameters, SIP_VIA &via) {
+void read_branch(const message &msg, text parameters, SIP_VIA &via) {
     const parts branch = cut_at(branch_name, parameters);
     if (branch.found)
-        store(via.branch, cut_at(';', branch.after).before);
+        msg.store(via.branch, cut_at(';', branch.after).before);
 }
 
 bool is_known_transport(text word) {
@@ -37,7 +37,7 @@ bool is_known_transport(text word) {
 
 // Reads transport and sent-by of the text before the first ";". Without a port in it, addr.port becomes port_if_none.
 // Returns the transport word when it is unknown, and then stores nothing.
-std::optional<text> read_sent_by(text head, SIP_VIA &via, int port_if_none) {
+std::optional<text> read_sent_by(const message &msg, text head, SIP_VIA &via, int port_if_none) {
     const parts words = cut_at(' ', head);
     if (!words.found)
         return std::nullopt;
@@ -45,38 +45,38 @@ std::optional<text> read_sent_by(text head, SIP_VIA &via, int port_if_none) {
         return words.before;
     const parts host_port = cut_at(':', skip_blanks(words.after));
     via.addr.port = host_port.found ? to_int(host_port.after) : port_if_none;
-    store(via.addr.ip, host_port.before);
+    msg.store(via.addr.ip, host_port.before);
     return std::nullopt;
 }
 
-void read_sent_by_or_log(text head, SIP_VIA &via, int port_if_none) {
-    if (const std::optional<text> unknown = read_sent_by(head, via, port_if_none))
+void read_sent_by_or_log(const message &msg, text head, SIP_VIA &via, int port_if_none) {
+    if (const std::optional<text> unknown = read_sent_by(msg, head, via, port_if_none))
         SIPCODE_TRACE(0, "Don't know how to respond via '%s'", terminated(*unknown).c_str());
 }
 
-void Parse_Via_Not_Branch(SIP_VIA *pvia, const message &msg) {
-    read_sent_by_or_log(via_value(msg), *pvia, default_port);
+void Parse_Via_Not_Branch(const message &msg, SIP_VIA *pvia, text value) {
+    read_sent_by_or_log(msg, value, *pvia, default_port);
 }
 
 // One whole Via line.
-void Parse_Via_Str(SIP_VIA *pvia, text value) {
+void Parse_Via_Str(const message &msg, SIP_VIA *pvia, text value) {
     const parts via = cut_at(';', value);
-    read_branch(via.after, *pvia);
-    read_sent_by_or_log(via.before, *pvia, pvia->addr.port);
+    read_branch(msg, via.after, *pvia);
+    read_sent_by_or_log(msg, via.before, *pvia, pvia->addr.port);
 }
 
 // The first Via line of a pair. When a comma follows its branch, the line holds the second Via too, behind its first comma:
 // whatever stands there, blanks included, is taken as a value.
-void Parse_Via_Str1(SIP_VIA *pvia, SIP_VIA *pvia1, text line) {
+void Parse_Via_Str1(const message &msg, SIP_VIA *pvia, SIP_VIA *pvia1, text line) {
     const parts via = cut_at(';', value_of_via_line(line));
     const parts branch = cut_at(branch_name, via.after);
     if (branch.found) {
         const parts joined = cut_at(',', branch.after);
         if (joined.found)
-            Parse_Via_Str(pvia1, cut_at(',', line).after);
-        store(pvia->branch, joined.found ? joined.before : cut_at(';', branch.after).before);
+            Parse_Via_Str(msg, pvia1, cut_at(',', line).after);
+        msg.store(pvia->branch, joined.found ? joined.before : cut_at(';', branch.after).before);
     }
-    if (const std::optional<text> unknown = read_sent_by(via.before, *pvia, pvia->addr.port))
+    if (const std::optional<text> unknown = read_sent_by(msg, via.before, *pvia, pvia->addr.port))
         MT_Log_Process(0, 1, -1, "Don't know how to respond via '%s'\n", terminated(*unknown).c_str());
 }
 
@@ -84,9 +84,8 @@ void Parse_Via_Str1(SIP_VIA *pvia, SIP_VIA *pvia1, text line) {
 
 int SIP_Decode_Judge_Via_Count(const message &msg) {
     int count = 0;
-    for (int i = 0; i < msg.header_lines(); ++i)
-        if (const text line = msg.header_line(i); is_via_line(line))
-            count += contains(line, ',') ? 2 : 1;
+    for (line_set lines = msg.via_lines(); lines != 0;)
+        count += contains(msg.header_line(take_first(lines)), ',') ? 2 : 1;
     return count;
 }
 
@@ -95,24 +94,21 @@ void Parse_Via(SIP_VIA *pvia, const message &msg) {
     const parts via = cut_at(';', value);
     if (!via.found) {
         SIPCODE_TRACE(0, "via is wrong, via '%s'", terminated(value).c_str());
-        Parse_Via_Not_Branch(pvia, msg);
+        Parse_Via_Not_Branch(msg, pvia, value);
         return;
     }
-    read_branch(via.after, *pvia);
-    read_sent_by_or_log(via.before, *pvia, default_port);
+    read_branch(msg, via.after, *pvia);
+    read_sent_by_or_log(msg, via.before, *pvia, default_port);
 }
 
 void Parse_Via_Pair(SIP_VIA *pvia1, SIP_VIA *pvia, const message &msg) {
     bool first = true;
-    for (int i = 0; i < msg.header_lines(); ++i) {
-        const text line = at_most(longest_via, msg.header_line(i));
-        if (!is_via_line(line))
-            continue;
+    for (line_set lines = msg.via_lines(); lines != 0; first = !first) {
+        const text line = msg.within(longest_via, msg.header_line(take_first(lines)));
         if (first)
-            Parse_Via_Str1(pvia1, pvia, line);
+            Parse_Via_Str1(msg, pvia1, pvia, line);
         else
-            Parse_Via_Str(pvia, value_of_via_line(line));
-        first = !first;
+            Parse_Via_Str(msg, pvia, value_of_via_line(line));
     }
     if (pvia->addr.port == 0)
         pvia->addr.port = default_port;

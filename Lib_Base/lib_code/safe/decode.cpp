@@ -1,0 +1,85 @@
+// SIP_Decode_Buffer: text by its length, from anyone, into a record that need not be clear.
+#include <algorithm>
+#include <cstddef>
+
+#include "decode/decoders.h"
+
+namespace sipcode {
+namespace {
+
+// Clears all that a reader of the record may look at: of the two texts as large as a message, the first character is enough.
+void clear(SIP_CODE_MSG &record) {
+    char *const begin = reinterpret_cast<char *>(&record);
+    const auto clear_from_to = [begin](std::size_t from, std::size_t to) { std::memset(begin + from, 0, to - from); };
+    constexpr std::size_t first = offsetof(SIP_CODE_MSG, xml_buf);
+    constexpr std::size_t second = offsetof(SIP_CODE_MSG, msg_sdp) + offsetof(SIP_MES_SDP, content);
+    static_assert(first < second);
+    clear_from_to(0, first + 1);
+    clear_from_to(first + sizeof record.xml_buf, second + 1);
+    clear_from_to(second + sizeof record.msg_sdp.content, sizeof record);
+}
+
+// Line and column of a place, counted from 1.
+void locate(text data, int at, int &line, int &column) {
+    line = 0;
+    column = 0;
+    if (at < 0)
+        return;
+    const text before = at_most(static_cast<std::size_t>(at), data);
+    line = 1 + static_cast<int>(std::count(before.begin(), before.end(), '\n'));
+    column = static_cast<int>(before.size() - (before.rfind('\n') + 1)) + 1; // npos + 1 is 0
+}
+
+// What is missing is missing where the header section ends: before the line end of its last line.
+int before_line_end(text data, int at) {
+    if (at > 0 && data[static_cast<std::size_t>(at) - 1] == '\n')
+        --at;
+    if (at > 0 && data[static_cast<std::size_t>(at) - 1] == '\r')
+        --at;
+    return at;
+}
+
+void locate_all(text data, SIP_DECODE_REPORT &report) {
+    const bool is_missing = report.outcome == SIP_DECODE_NO_HEADER || report.outcome == SIP_DECODE_NO_CALL_ID ||
+                            report.outcome == SIP_DECODE_NO_CSEQ || report.outcome == SIP_DECODE_NO_VIA;
+    if (is_missing)
+        report.at = before_line_end(data, report.at);
+    locate(data, report.at, report.line, report.column);
+    const int noted = std::min(report.cut_count, SIP_DECODE_CUTS);
+    std::for_each(report.cuts, report.cuts + noted,
+                  [data](SIP_DECODE_CUT &cut) { locate(data, cut.at, cut.line, cut.column); });
+}
+
+void start(SIP_DECODE_REPORT &report, SIP_DECODE_OUTCOME outcome) {
+    report.outcome = outcome;
+    report.header = "";
+    report.at = -1;
+    report.line = 0;
+    report.column = 0;
+    report.left_out = 0;
+    report.cut_count = 0;
+}
+
+} // namespace
+} // namespace sipcode
+
+int SIP_Decode_Buffer(const char *data, size_t length, SIP_CODE_MSG *record, SIP_DECODE_REPORT *report) {
+    using namespace sipcode;
+    SIP_DECODE_REPORT unseen;
+    SIP_DECODE_REPORT &told = report != nullptr ? *report : unseen;
+    start(told, data != nullptr && record != nullptr ? SIP_DECODE_DONE : SIP_DECODE_NULL_ARGUMENT);
+    if (told.outcome == SIP_DECODE_NULL_ARGUMENT)
+        return told.outcome;
+
+    SIP_MSG split; // the splitter sets all that is read of it
+    const std::size_t used = std::min(length, std::size_t{SIP_LONGEST_MESSAGE});
+    const text received(data, find_byte(data, used, '\0'));
+    std::memcpy(split.data, received.data(), received.size());
+    split.data[received.size()] = '\0';
+    told.left_out = received.size() == used && length > used && data[used] != '\0';
+    clear(*record);
+    decode(split, received.size(), *record, &told);
+    if (report != nullptr)
+        locate_all(received, told);
+    return told.outcome;
+}
