@@ -42,7 +42,7 @@ class Decoding {
 
     bool has_refused() const { return !refused_.empty(); }
 
-    // "3 messages in 17 packets: 1 decoded, 2 refused (1 no CSeq, 1 no Via); 1 malformed packet"
+    // "3 messages in 17 packets: 1 decoded, 2 refused (1 no CSeq, 1 no Via), 0 values cut; 1 malformed packet"
     std::string counts() const {
         std::string line = fmt::format("{} in {}{}", count_of(count_, "message"),
                                        packets_ == file_.packets() ? "" : fmt::format("{} of ", packets_),
@@ -54,9 +54,9 @@ class Decoding {
             reasons += fmt::format("{}{} {}", reasons.empty() ? "" : ", ", count, reason);
         }
         if (count_ != 0)
-            line += fmt::format(": {} decoded, {} refused", count_ - refused_count, refused_count);
-        if (refused_count != 0)
-            line += fmt::format(" ({})", reasons);
+            line +=
+                fmt::format(": {} decoded, {} refused{}, {} cut", count_ - refused_count, refused_count,
+                            refused_count == 0 ? "" : fmt::format(" ({})", reasons), count_of(cut_values_, "value"));
         if (messages_.malformed() != 0)
             line += fmt::format("; {}", count_of(messages_.malformed(), "malformed packet"));
         if (messages_.incomplete() != 0)
@@ -75,6 +75,7 @@ class Decoding {
             tell(fmt::format("{}: refused: {}", speaker, decoded.refusal));
             ++refused_[decoded.refusal];
         }
+        cut_values_ += static_cast<std::size_t>(decoded.cut_values);
         printer_.print(decoded, place, &message);
     }
 
@@ -86,6 +87,7 @@ class Decoding {
     Progress progress_;
     std::size_t packets_ = 0;
     std::size_t count_ = 0;
+    std::size_t cut_values_ = 0;
     std::map<std::string, std::size_t> refused_; // by reason
 };
 
