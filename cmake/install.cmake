@@ -1,10 +1,13 @@
-# What a package holds: libraries, public headers, a CMake config package and pkg-config files.
+# What a package holds: libraries, public headers, a CMake config package and pkg-config files. Three components:
+# sipcode_library for what runs, sipcode_development for what builds against it, sipcode_tool for the tool.
 include(CMakePackageConfigHelpers)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME sipcode_development)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/sipcode)
 
 install(TARGETS sipcode sipcode_static
     EXPORT sipcode-targets
+    LIBRARY COMPONENT sipcode_library NAMELINK_COMPONENT sipcode_development
     PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sipcode)
 install(EXPORT sipcode-targets NAMESPACE sipcode:: DESTINATION ${package_dir})
 
@@ -45,5 +48,5 @@ endif()
 
 if(TARGET sipcode_tool)
     set_target_properties(sipcode_tool PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-    install(TARGETS sipcode_tool)
+    install(TARGETS sipcode_tool COMPONENT sipcode_tool)
 endif()

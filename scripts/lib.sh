@@ -4,6 +4,8 @@
 packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev libspdlog-dev libpugixml-dev libpcap-dev
     libtins-dev)
 packages_test=("${packages_tool[@]}" libgtest-dev pkg-config scdoc)
+packages_bench=(build-essential cmake ninja-build libbenchmark-dev valgrind)
+packages_peers=(pkg-config libosip2-dev libre-dev libsofia-sip-ua-dev gnuplot-nox python3)
 
 # Installs those of the named packages that the machine lacks; says what to type where it may not.
 need_packages() {

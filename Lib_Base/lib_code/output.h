@@ -6,6 +6,9 @@
 // A format holds "%s" (a text member, a slice or a string), "%d" (an int or a long), "%02d" (an int from 0 to 99) and "%08x"
 // (an int). Nothing is ever written behind the room: what does not fit is cut, and the text in the buffer is always
 // terminated.
+//
+// A line whose longest form fits is written without looking at the room again, its members sixteen bytes at a time: this halves
+// the cost of a message. Any other line, and every line of a careful writer, is written piece by piece.
 #pragma once
 
 #include <array>
@@ -28,11 +31,15 @@ struct format_string {
 
 enum class conversion { none, string, decimal, two_digits, hexadecimal };
 
+// Where in its line a value stands: what a text may not hold there, lest it escape.
+enum class place { plain, quoted, bracketed, request_line };
+
 // A stretch of literal text and the conversion behind it.
 struct format_piece {
     std::size_t begin;
     std::size_t length;
     conversion value;
+    place where;
 };
 
 struct conversion_mark {
@@ -53,6 +60,19 @@ constexpr std::size_t count_conversions(text format) {
     return count;
 }
 
+// Where the value behind this beginning of a format stands.
+constexpr place place_behind(text beginning, text format) {
+    bool quoted = false;
+    bool bracketed = false;
+    for (const char c : beginning) {
+        quoted ^= c == '"';
+        bracketed = c == '<' || (bracketed && c != '>');
+    }
+    if (format.ends_with(" SIP/2.0\r\n"))
+        return place::request_line;
+    return quoted ? place::quoted : bracketed ? place::bracketed : place::plain;
+}
+
 // Cuts a format at its conversions; one that is none of them stays `none` and is refused when compiled.
 template <std::size_t Conversions>
 consteval std::array<format_piece, Conversions + 1> cut_format(text format) {
@@ -62,7 +82,7 @@ consteval std::array<format_piece, Conversions + 1> cut_format(text format) {
         std::size_t at = begin;
         while (format[at] != '%')
             ++at;
-        pieces[i] = {begin, at - begin, conversion::none};
+        pieces[i] = {begin, at - begin, conversion::none, place_behind(at_most(at, format), format)};
         for (const conversion_mark &known : conversion_marks) {
             if (drop(at, format).starts_with(known.mark)) {
                 pieces[i].value = known.value;
@@ -70,108 +90,194 @@ consteval std::array<format_piece, Conversions + 1> cut_format(text format) {
             }
         }
     }
-    pieces[Conversions] = {begin, format.size() - begin, conversion::none};
+    pieces[Conversions] = {begin, format.size() - begin, conversion::none, place::plain};
     return pieces;
 }
+
+template <format_string Format>
+inline constexpr auto pieces_of = cut_format<count_conversions(Format.whole())>(Format.whole());
 
 template <class Value>
 inline constexpr bool is_text = std::is_convertible_v<const Value &, text>;
 template <class Value>
 inline constexpr bool is_number = std::is_same_v<Value, int> || std::is_same_v<Value, long>;
 
+// Bytes that putting a value may write at most: of a text that is no member, what it takes. A member is put in blocks, of which
+// the last reaches behind its end; that is written over by what follows.
+inline constexpr std::size_t longest_number = 20;
+template <conversion Conversion, class Value>
+constexpr std::size_t longest_form(const Value &value) {
+    if constexpr (Conversion == conversion::two_digits)
+        return 2;
+    else if constexpr (Conversion == conversion::hexadecimal)
+        return 8;
+    else if constexpr (std::is_same_v<Value, int>)
+        return std::size("-2147483648") - 1;
+    else if constexpr (is_number<Value>)
+        return longest_number;
+    else if constexpr (std::is_array_v<Value>)
+        return std::extent_v<Value> + 16;
+    else
+        return text(value).size();
+}
+
+// ------------------------------------------------------------------------- values where there is room for their longest form
+
+template <std::size_t N>
+char *put(char *to, const char (&member)[N]) {
+    static_assert(N % 8 == 0);
+    for (std::size_t at = 0; at + 16 <= N; at += 16) {
+        std::memcpy(to + at, member + at, 16);
+        if (const unsigned end = matches16(member + at, '\0'); end != 0)
+            return to + at + std::countr_zero(end);
+    }
+    if constexpr (N % 16 != 0) {
+        std::memcpy(to + N - 8, member + N - 8, 8);
+        if (const unsigned end = matches8(member + N - 8, '\0'); end != 0)
+            return to + N - 8 + std::countr_zero(end);
+    }
+    return to + N;
+}
+
+inline char *put(char *to, text value) {
+    copy_bytes(to, value.data(), value.size());
+    return to + value.size();
+}
+
+// In output.cpp.
+char *put_decimal(char *to, long value);
+
+inline char *put_two_digits(char *to, int value) {
+    to[0] = static_cast<char>('0' + value / 10 % 10);
+    to[1] = static_cast<char>('0' + value % 10);
+    return to + 2;
+}
+
+inline char *put_hexadecimal(char *to, int value) {
+    constexpr std::size_t digits = 8;
+    for (std::size_t i = 0; i < digits; ++i)
+        to[i] = "0123456789abcdef"[static_cast<unsigned>(value) >> (28 - 4 * i) & 0xF];
+    return to + digits;
+}
+
+template <conversion Conversion, class Value>
+char *put_value(char *to, const Value &value) {
+    static_assert(Conversion != conversion::none, "a conversion that this writer knows");
+    if constexpr (Conversion == conversion::string) {
+        static_assert(is_text<Value>, "%s takes a text");
+        return put(to, value);
+    } else if constexpr (Conversion == conversion::decimal) {
+        static_assert(is_number<Value>, "%d takes a number");
+        return put_decimal(to, value);
+    } else if constexpr (Conversion == conversion::two_digits) {
+        static_assert(std::is_same_v<Value, int>, "%02d takes an int");
+        return put_two_digits(to, value);
+    } else {
+        static_assert(std::is_same_v<Value, int>, "%08x takes an int");
+        return put_hexadecimal(to, value);
+    }
+}
+
+// ----------------------------------------------------------------------------------------------------------------- writer
+
+// A value of any kind, for lines that are written piece by piece.
+struct line_value {
+    template <class Value>
+    line_value(const Value &value) {
+        if constexpr (std::is_array_v<Value>)
+            string = member_text(value);
+        else if constexpr (is_text<Value>)
+            string = value;
+        else
+            number = value;
+    }
+
+    text string;
+    long number = 0;
+};
+
 class writer {
   public:
+    // What a message may be refused for; the first one stays.
+    enum class fault { none, no_room, no_body, broken_text };
+    // A careful writer judges every text by its place, and never touches what stands behind the text.
+    enum class mode { quick, careful };
+
     // room counts the terminator and is at least 1.
-    writer(char *buffer, std::size_t room) : begin(buffer), cursor(buffer), last(buffer + room - 1) { *cursor = '\0'; }
+    writer(char *buffer, std::size_t room, mode chosen = mode::quick)
+        : begin(buffer), cursor(buffer), last(buffer + room - 1), quick_end(chosen == mode::quick ? last : buffer),
+          how(chosen) {
+        *cursor = '\0';
+    }
+
+    // Writes a part of the message as the whole is written.
+    writer(char *buffer, std::size_t room, const writer &whole) : writer(buffer, room, whole.how) {}
 
     template <format_string Format, class... Values>
     void line(const Values &...values) {
-        write_pieces<Format>(std::index_sequence_for<Values...>{}, values...);
-        *cursor = '\0';
-    }
-
-    void append(text t) {
-        write(t);
-        *cursor = '\0';
-    }
-
-    std::size_t length() const { return static_cast<std::size_t>(cursor - begin); }
-
-  private:
-    template <format_string Format, std::size_t... Index, class... Values>
-    void write_pieces(std::index_sequence<Index...>, const Values &...values) {
-        constexpr std::size_t conversions = count_conversions(Format.whole());
-        static_assert(conversions == sizeof...(Values), "as many values as the format has conversions");
-        constexpr auto pieces = cut_format<conversions>(Format.whole());
-        (write_piece<Format, pieces[Index].begin, pieces[Index].length, pieces[Index].value>(values), ...);
-        write_literal<Format, pieces[conversions].begin, pieces[conversions].length>();
-    }
-
-    // Its length is known when compiled: where there is room it costs a few moves and no call.
-    template <format_string Format, std::size_t Begin, std::size_t Length>
-    void write_literal() {
-        if (static_cast<std::size_t>(last - cursor) < Length)
-            return write(at_most(Length, drop(Begin, Format.whole())));
-        std::memcpy(cursor, Format.chars + Begin, Length);
-        cursor += Length;
-    }
-
-    template <format_string Format, std::size_t Begin, std::size_t Length, conversion Conversion, class Value>
-    void write_piece(const Value &value) {
-        static_assert(Conversion != conversion::none, "a conversion that this writer knows");
-        write_literal<Format, Begin, Length>();
-        if constexpr (Conversion == conversion::string) {
-            static_assert(is_text<Value>, "%s takes a text");
-            write(as_text(value));
-        } else if constexpr (Conversion == conversion::decimal) {
-            static_assert(is_number<Value>, "%d takes a number");
-            write_decimal(value);
-        } else if constexpr (Conversion == conversion::two_digits) {
-            static_assert(std::is_same_v<Value, int>, "%02d takes an int");
-            const char digits[] = {static_cast<char>('0' + value / 10 % 10), static_cast<char>('0' + value % 10)};
-            write({digits, sizeof digits});
-        } else {
-            static_assert(std::is_same_v<Value, int>, "%08x takes an int");
-            write_hexadecimal(static_cast<unsigned>(value));
+        static_assert(pieces_of<Format>.size() == sizeof...(Values) + 1,
+                      "as many values as the format has conversions");
+        if (!put_pieces<Format>(std::index_sequence_for<Values...>{}, values...)) {
+            const line_value list[] = {values..., 0};
+            write_pieces(Format.chars, pieces_of<Format>.data(), list, sizeof...(Values));
         }
     }
 
-    static text as_text(text value) { return value; }
-    template <std::size_t N>
-    static text as_text(const char (&member)[N]) {
-        return member_text(member);
+    void append(text t) {
+        const std::size_t fitting = fit(t.size());
+        copy_bytes(cursor, t.data(), fitting);
+        cursor += fitting;
+        *cursor = '\0';
     }
 
-    [[gnu::noinline]] void write(text t) {
-        const text fitting = at_most(static_cast<std::size_t>(last - cursor), t);
-        if (!fitting.empty())
-            std::memcpy(cursor, fitting.data(), fitting.size());
-        cursor += fitting.size();
+    void refuse(fault reason) {
+        if (found == fault::none)
+            found = reason;
     }
 
-    [[gnu::noinline]] void write_decimal(long value) {
-        char digits[20];
-        char *first = digits + sizeof digits;
-        unsigned long magnitude =
-            value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
-        do
-            *--first = static_cast<char>('0' + magnitude % 10);
-        while ((magnitude /= 10) != 0);
-        if (value < 0)
-            *--first = '-';
-        write({first, static_cast<std::size_t>(digits + sizeof digits - first)});
+    std::size_t length() const { return static_cast<std::size_t>(cursor - begin); }
+    fault first_fault() const { return found; }
+
+  private:
+    // False, and nothing is written, when the longest form of the line has no room.
+    template <format_string Format, std::size_t... Index, class... Values>
+    bool put_pieces(std::index_sequence<Index...>, const Values &...values) {
+        static constexpr auto &pieces = pieces_of<Format>;
+        constexpr std::size_t literals = (pieces[sizeof...(Values)].length + ... + pieces[Index].length);
+        const std::size_t longest = (literals + ... + longest_form<pieces[Index].value>(values));
+        if (quick_end - cursor < static_cast<std::ptrdiff_t>(longest)) [[unlikely]]
+            return false;
+        char *to = cursor;
+        const auto put_literal = [&to](const format_piece &piece) {
+            std::memcpy(to, Format.chars + piece.begin, piece.length);
+            to += piece.length;
+        };
+        (..., (put_literal(pieces[Index]), to = put_value<pieces[Index].value>(to, values)));
+        put_literal(pieces[sizeof...(Values)]);
+        *to = '\0';
+        cursor = to;
+        return true;
     }
 
-    void write_hexadecimal(unsigned value) {
-        char digits[8];
-        for (std::size_t i = 0; i < sizeof digits; ++i)
-            digits[i] = "0123456789abcdef"[value >> (28 - 4 * i) & 0xF];
-        write({digits, sizeof digits});
+    // As much of a text as there is room for.
+    std::size_t fit(std::size_t size) {
+        const auto room = static_cast<std::size_t>(last - cursor);
+        if (size <= room)
+            return size;
+        refuse(fault::no_room);
+        return room;
     }
+
+    void write_pieces(const char *format, const format_piece *pieces, const line_value *values, std::size_t count);
+    void write_value(const format_piece &piece, const line_value &value, bool ends_line);
 
     char *begin;
     char *cursor;
     char *last; // where the terminator of a full buffer stands
+    char *
+        quick_end; // how far a line may be written in blocks; the buffer's beginning when every line is written in pieces
+    mode how;
+    fault found = fault::none;
 };
 
 } // namespace sipcode

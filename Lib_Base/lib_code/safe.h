@@ -63,7 +63,7 @@ typedef struct SIP_DECODE_REPORT {
     int left_out;       /* 1 when text behind SIP_LONGEST_MESSAGE characters was left out, else 0 */
     int cut_count;      /* values that were longer than their place */
     SIP_DECODE_CUT
-        cuts[SIP_DECODE_CUTS]; /* the first of them, min(cut_count, SIP_DECODE_CUTS), in the order of decoding */
+    cuts[SIP_DECODE_CUTS]; /* the first of them, min(cut_count, SIP_DECODE_CUTS), in the order of decoding */
 } SIP_DECODE_REPORT;
 
 /* Decodes the length bytes at data into record, as Sip_Decode does the same text.
@@ -124,8 +124,9 @@ typedef enum SIP_ENCODE_ERROR {
  *
  * Refused is a text that is to be written and would not stay in its place: a CR or LF in any member but a body or a section of
  * a session description; a double quote or a backslash between double quotes; "<", ">" or a double quote between angle
- * brackets; a blank in the request line; a DTMF key (info.key) that is not one character long, and an XML document whose length
- * is not the one that Xml_Encode tells, since either makes Content-Length wrong.
+ * brackets; a blank in the request line; a comma as the last character of a line, which the decoder takes to go on in the next
+ * one; a DTMF key (info.key) that is not one character long, and an XML document whose length is not the one that Xml_Encode
+ * tells, since either makes Content-Length wrong.
  *
  * Returns the length of the text, its terminator not counted, or a negative SIP_ENCODE_ERROR. Then buffer holds an empty text
  * (when it is not null and size is not 0) and the record is as it was.

@@ -84,6 +84,7 @@ class nocase {
     explicit consteval nocase(text name) : whole(name) {
         for (std::size_t i = 0; i < whole.size(); ++i) {
             const char lowered = lower(whole[i]);
+            counted[i / 8] |= std::uint64_t{0xFF} << (8 * (i % 8));
             const bool is_letter = lowered >= 'a' && lowered <= 'z';
             letters[i / 8] |= static_cast<std::uint64_t>(is_letter ? 'a' - 'A' : 0) << (8 * (i % 8));
             lower_case[i / 8] |= static_cast<std::uint64_t>(static_cast<unsigned char>(lowered)) << (8 * (i % 8));
@@ -103,19 +104,22 @@ class nocase {
         return true;
     }
 
-    // The same where whole words can be read behind it.
+    // The same where sixteen bytes, or for a longer text all words of it, can be read.
     bool begins_roomy(const char *begin) const {
-        for (std::size_t at = 0; at < whole.size(); at += 8) {
-            const std::size_t missing = at + 8 < whole.size() ? 0 : at + 8 - whole.size();
-            const std::uint64_t word = load_word(begin + at, 8) & ~std::uint64_t{0} >> (8 * missing);
-            if ((word | letters[at / 8]) != lower_case[at / 8])
-                return false;
-        }
-        return true;
+        std::uint64_t differing = difference(begin, 0) | difference(begin, 1);
+        for (std::size_t word = 2; word * 8 < whole.size(); ++word)
+            differing |= difference(begin, word);
+        return differing == 0;
     }
 
   private:
+    // Bits in which a word of a text differs from that of this one, case and what follows it aside.
+    std::uint64_t difference(const char *begin, std::size_t word) const {
+        return ((load_word(begin + 8 * word, 8) & counted[word]) | letters[word]) ^ lower_case[word];
+    }
+
     text whole;
+    std::uint64_t counted[longest / 8] = {}; // the bytes that belong to this text
     std::uint64_t letters[longest / 8] = {}; // the bit in which the two cases of a letter differ
     std::uint64_t lower_case[longest / 8] = {};
 };

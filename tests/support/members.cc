@@ -56,8 +56,9 @@ SIP_CODE_MSG record_of(std::string_view list) {
     for (const std::string &entry : entries(list)) {
         const std::size_t equals = std::min(entry.find('='), entry.size());
         std::string value = entry.substr(std::min(equals + 1, entry.size()));
-        for (std::size_t at = 0; (at = value.find("\\r\\n")) != value.npos;)
-            value.replace(at, 4, "\r\n");
+        for (const auto &[written, meant] : {std::pair{"\\r", "\r"}, {"\\n", "\n"}, {"\\t", "\t"}})
+            for (std::size_t at = 0; (at = value.find(written)) != value.npos;)
+                value.replace(at, 2, meant);
         if (entry.empty())
             continue;
         const Place &at = place(entry.substr(0, equals));

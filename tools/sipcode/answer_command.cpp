@@ -122,9 +122,7 @@ std::string answer_message(const Decoded &request, const AnswerSettings &setting
     if (!request.refusal.empty())
         return request.refusal;
     const Answer made = answer(request.record, settings);
-    if (made.refusal.empty())
-        writer.write(made.record);
-    return made.refusal;
+    return made.refusal.empty() ? writer.write(made.record) : made.refusal;
 }
 
 int answer_messages(const Options &options) {

@@ -30,9 +30,10 @@ int encode(const std::string &file) {
     MessageWriter writer;
     int status = success;
     for (const auto &[place, record] : records) {
-        if (writer.write(record))
+        const std::string refusal = writer.write(record);
+        if (refusal.empty())
             continue;
-        fmt::print(stderr, "sipcode: {}: refused: method {} is outside 1 to 48\n", place, record.method);
+        fmt::print(stderr, "sipcode: {}: refused: {}\n", place, refusal);
         status = refused;
     }
     return status;

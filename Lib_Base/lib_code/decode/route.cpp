@@ -47,7 +47,7 @@ void store_joined(const message &msg, char (&member)[N], text first, text second
     joined.append(second);
     store(member, {scratch, joined.length()});
     if (const std::size_t length = first.size() + 1 + second.size(); length >= N)
-        msg.note_cut(member, {second.data(), length}, N - 1);
+        msg.note_cut(member, {scratch, length}, N - 1); // put together from pieces, so it has no place
 }
 
 int CompareSupportedString(const char *pSupported) {
@@ -88,7 +88,7 @@ int Parse_Supported(const message &msg, SIP_CODE_MSG *pcode_msg) {
         return -1;
     }
     constexpr int slots = sizeof supported.supported_type / sizeof supported.supported_type[0];
-    char tags[sizeof supported.SUPPORTED] = {};
+    char tags[sizeof supported.SUPPORTED];
     Str_N_Copy(tags, value.data(), sizeof tags - 1);
     msg.copy_verbatim(supported.SUPPORTED, value);
     supported.use = 1;

@@ -6,31 +6,36 @@
 
 namespace sipcode {
 
+namespace {
+
+// The text behind the double quote that closes the string which begins t; null when none does.
+text behind_quoted(text t) {
+    for (parts cut = cut_at('"', t); cut.found; cut = cut_at('"', cut.after))
+        if (cut.before.empty() || cut.before.back() != '\\')
+            return cut.after;
+    return {};
+}
+
+} // namespace
+
 text Parse_Brackets(text value) {
-    std::size_t open = value.find('<');
-    for (std::size_t at = 0;;) {
-        if (open != text::npos && open < at)
-            open = value.find('<', at); // the one found stood inside a quoted string
-        if (open == text::npos)
+    for (text rest = value;;) {
+        const parts open = cut_at('<', rest);
+        if (!open.found)
             return value;
-        const std::size_t quote = value.find('"', at);
-        if (quote == text::npos || open < quote) {
-            const text inside = drop(open + 1, value);
-            const parts closed = cut_at('>', inside);
+        const parts quote = cut_at('"', open.before);
+        if (!quote.found) {
+            const parts closed = cut_at('>', open.after);
             if (closed.found)
                 return closed.before;
             SIPCODE_TRACE(1, "No closing bracket found in '%s'", terminated(value).c_str());
             return value;
         }
-        std::size_t closing = quote;
-        do
-            closing = value.find('"', closing + 1);
-        while (closing != text::npos && value[closing - 1] == '\\');
-        if (closing == text::npos) {
+        rest = behind_quoted({quote.after.data(), static_cast<std::size_t>(rest.end() - quote.after.data())});
+        if (rest.data() == nullptr) {
             SIPCODE_TRACE(1, "No closing quote found in '%s'", terminated(value).c_str());
             return value;
         }
-        at = closing + 1;
     }
 }
 

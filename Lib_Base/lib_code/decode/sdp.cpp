@@ -102,7 +102,7 @@ session_lines sort_lines(const message &msg) {
 }
 
 // The next filled value of these lines, behind leading blanks, which leave the set up to it; empty at the end.
-text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
+inline text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
     while (lines != 0) {
         const text value = skip_blanks(drop(2, msg.body_line(take_first(lines))));
         if (!value.empty())
@@ -418,7 +418,9 @@ void Parse_Sdp_Vbd_Content(SIP_SDP *SDP, const message &msg, const media_section
     if (fits || find_marks(kept).media != no_direction)
         return;
     writer direction_line(SDP->a_content + kept.size(), direction_line_length + 1);
-    direction_line.line<"a=%s\r\n">(direction_names[SDP->a_media]);
+    direction_line.append("a=");
+    direction_line.append(direction_names[SDP->a_media]);
+    direction_line.append(line_end);
 }
 
 void Parse_Sdp_Bypass_Content(SIP_SDP *SDP, const body_marks &found) {

@@ -200,37 +200,34 @@ int cut_lines(section part, const received whole, line_ends &ends, char *&begin,
     line_ends walk = ends; // in registers while the section lasts
     int n = 0;
     char *line = begin;
-    char *text_end = nullptr; // the first terminator written into this line
-    const auto keep_line = [&](char *last) {
+    char *cut = nullptr; // where a CR, no LF behind it, ended the text of this line
+    const auto keep_line = [&](char *text_end) {
         lines[n] = line;
-        lengths[n] = static_cast<unsigned>((text_end != nullptr ? text_end : last) - line);
-        text_end = nullptr;
+        lengths[n] = static_cast<unsigned>((cut == nullptr ? text_end : cut) - line);
+        cut = nullptr;
         return lengths[n] != 0;
-    };
-    const auto cut_at_return = [&](char *at) {
-        *at = '\0';
-        if (text_end == nullptr)
-            text_end = at;
     };
 
     for (char *at = walk.next(); at != whole.end; at = walk.next()) {
         if (*at == '\r') {
-            if (at == whole.begin || at[-1] != ',')
-                cut_at_return(at);
+            if (at != whole.begin && at[-1] == ',')
+                continue;
+            *at = '\0';
+            cut = cut == nullptr ? at : cut;
             continue;
         }
         if (at - whole.begin >= 2 && at[-2] == ',')
             continue;
+        char *const text_end = at != whole.begin && at[-1] == '\r' ? at - 1 : at;
         *at = '\0';
-        if (at != whole.begin && at[-1] == '\r')
-            cut_at_return(at - 1);
-        const bool filled = keep_line(at);
+        *text_end = '\0';
+        const bool filled = keep_line(text_end);
+        line = at + 1;
         if (part == section::headers && !filled) {
             ends = walk;
-            begin = at + 1;
+            begin = line;
             return n;
         }
-        line = at + 1;
         // Later lines take the last entry in turn; the last of them is lost when an empty line follows.
         if (n < max_lines - 1)
             ++n;

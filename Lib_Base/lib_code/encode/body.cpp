@@ -13,35 +13,51 @@ void write_counted(writer &out, text body) { write_length_and_body(out, static_c
 
 void write_no_body(writer &out) { out.append("Content-Length: 0\r\n\r\n"); }
 
+// The record tells of a body that it does not have.
+void write_missing_body(writer &out) {
+    out.refuse(writer::fault::no_body);
+    write_no_body(out);
+}
+
 // The length is fixed: it is right for one DTMF key, which is what info.key holds.
-void write_dtmf(writer &out, const SIP_INFO &info) { out.line<"Content-Length: 10\r\n\r\nSignal=%s\r\n">(info.key); }
+void write_dtmf(writer &out, const SIP_INFO &info) {
+    const text key = member_text(info.key);
+    if (key.size() != 1)
+        out.refuse(writer::fault::broken_text);
+    out.line<"Content-Length: 10\r\n\r\nSignal=%s\r\n">(key);
+}
 
 void write_summary(writer &out, const SIP_CODE_MSG &record) {
     const MESSAGE_SUMMARY &summary = record.message_summary;
     char buffer[500];
-    writer body(buffer, sizeof buffer);
+    writer body(buffer, sizeof buffer, out);
     body.line<"Messages-Waiting: yes\r\nMessage-Account: sip:%s@%s\r\nVoice-Message: %d/%d (%d/%d)\r\n">(
         summary.account, record.to.addr.ip, summary.newmsgcount, summary.oldmsgcount, summary.urgentmsgcount,
         summary.urgentoldcount);
+    out.refuse(body.first_fault());
     write_counted(out, {buffer, body.length()});
 }
 
 void write_sdp(writer &out, SIP_SDP &sdp) {
     char buffer[SIP_SDP_SIZE];
-    writer body(buffer, sizeof buffer);
+    writer body(buffer, sizeof buffer, out);
     Bulid_Sdp(body, sdp);
+    out.refuse(body.first_fault());
     write_counted(out, {buffer, body.length()});
 }
 
 void write_document(writer &out, pXmldoc document) {
     if (document == nullptr)
-        return write_no_body(out);
+        return write_missing_body(out);
     char buffer[4096] = {};
     int room = sizeof buffer;
     Xml_Encode(document, buffer, &room);
     // Unsigned, as nothing keeps a host from leaving a wild count.
     const unsigned written = static_cast<unsigned>(sizeof buffer) - static_cast<unsigned>(room);
-    write_length_and_body(out, static_cast<int>(written), member_text(buffer));
+    const text body = member_text(buffer);
+    if (written != body.size())
+        out.refuse(writer::fault::broken_text);
+    write_length_and_body(out, static_cast<int>(written), body);
 }
 
 bool has_sdp(const SIP_SDP &sdp) { return sdp.a_use == 1 || sdp.fax_use == 1; }
@@ -66,7 +82,7 @@ void write_body(writer &out, SIP_CODE_MSG &record, body_sources sources) {
     else if (is_request && record.msg_sdp.use == 1)
         write_counted(out, member_text(record.msg_sdp.content));
     else
-        write_no_body(out);
+        write_missing_body(out);
 }
 
 } // namespace sipcode

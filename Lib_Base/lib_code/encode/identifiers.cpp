@@ -40,6 +40,39 @@ std::tm local_time() {
     return local;
 }
 
+struct quotient {
+    long whole;
+    int rest; // not negative
+};
+
+constexpr quotient divide_down(long value, int divisor) {
+    const long rest = value % divisor;
+    return rest < 0 ? quotient{value / divisor - 1, static_cast<int>(rest) + divisor}
+                    : quotient{value / divisor, static_cast<int>(rest)};
+}
+
+struct calendar_date {
+    long year;
+    int month; // from 0
+    int day;   // from 1
+};
+
+// The Gregorian date of a day counted from 1 January 1970, by way of years that begin in March: a leap day is then the last of
+// its year. gmtime_r takes five times as long, and the wire knows no time zone.
+constexpr calendar_date date_of(long day) {
+    constexpr int days_of_400_years = 146097;
+    constexpr long march_of_year_0 = 719468; // days before 1970
+    const auto [cycle, in_cycle] = divide_down(day + march_of_year_0, days_of_400_years);
+    const int year = (in_cycle - in_cycle / 1460 + in_cycle / 36524 - in_cycle / 146096) / 365;
+    const int in_year = in_cycle - (365 * year + year / 4 - year / 100);
+    const int month = (5 * in_year + 2) / 153; // from March
+    const int in_month = in_year - (153 * month + 2) / 5;
+    const bool next_year = month >= 10;
+    return {cycle * 400 + year + next_year, next_year ? month - 10 : month + 2, in_month + 1};
+}
+static_assert(date_of(0).year == 1970 && date_of(0).month == 0 && date_of(0).day == 1);
+static_assert(date_of(11016).month == 1 && date_of(11016).day == 29 && date_of(-1).year == 1969);
+
 // 32 hexadecimal digits, drawn eight at a time in the order in which they stand.
 void generate_random_string(writer &out) {
     for (int i = 0; i < 4; ++i)
@@ -72,13 +105,15 @@ void Bulid_Call_id(char *callid, char *ip) {
 }
 
 void Build_Date(char *pchDate) {
-    static constexpr const char *days[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-    static constexpr const char *months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                             "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    using namespace sipcode;
+    static constexpr char days[][4] = {"Thu", "Fri", "Sat", "Sun", "Mon", "Tue", "Wed"}; // day 0 was a Thursday
+    static constexpr char months[][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
     const std::time_t now = std::time(nullptr);
-    std::tm utc{};
-    gmtime_r(&now, &utc);
-    sipcode::writer out(pchDate, SIP_DATE_SIZE);
-    out.line<"%s, %02d %s %d %02d:%02d:%02d GMT">(days[utc.tm_wday], utc.tm_mday, months[utc.tm_mon],
-                                                  1900L + utc.tm_year, utc.tm_hour, utc.tm_min, utc.tm_sec);
+    const auto [day, second] = divide_down(now, 24 * 60 * 60);
+    const calendar_date date = date_of(day);
+    writer out(pchDate, SIP_DATE_SIZE);
+    out.line<"%s, %02d %s %d %02d:%02d:%02d GMT">(text(days[divide_down(day, 7).rest]), date.day,
+                                                  text(months[date.month]), date.year, second / 3600, second / 60 % 60,
+                                                  second % 60);
 }

@@ -6,7 +6,6 @@
 #include "methods.h"
 
 namespace sipcode {
-namespace {
 
 void strip_ims_prefix(char (&callid)[128]) {
     constexpr std::size_t prefix_length = 4;
@@ -19,11 +18,11 @@ void strip_ims_prefix(char (&callid)[128]) {
     callid[rest.size()] = '\0';
 }
 
-} // namespace
+bool is_known_method(int method) { return method > SIP_REQUEST_MSG_UNKNOWN && method < SIP_CODE_METHOD_COUNT; }
 
 bool prepare(SIP_CODE_MSG &record) {
     strip_ims_prefix(record.callid);
-    if (record.method > SIP_REQUEST_MSG_UNKNOWN && record.method < SIP_CODE_METHOD_COUNT)
+    if (is_known_method(record.method))
         return true;
     std::printf("Encode Method : method = %d is not belong to us defined\n", record.method);
     return false;
@@ -156,7 +155,8 @@ void write_allow(writer &out) {
 }
 
 void write_date(writer &out) {
-    char date[SIP_DATE_SIZE];
+    char date[64] = {};
+    static_assert(sizeof date >= SIP_DATE_SIZE);
     Build_Date(date);
     out.line<"Date: %s\r\n">(date);
 }

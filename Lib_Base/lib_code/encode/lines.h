@@ -43,8 +43,14 @@ bool same_text(const char (&a)[N], const char (&b)[M]) {
 inline constexpr int encoded = 1;
 inline constexpr int refused = -1;
 
-// Takes the "ims-" prefix off callid and checks the method. False, and told on standard output, when it is outside 1 to 48.
+void strip_ims_prefix(char (&callid)[128]);
+bool is_known_method(int method); // 1 to 48
+
+// Takes the "ims-" prefix off callid and checks the method. False, and told on standard output, when it is not known.
 bool prepare(SIP_CODE_MSG &record);
+
+void write_request(writer &out, SIP_CODE_MSG &record);
+void write_response(writer &out, SIP_CODE_MSG &record);
 
 // The transport token of the Via and Contact lines; empty for SCTP and anything unknown.
 text transport_text(TRANS_TYPE_E transport);

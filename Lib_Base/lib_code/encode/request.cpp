@@ -164,6 +164,8 @@ void write_accept(writer &out, const SIP_EVENT &event) {
         out.append("Accept: application/dialog-info+xml\r\n");
 }
 
+} // namespace
+
 void write_request(writer &out, SIP_CODE_MSG &r) {
     const text transport = transport_text(r.trans_type);
     const bool is_invite = r.method == SIP_REQUEST_MSG_INVITE;
@@ -226,7 +228,6 @@ void write_request(writer &out, SIP_CODE_MSG &r) {
     write_body(out, r, body_sources::of_request);
 }
 
-} // namespace
 } // namespace sipcode
 
 int SIP_Encode_Message_Reuqest(char *buf, SIP_CODE_MSG *encode_msg) {

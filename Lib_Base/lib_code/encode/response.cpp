@@ -58,6 +58,8 @@ void write_challenge(writer &out, const SIP_AUTHEN &authen) {
                                                                                                      authen.nonce);
 }
 
+} // namespace
+
 void write_response(writer &out, SIP_CODE_MSG &r) {
     const text transport = transport_text(r.trans_type);
     const bool is_ringing = r.method == SIP_RESPONSE_MSG_180_RING;
@@ -105,7 +107,6 @@ void write_response(writer &out, SIP_CODE_MSG &r) {
     write_body(out, r, body_sources::of_response);
 }
 
-} // namespace
 } // namespace sipcode
 
 int SIP_Encode_Message_Response(char *buf, SIP_CODE_MSG *encode_msg) {

@@ -33,17 +33,26 @@ constexpr video_rtpmap video_rtpmaps[] = {
     {109, "a=rtpmap:109 H264/90000\r\n"}, {103, "a=rtpmap:103 H263/90000\r\n"}, {96, "a=rtpmap:96 H263/90000\r\n"},
 };
 
+constexpr auto codec_places = [] {
+    std::array<std::int8_t, DVI4 + 1> places{};
+    places.fill(-1);
+    for (std::size_t i = 0; i < std::size(static_codecs); ++i)
+        places[static_codecs[i].codec] = static_cast<std::int8_t>(i);
+    return places;
+}();
+
 const static_codec *find_static(e_codec codec) {
-    const auto *const found = std::find_if(std::begin(static_codecs), std::end(static_codecs),
-                                           [codec](const static_codec &known) { return known.codec == codec; });
-    return found != std::end(static_codecs) ? found : nullptr;
+    const auto number = static_cast<unsigned>(codec); // wild ones too
+    return number < codec_places.size() && codec_places[number] >= 0 ? &static_codecs[codec_places[number]] : nullptr;
 }
 
 // Calls write with the payload number of every dynamic entry of this codec.
 template <class Write>
 void for_each_dynamic(const SIP_SDP &sdp, e_codec codec, Write write) {
+    if (codec == UNKONW)
+        return;
     for (const CODEC_RTPMAP &entry : sdp.rtpmap)
-        if (entry.a_coder != UNKONW && entry.a_coder == codec)
+        if (entry.a_coder == codec)
             write(entry.a_payload);
 }
 
@@ -98,12 +107,12 @@ bool write_session_connection(writer &out, const SIP_SDP &sdp) {
 
 void write_audio_media_line(writer &out, SIP_SDP &sdp) {
     out.line<"m=audio %d RTP/AVP">(sdp.a_addr.port);
+    BuildDefaultSdp(&sdp);
     for (const e_codec codec : sdp.a_coders) {
         if (codec == UNKONW)
             continue;
         if (const static_codec *const known = find_static(codec); known != nullptr)
             out.append(known->payload);
-        BuildDefaultSdp(&sdp);
         for_each_dynamic(sdp, codec, [&out](int payload) { out.line<" %d">(payload); });
     }
     out.append("\r\n");

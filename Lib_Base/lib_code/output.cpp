@@ -1,0 +1,97 @@
+#include "output.h"
+
+namespace sipcode {
+namespace {
+
+// A byte that would let a text out of its place, and so break the message apart.
+bool escapes(place where, char c) {
+    if (c == '\r' || c == '\n')
+        return true;
+    switch (where) {
+    case place::quoted:
+        return c == '"' || c == '\\';
+    case place::bracketed:
+        return c == '"' || c == '<' || c == '>';
+    case place::request_line:
+        return is_blank(c);
+    default:
+        return false;
+    }
+}
+
+// A comma at the end of a line joins the next one to it.
+bool stays_in(place where, text t, bool ends_line) {
+    for (const char c : t)
+        if (escapes(where, c))
+            return false;
+    return !ends_line || !t.ends_with(',');
+}
+
+// Two digits of every number below 100, in order.
+constexpr auto digit_pairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+void put_pair(char *to, std::size_t value) { std::memcpy(to, &digit_pairs[2 * value], 2); }
+
+constexpr auto powers_of_ten = [] {
+    std::array<unsigned long, longest_number> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i)
+        powers[i] = powers[i - 1] * 10;
+    return powers;
+}();
+
+// By the number of bits, times log 2, which is one too few where the power of ten is already reached.
+std::size_t count_digits(unsigned long value) {
+    const auto least = static_cast<std::size_t>(std::bit_width(value | 1) * 1233 >> 12);
+    return least + ((value | 1) >= powers_of_ten[least]);
+}
+
+} // namespace
+
+char *put_decimal(char *to, long value) {
+    auto left = static_cast<unsigned long>(value);
+    if (value < 0) {
+        *to++ = '-';
+        left = 0UL - left;
+    }
+    char *const end = to + count_digits(left);
+    char *at = end;
+    for (; left > UINT32_MAX; left /= 100)
+        put_pair(at -= 2, left % 100);
+    auto low = static_cast<std::uint32_t>(left); // cheaper to divide
+    for (; low >= 10; low /= 100)
+        put_pair(at -= 2, low % 100);
+    if (at != to)
+        *to = static_cast<char>('0' + low);
+    return end;
+}
+
+void writer::write_pieces(const char *format, const format_piece *pieces, const line_value *values, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        append({format + pieces[i].begin, pieces[i].length});
+        write_value(pieces[i], values[i], format[pieces[i + 1].begin] == '\r');
+    }
+    append({format + pieces[count].begin, pieces[count].length});
+}
+
+void writer::write_value(const format_piece &piece, const line_value &value, bool ends_line) {
+    if (piece.value == conversion::string) {
+        if (how == mode::careful && !stays_in(piece.where, value.string, ends_line))
+            refuse(fault::broken_text);
+        return append(value.string);
+    }
+    char number[longest_number + 1];
+    char *const end = piece.value == conversion::decimal      ? put_decimal(number, value.number)
+                      : piece.value == conversion::two_digits ? put_two_digits(number, static_cast<int>(value.number))
+                                                              : put_hexadecimal(number, static_cast<int>(value.number));
+    *end = '\0';
+    append(number);
+}
+
+} // namespace sipcode

@@ -1,0 +1,133 @@
+// Where a message ends in a stream of bytes.
+//
+//   header-section = 1*line empty-line     lines as the splitter cuts them: LF ends one unless a comma stands before it
+//   length-line    = ("Content-Length" / "l") *blank ":" *blank 1*DIGIT *blank [CR] LF
+//
+//   Content-Length: 12      a body of 12 bytes
+//   l : 012                 the same, so both may stand in one message
+//   Content-Length: 12;x    refused: the end of the message is anyone's guess, and so is all that follows it
+//
+// Where others might read a length differently the message is refused: a length behind a comma that joins lines is one for a
+// reader that does not join them, and a CR in the middle of such a line ends it for some.
+#include <climits>
+
+#include "safe.h"
+#include "text.h"
+
+namespace sipcode {
+namespace {
+
+constexpr std::size_t longest_message = SIP_LONGEST_MESSAGE;
+constexpr std::size_t largest_length = INT_MAX;
+
+// Line ends that stand before a message. A CR alone is none: it may get its LF yet.
+std::size_t keep_alive_length(text data) {
+    std::size_t length = 0;
+    for (text rest = data; rest.starts_with('\n') || rest.starts_with("\r\n"); rest = drop(length, data))
+        length += rest.front() == '\n' ? 1 : 2;
+    return length;
+}
+
+// As the splitter has it: a comma before CR LF, which two before LF is as well.
+bool is_behind_comma(text data, std::size_t line_feed) { return line_feed >= 2 && data[line_feed - 2] == ','; }
+
+// Length of the header section, its empty line included; 0 when there is no empty line. A CR cuts the text of a line, so a line
+// that begins with one is empty.
+std::size_t header_section_length(text data) {
+    std::size_t line = 0;
+    for (std::size_t at = 0;; ++at) {
+        at += find_byte(data.data() + at, data.size() - at, '\n');
+        if (at == data.size())
+            return 0;
+        if (is_behind_comma(data, at))
+            continue;
+        if (at == line || data[line] == '\r')
+            return at + 1;
+        line = at + 1;
+    }
+}
+
+// The value of a line that states the length, as far as the LF; null data for any other line.
+text length_value(text line) {
+    constexpr nocase full = "Content-Length";
+    constexpr nocase compact = "l";
+    const std::size_t name = starts_nocase(line, full)      ? full.size()
+                             : starts_nocase(line, compact) ? compact.size()
+                                                            : 0;
+    const text behind_name = skip_blanks(drop(name, line));
+    return name != 0 && behind_name.starts_with(':') ? drop(1, behind_name) : text();
+}
+
+// False for what is no number from 0 to largest_length.
+bool read_length(text value, std::size_t &length) {
+    const text digits = trim_end(skip_blanks(value));
+    length = 0;
+    for (const char c : digits) {
+        if (!is_digit(c))
+            return false;
+        const auto digit = static_cast<std::size_t>(c - '0');
+        if (length > (largest_length - digit) / 10)
+            return false;
+        length = length * 10 + digit;
+    }
+    return !digits.empty();
+}
+
+// Reads the lengths that the lines of the header section state. SIP_FRAME_COMPLETE when they state one.
+int read_stated_length(text headers, std::size_t &stated) {
+    bool found = false;
+    while (!headers.empty()) {
+        const parts cut = cut_at('\n', headers);
+        const text line = cut.before;
+        headers = cut.after;
+        const text value = length_value(line);
+        if (value.data() == nullptr)
+            continue;
+        std::size_t length = 0;
+        if (find_byte(line.data(), line.size(), '\r') + 1 < line.size() || !read_length(value, length))
+            return SIP_FRAME_BAD_LENGTH;
+        if (found && length != stated)
+            return SIP_FRAME_DIFFERENT_LENGTHS;
+        stated = length;
+        found = true;
+    }
+    return found ? SIP_FRAME_COMPLETE : SIP_FRAME_NO_LENGTH;
+}
+
+int frame(text data, std::size_t &message_length) {
+    message_length = keep_alive_length(data);
+    if (message_length != 0)
+        return SIP_FRAME_KEEP_ALIVE;
+
+    const text decodable = at_most(longest_message, data);
+    const std::size_t headers_length = header_section_length(decodable);
+    const text headers = at_most(headers_length != 0 ? headers_length : decodable.size(), decodable);
+    if (contains(headers, '\0'))
+        return SIP_FRAME_NUL;
+    if (headers_length == 0)
+        return decodable.size() < longest_message ? SIP_FRAME_MORE : SIP_FRAME_LONG_HEADERS;
+
+    std::size_t body_length = 0;
+    if (const int outcome = read_stated_length(headers, body_length); outcome != SIP_FRAME_COMPLETE)
+        return outcome;
+    message_length = headers_length + body_length;
+    if (message_length > longest_message)
+        return SIP_FRAME_LONG_MESSAGE;
+    const text body = at_most(body_length, drop(headers_length, data));
+    if (contains(body, '\0'))
+        return SIP_FRAME_NUL;
+    if (body.size() == body_length)
+        return SIP_FRAME_COMPLETE;
+    message_length = 0;
+    return SIP_FRAME_MORE;
+}
+
+} // namespace
+} // namespace sipcode
+
+int SIP_Frame_Stream(const char *data, size_t length, size_t *message_length) {
+    if (message_length == nullptr)
+        return SIP_FRAME_NULL_ARGUMENT;
+    *message_length = 0;
+    return data == nullptr ? SIP_FRAME_NULL_ARGUMENT : sipcode::frame({data, length}, *message_length);
+}

@@ -1,0 +1,128 @@
+// A stream. It is walked message by message; what framing gives out as a message is decoded, and its body is as long as the message
+// says. Data that grows changes nothing that is decided.
+#include "judge.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include <sipcode/safe.h>
+#include <strings.h>
+
+namespace {
+
+using fuzz::demand;
+
+constexpr char blanks[] =
+    "\1\2\3\4\5\6\7\b\t\v\f\r\16\17\20\21\22\23\24\25\26\27\30\31\32\33\34\35\36\37 "; // of a line
+
+struct Framed {
+    int outcome;
+    std::size_t length;
+
+    bool operator==(const Framed &) const = default;
+};
+
+Framed frame(std::string_view data) {
+    static fuzz::Arena pages(fuzz::longest_input);
+    char *const copy = pages.copy(data, fuzz::side_for(data.size()));
+    Framed framed{0, SIZE_MAX};
+    framed.outcome = SIP_Frame_Stream(copy, data.size(), &framed.length);
+    demand(data.empty() || std::memcmp(copy, data.data(), data.size()) == 0, "framing only reads the data");
+    pages.demand_intact();
+    return framed;
+}
+
+void judge_lengths(const Framed &framed, std::size_t size) {
+    const auto [outcome, length] = framed;
+    switch (outcome) {
+    case SIP_FRAME_KEEP_ALIVE:
+        return demand(length > 0 && length <= size, "a keep-alive is in the data");
+    case SIP_FRAME_COMPLETE:
+        return demand(length > 0 && length <= size && length <= SIP_LONGEST_MESSAGE, "a message is in the data");
+    case SIP_FRAME_LONG_MESSAGE:
+        return demand(length > SIP_LONGEST_MESSAGE, "a long message is long");
+    case SIP_FRAME_NUL:
+        return demand(length <= SIP_LONGEST_MESSAGE, "the end of a message with a NUL is known or not");
+    case SIP_FRAME_MORE:
+    case SIP_FRAME_LONG_HEADERS:
+    case SIP_FRAME_NO_LENGTH:
+    case SIP_FRAME_BAD_LENGTH:
+    case SIP_FRAME_DIFFERENT_LENGTHS:
+        return demand(length == 0, "no end is told");
+    default:
+        demand(false, "framing has an outcome that is listed");
+    }
+}
+
+// What the whole data is found to be, a part of it is found to be as well, or it is undecided.
+void judge_part(std::string_view data, std::size_t size, const Framed &whole) {
+    const Framed part = frame(data.substr(0, size));
+    judge_lengths(part, size);
+    if (part.outcome == SIP_FRAME_MORE)
+        demand(whole.outcome != SIP_FRAME_COMPLETE || size < whole.length, "what is whole is found whole");
+    else if (part.outcome == SIP_FRAME_KEEP_ALIVE)
+        demand(whole.outcome == SIP_FRAME_KEEP_ALIVE && part.length <= whole.length, "a keep-alive grows or stays");
+    else
+        demand(part == whole, "what is decided stays");
+}
+
+void judge_parts(std::string_view data, const Framed &whole) {
+    constexpr std::size_t parts = 16;
+    const std::size_t step = std::max<std::size_t>(1, data.size() / parts);
+    for (std::size_t size = 0; size < data.size(); size += step)
+        judge_part(data, size, whole);
+    for (std::size_t behind_end = std::min(whole.length + 2, data.size()), size = behind_end;
+         size + 4 >= behind_end && size > 0; --size)
+        judge_part(data, size, whole);
+}
+
+const char *skip_blanks(const char *at) { return at + std::strspn(at, blanks); }
+
+// The first length that a message states, as a reader finds it who knows that there is one.
+std::size_t stated_length(std::string_view message) {
+    static char text[SIP_LONGEST_MESSAGE + 1];
+    text[message.copy(text, SIP_LONGEST_MESSAGE)] = '\0';
+    for (const char *line = text; line != nullptr; line = std::strchr(line, '\n')) {
+        line += line == text ? 0 : 1;
+        for (const char *const name : {"Content-Length", "l"}) {
+            if (strncasecmp(line, name, std::strlen(name)) != 0)
+                continue;
+            if (const char *const colon = skip_blanks(line + std::strlen(name)); *colon == ':')
+                return std::strtoul(skip_blanks(colon + 1), nullptr, 10);
+        }
+    }
+    demand(false, "a message states its length");
+    return 0;
+}
+
+void judge_message(std::string_view message) {
+    const std::size_t length = stated_length(message);
+    demand(length < message.size(), "the body is in the message");
+    std::string_view body = message.substr(message.size() - length);
+    demand(message[message.size() - length - 1] == '\n', "the body stands behind a line end");
+    const auto [result, record] = fuzz::decode(message);
+    if (result != 1)
+        return;
+    // The body of a DTMF INFO loses its blanks at the end.
+    if (record.method == SIP_REQUEST_MSG_INFO && body != record.xml_buf)
+        while (!body.empty() && (body.back() == '\n' || std::strchr(blanks, body.back()) != nullptr))
+            body.remove_suffix(1);
+    demand(body == record.xml_buf, "framing and decoding see the same body");
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
+    std::string_view stream(reinterpret_cast<const char *>(data), std::min(size, fuzz::longest_input));
+    for (;;) {
+        const Framed framed = frame(stream);
+        judge_lengths(framed, stream.size());
+        judge_parts(stream, framed);
+        if (framed.outcome == SIP_FRAME_COMPLETE)
+            judge_message(stream.substr(0, framed.length));
+        if (framed.length == 0 || framed.length > stream.size())
+            return 0;
+        stream.remove_prefix(framed.length);
+    }
+}

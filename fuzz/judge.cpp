@@ -1,0 +1,250 @@
+#include "judge.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include <sipcode/decode.h>
+#include <sipcode/safe.h>
+#include <sys/mman.h>
+
+namespace fuzz {
+
+void demand(bool holds, const char *reason) {
+    if (holds)
+        return;
+    std::fprintf(stderr, "violated: %s\n", reason);
+    std::abort();
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::size_t page = 4096;
+constexpr std::size_t fence_size = 64;
+constexpr char fence_byte = 0x5C;
+
+} // namespace
+
+Arena::Arena(std::size_t capacity) : room_((capacity + fence_size + page - 1) / page * page) {
+    void *const all = mmap(nullptr, room_ + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    demand(all != MAP_FAILED, "pages to place memory in");
+    pages_ = static_cast<char *>(all) + page;
+    demand(mprotect(pages_, room_, PROT_READ | PROT_WRITE) == 0, "pages to place memory in");
+}
+
+char *Arena::place(std::size_t size, Side guarded) {
+    demand(size + fence_size <= room_, "room for what is placed");
+    char *const placed = guarded == Side::before ? pages_ : pages_ + room_ - size;
+    fence_ = guarded == Side::before ? placed + size : placed - fence_size;
+    std::memset(fence_, fence_byte, fence_size);
+    return placed;
+}
+
+char *Arena::fill(std::size_t size, unsigned char byte, Side guarded) {
+    char *const placed = place(size, guarded);
+    std::memset(placed, byte, size);
+    return placed;
+}
+
+char *Arena::copy(std::string_view bytes, Side guarded) {
+    char *const placed = place(bytes.size(), guarded);
+    if (!bytes.empty())
+        std::memcpy(placed, bytes.data(), bytes.size());
+    return placed;
+}
+
+char *Arena::copy_terminated(std::string_view text, Side guarded) {
+    char *const placed = fill(text.size() + 1, 0, guarded);
+    if (!text.empty())
+        std::memcpy(placed, text.data(), text.size());
+    return placed;
+}
+
+void Arena::demand_intact() const {
+    demand(std::all_of(fence_, fence_ + fence_size, [](char c) { return c == fence_byte; }), "no write out of bounds");
+}
+
+Arena::Side side_for(std::size_t number) { return number % 2 == 0 ? Arena::Side::behind : Arena::Side::before; }
+
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+void list_leaves(const sipcode::Record &description, std::size_t offset, const char *outer, std::vector<Leaf> &found) {
+    for (const sipcode::Member &member : description.members)
+        for (std::size_t i = 0; i < member.count; ++i) {
+            Leaf leaf{{}, &member, offset + member.offset + i * member.size};
+            const int name = std::snprintf(leaf.path, sizeof leaf.path, "%s%s%.*s", outer, *outer == '\0' ? "" : ".",
+                                           static_cast<int>(member.name.size()), member.name.data());
+            const auto end = static_cast<std::size_t>(name);
+            if (member.is_array)
+                std::snprintf(leaf.path + end, sizeof leaf.path - end, "[%zu]", i);
+            if (member.kind == sipcode::Kind::record)
+                list_leaves(*member.record, leaf.offset, leaf.path, found);
+            else
+                found.push_back(leaf);
+        }
+}
+
+std::string_view text_of(const Leaf &leaf, const SIP_CODE_MSG &record) {
+    return sipcode::text_of(*leaf.member, leaf.in(record));
+}
+
+void show(const Leaf &leaf, const SIP_CODE_MSG &record) {
+    if (leaf.is_text())
+        std::fprintf(stderr, "  %s=\"%.*s\"\n", leaf.path, static_cast<int>(text_of(leaf, record).size()),
+                     text_of(leaf, record).data());
+    else if (leaf.member->kind == sipcode::Kind::number)
+        std::fprintf(stderr, "  %s=%ld\n", leaf.path, sipcode::number_of(*leaf.member, leaf.in(record)));
+    else
+        std::fprintf(stderr, "  %s\n", leaf.path);
+}
+
+} // namespace
+
+std::span<const Leaf> leaves() {
+    static const std::vector<Leaf> all = [] {
+        std::vector<Leaf> found;
+        list_leaves(sipcode::code_record(), 0, "", found);
+        return found;
+    }();
+    return all;
+}
+
+bool equal(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
+    return std::memcmp(leaf.in(a), leaf.in(b), leaf.member->size) == 0 ||
+           (leaf.is_text() && text_of(leaf, a) == text_of(leaf, b));
+}
+
+bool is_within(std::string_view member, const Leaf &leaf) {
+    const std::string_view path = leaf.path;
+    return path.starts_with(member) &&
+           (member.empty() || path.size() == member.size() || path[member.size()] == '.' || path[member.size()] == '[');
+}
+
+void demand_equal(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
+    demand_equal_within("", a, b, reason);
+}
+
+void demand_equal_within(std::string_view member, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
+    for (const Leaf &leaf : leaves())
+        if (is_within(member, leaf) && !equal(leaf, a, b)) {
+            show(leaf, a);
+            show(leaf, b);
+            demand(false, reason);
+        }
+}
+
+void demand_terminated_texts(const SIP_CODE_MSG &record) {
+    for (const Leaf &leaf : leaves())
+        if (leaf.is_text() && text_of(leaf, record).size() == leaf.member->size) {
+            show(leaf, record);
+            demand(false, "a decoded text is terminated");
+        }
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr unsigned char stale = 0xA5; // nothing that a decode leaves in a whole member
+
+void judge_dump(const SIP_CODE_MSG &record) {
+    static Arena pages(SIP_DUMP_SIZE);
+    static SIP_CODE_MSG shown;
+    char *const dump = pages.fill(SIP_DUMP_SIZE, stale);
+    shown = record;
+    SIP_Decode_Msg_Printf(dump, &shown);
+    pages.demand_intact();
+    demand(strnlen(dump, SIP_DUMP_SIZE) < SIP_DUMP_SIZE, "the dump is terminated");
+    demand(std::memcmp(&shown, &record, sizeof shown) == 0, "the dump only reads the record");
+}
+
+void judge_place(std::string_view text, int at, int line, int column) {
+    if (at < 0)
+        return demand(at == -1 && line == 0 && column == 0, "what stands nowhere has no line");
+    demand(static_cast<std::size_t>(at) <= text.size(), "a place is in the text");
+    const std::string_view before = text.substr(0, static_cast<std::size_t>(at));
+    demand(line == 1 + std::count(before.begin(), before.end(), '\n'), "a place has its line");
+    demand(column == at - static_cast<int>(before.rfind('\n') + 1) + 1, "a place has its column");
+}
+
+void judge_cut(std::string_view text, const SIP_DECODE_CUT &cut) {
+    demand(cut.kept < cut.length, "what was cut was longer");
+    judge_place(text, cut.at, cut.line, cut.column);
+    if (cut.at >= 0)
+        demand(static_cast<std::size_t>(cut.at) + cut.length <= text.size(), "what was cut stands in the text");
+    if (cut.member == -1)
+        return;
+    const auto takes = [&cut](const Leaf &leaf) {
+        return leaf.is_text() && leaf.offset == static_cast<std::size_t>(cut.member) && cut.kept < leaf.member->size;
+    };
+    demand(std::any_of(leaves().begin(), leaves().end(), takes), "what was kept fits in a text of the record");
+}
+
+void judge_report(std::string_view data, const SIP_DECODE_REPORT &report) {
+    const std::size_t end = std::min(data.find('\0'), data.size());
+    const std::string_view text = data.substr(0, std::min<std::size_t>(end, SIP_LONGEST_MESSAGE));
+    demand(report.left_out == (end > SIP_LONGEST_MESSAGE ? 1 : 0), "the report tells of what was left out");
+    demand(std::strlen(report.header) < 32, "a header has a name");
+    demand((report.at == -1) == (report.outcome == SIP_DECODE_DONE), "a refusal has a place");
+    judge_place(text, report.at, report.line, report.column);
+    demand(report.cut_count >= 0, "cuts are counted");
+    for (int i = 0; i < std::min(report.cut_count, SIP_DECODE_CUTS); ++i)
+        judge_cut(text, report.cuts[i]);
+}
+
+// By length, into a record that is not clear: as the plain entry point, which decoded the same text.
+void judge_buffer(std::string_view data, int result, const SIP_CODE_MSG &plain) {
+    static Arena data_pages(longest_input);
+    static Arena record_pages(sizeof(SIP_CODE_MSG));
+    static Arena report_pages(sizeof(SIP_DECODE_REPORT));
+    const Arena::Side side = side_for(data.size());
+
+    const char *const bytes = data_pages.copy(data, side);
+    auto &record = *reinterpret_cast<SIP_CODE_MSG *>(record_pages.fill(sizeof(SIP_CODE_MSG), stale, side));
+    auto &report = *reinterpret_cast<SIP_DECODE_REPORT *>(report_pages.fill(sizeof(SIP_DECODE_REPORT), stale, side));
+    const int outcome = SIP_Decode_Buffer(bytes, data.size(), &record, &report);
+    demand(outcome == report.outcome, "the report tells the outcome");
+    demand(outcome == SIP_DECODE_DONE || (outcome <= SIP_DECODE_NO_START_LINE && outcome >= SIP_DECODE_NO_VIA),
+           "an outcome that is listed");
+    demand((outcome == SIP_DECODE_DONE) == (result == 1), "both entry points refuse the same messages");
+    demand(data.empty() || std::memcmp(bytes, data.data(), data.size()) == 0, "the data is as it was");
+    data_pages.demand_intact();
+    record_pages.demand_intact();
+    report_pages.demand_intact();
+    demand_equal(plain, record, "both entry points decode the same members");
+    judge_report(data, report);
+
+    record_pages.fill(sizeof(SIP_CODE_MSG), 0, side);
+    demand(SIP_Decode_Buffer(bytes, data.size(), &record, nullptr) == outcome, "a report changes nothing");
+    demand_equal(plain, record, "a report changes nothing");
+}
+
+} // namespace
+
+Decoded decode(std::string_view text) {
+    static Arena text_pages(longest_input + 1);
+    static Arena record_pages(sizeof(SIP_CODE_MSG));
+    const Arena::Side side = side_for(text.size());
+
+    char *const message = text_pages.copy_terminated(text, side);
+    auto &record = *new (record_pages.fill(sizeof(SIP_CODE_MSG), 0, side)) SIP_CODE_MSG;
+    const int result = Sip_Decode(message, &record);
+    demand(result == 1 || result == -1, "a message is decoded or refused");
+    demand(text.empty() || std::memcmp(message, text.data(), text.size()) == 0, "the text is as it was");
+    demand(message[text.size()] == '\0', "the text is as it was");
+    text_pages.demand_intact();
+    record_pages.demand_intact();
+    demand_terminated_texts(record);
+    judge_dump(record);
+    judge_buffer(text, result, record);
+    return {result, record};
+}
+
+} // namespace fuzz

@@ -1,0 +1,97 @@
+#include "record_text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
+#include "judge.h"
+
+namespace fuzz {
+namespace {
+
+long to_number(std::string_view digits, int base) {
+    long number = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), number, base);
+    return number;
+}
+
+// By the name of its value, or in digits.
+long to_value(const sipcode::Member &member, std::string_view text) {
+    constexpr long last = 110;
+    for (long value = 0; member.value_name != nullptr && !text.empty() && value <= last; ++value)
+        if (member.value_name(value) == text)
+            return value;
+    return to_number(text, 10);
+}
+
+// Takes one character of a value; false for the mark that repeats the one before.
+bool take_character(std::string_view &value, char &character) {
+    character = value.front();
+    value.remove_prefix(1);
+    if (character != '\\' || value.empty())
+        return true;
+    const char escape = value.front();
+    value.remove_prefix(1);
+    if (escape == '+')
+        return false;
+    if (escape == 'x') {
+        character = static_cast<char>(to_number(value.substr(0, 2), 16));
+        value.remove_prefix(std::min<std::size_t>(2, value.size()));
+    } else {
+        character = escape == 'r' ? '\r' : escape == 'n' ? '\n' : escape;
+    }
+    return true;
+}
+
+void set_text(const Leaf &leaf, SIP_CODE_MSG &record, std::string_view value) {
+    char *const begin = reinterpret_cast<char *>(leaf.in(record));
+    char *const end = begin + leaf.member->size;
+    char *at = begin;
+    while (at != end && !value.empty()) {
+        char character = '\0';
+        if (take_character(value, character))
+            *at++ = character;
+        else
+            at = std::fill_n(at, end - at, at == begin ? 'x' : at[-1]);
+    }
+    std::fill(at, end, '\0');
+}
+
+void set_member(const Leaf &leaf, SIP_CODE_MSG &record, std::string_view value) {
+    static Xmldoc document;
+    if (leaf.is_text())
+        set_text(leaf, record, value);
+    else if (leaf.member->kind == sipcode::Kind::number)
+        sipcode::store_number(*leaf.member, leaf.in(record), to_value(*leaf.member, value));
+    else
+        record.xml.xml = value == "0" ? nullptr : &document;
+}
+
+void read_assignment(std::string_view line, SIP_CODE_MSG &record) {
+    const std::size_t mark = std::min(line.find('='), line.size());
+    const std::string_view name = line.substr(0, mark);
+    const std::string_view value = line.substr(std::min(mark + 1, line.size()));
+    if (name == "*") {
+        std::memset(static_cast<void *>(&record), static_cast<int>(to_number(value, 16)), sizeof record);
+        record.xml.xml = nullptr;
+        return;
+    }
+    for (const Leaf &leaf : leaves())
+        if (name == leaf.path)
+            set_member(leaf, record, value);
+}
+
+} // namespace
+
+void read_record(std::string_view text, SIP_CODE_MSG &record) {
+    std::memset(static_cast<void *>(&record), 0, sizeof record);
+    constexpr std::string_view mark = " | ";
+    while (!text.empty()) {
+        const std::size_t line = std::min(text.find('\n'), text.size());
+        const std::size_t end = std::min(text.find(mark), line);
+        read_assignment(text.substr(0, end), record);
+        text.remove_prefix(std::min(end + (end == line ? 1 : mark.size()), text.size()));
+    }
+}
+
+} // namespace fuzz

@@ -1,0 +1,232 @@
+// Framing of a stream: outcomes and lengths as tables, what growing data may change, and that decoding has the same idea of
+// where the header section and the message end.
+#include <random>
+
+#include <gtest/gtest.h>
+#include <sipcode/safe.h>
+
+#include "support/cases.h"
+#include "support/guarded.h"
+
+namespace {
+
+using namespace support;
+
+struct Framed {
+    int outcome;
+    std::size_t length;
+
+    bool operator==(const Framed &) const = default;
+};
+
+void PrintTo(const Framed &framed, std::ostream *out) { *out << framed.outcome << ", " << framed.length << " bytes"; }
+
+Framed frame(std::string_view data) {
+    const Guarded bytes = Guarded::bytes(data);
+    Framed framed{0, 4711};
+    framed.outcome = SIP_Frame_Stream(bytes.data(), data.size(), &framed.length);
+    return framed;
+}
+
+std::string body_of(std::size_t length) { return "\r\nContent-Length: " + std::to_string(length) + "\r\n\r\n"; }
+
+const std::string nul(1, '\0');
+const std::string start = "OPTIONS sip:h SIP/2.0";
+const std::string four = start + body_of(4);
+
+// A message whose header section is as long as stated.
+std::string of_headers(std::size_t length, std::size_t body) {
+    const std::string rest = body_of(body);
+    return start + "\r\nX: " + std::string(length - start.size() - 5 - rest.size(), 'x') + rest;
+}
+
+constexpr std::size_t whole = std::string::npos; // all of the data
+
+struct FrameCase {
+    std::string title;
+    std::string data;
+    int outcome;
+    std::size_t length = 0;
+};
+
+void PrintTo(const FrameCase &row, std::ostream *out) { *out << row.title; }
+
+class Frames : public testing::TestWithParam<FrameCase> {};
+
+TEST_P(Frames, are_found) {
+    const FrameCase &row = GetParam();
+    EXPECT_EQ(frame(row.data), (Framed{row.outcome, row.length == whole ? row.data.size() : row.length}));
+}
+
+// Whatever grows at its end is undecided until it is decided, and then for good.
+TEST_P(Frames, are_found_at_the_same_place_as_data_grows) {
+    const std::string data = GetParam().data + "\r\n,x\n" + nul + four;
+    std::size_t n = 0;
+    while (n < data.size() && frame(data.substr(0, n)) == Framed{SIP_FRAME_MORE, 0})
+        ++n;
+    const Framed decided = frame(data.substr(0, n));
+    if (decided.outcome == SIP_FRAME_KEEP_ALIVE)
+        return;
+    EXPECT_TRUE(decided.outcome != SIP_FRAME_COMPLETE || decided.length == n) << n;
+    for (; n <= data.size(); ++n)
+        ASSERT_EQ(frame(data.substr(0, n)), decided) << n;
+}
+
+const FrameCase keep_alives[] = {
+    {"nothing yet", "", SIP_FRAME_MORE},
+    {"CR LF", "\r\n", SIP_FRAME_KEEP_ALIVE, 2},
+    {"twice CR LF, a ping", "\r\n\r\n", SIP_FRAME_KEEP_ALIVE, 4},
+    {"LF", "\n", SIP_FRAME_KEEP_ALIVE, 1},
+    {"line ends before a message", "\r\n\n\r\n" + four, SIP_FRAME_KEEP_ALIVE, 5},
+    {"CR that may get its LF", "\r", SIP_FRAME_MORE},
+    {"CR behind CR LF", "\r\n\r", SIP_FRAME_KEEP_ALIVE, 2},
+    {"CR before a message is an empty start line", "\r" + four, SIP_FRAME_NO_LENGTH},
+    {"CR CR LF", "\r\r\n", SIP_FRAME_NO_LENGTH},
+    {"blank", " ", SIP_FRAME_MORE},
+};
+INSTANTIATE_TEST_SUITE_P(KeepAlive, Frames, testing::ValuesIn(keep_alives), Title());
+
+const FrameCase ends[] = {
+    {"a message", four + "v=0\n", SIP_FRAME_COMPLETE, whole},
+    {"a message before another", start + body_of(0) + four, SIP_FRAME_COMPLETE, start.size() + body_of(0).size()},
+    {"a byte of the body missing", four + "v=0", SIP_FRAME_MORE},
+    {"the empty line missing", start + "\r\nl: 0\r\n", SIP_FRAME_MORE},
+    {"the LF of the empty line missing", start + "\r\nl: 0\r\n\r", SIP_FRAME_MORE},
+    {"LF alone", start + "\nl: 1\n\nx", SIP_FRAME_COMPLETE, whole},
+    {"a line that begins with CR is the empty one", start + "\r\nl: 1\r\n\rX: y\r\nx", SIP_FRAME_COMPLETE, whole},
+    {"a CR in a line ends nothing", start + "\r\nX: a\rl: 0\r\nl: 1\r\n\r\nx", SIP_FRAME_COMPLETE, whole},
+    {"a blank line is not empty", start + "\r\nl: 1\r\n \r\n\r\nx", SIP_FRAME_COMPLETE, whole},
+    {"a comma joins the empty line", start + "\r\nl: 1\r\nX: a,\r\n\r\nY: b\r\n\r\nx", SIP_FRAME_COMPLETE, whole},
+    {"a comma joins no line of LF alone", start + "\nl: 1\nX: a,\nY: b\n\nx", SIP_FRAME_COMPLETE, whole},
+    {"a comma joins the second of two LF", start + "\nl: 1\nX: a,\n\nY: b\n\nx", SIP_FRAME_COMPLETE, whole},
+    {"a comma two before LF joins the first of two LF", start + "\nl: 1\nX: ,a\n\nY: b\n\nx", SIP_FRAME_COMPLETE,
+     whole},
+    {"a comma that is the first line", ",\nl: 0\n\n", SIP_FRAME_COMPLETE, whole},
+    {"a comma that joins the first line", ",a\n\nl: 0\n\n", SIP_FRAME_COMPLETE, whole},
+};
+INSTANTIATE_TEST_SUITE_P(End, Frames, testing::ValuesIn(ends), Title());
+
+const FrameCase limits[] = {
+    {"longest header section", of_headers(4095, 0), SIP_FRAME_COMPLETE, whole},
+    {"header section one longer", of_headers(4096, 0), SIP_FRAME_LONG_HEADERS},
+    {"header section of which 4094 bytes are here", of_headers(4096, 0).substr(0, 4094), SIP_FRAME_MORE},
+    {"longest message", of_headers(4000, 95) + std::string(95, 'b'), SIP_FRAME_COMPLETE, whole},
+    {"message one longer", of_headers(4000, 96) + std::string(96, 'b'), SIP_FRAME_LONG_MESSAGE, 4096},
+    {"message one longer, its body to come", of_headers(4000, 96), SIP_FRAME_LONG_MESSAGE, 4096},
+    {"body of two gigabytes", of_headers(100, 2147483647), SIP_FRAME_LONG_MESSAGE, 2147483747},
+    {"no line end at all", std::string(4095, 'x'), SIP_FRAME_LONG_HEADERS},
+    {"keep-alive of any length", std::string(100000, '\n'), SIP_FRAME_KEEP_ALIVE, whole},
+};
+INSTANTIATE_TEST_SUITE_P(Limit, Frames, testing::ValuesIn(limits), Title());
+
+const FrameCase nuls[] = {
+    {"a NUL first", nul, SIP_FRAME_NUL},
+    {"a NUL in the header section", start + nul, SIP_FRAME_NUL},
+    {"a NUL in the header section comes before its lengths", start + nul + "\r\nl: x\r\n\r\n", SIP_FRAME_NUL},
+    {"a NUL behind 4094 bytes of headers", std::string(4094, 'x') + nul, SIP_FRAME_NUL},
+    {"a NUL behind 4095 bytes of headers", std::string(4095, 'x') + nul, SIP_FRAME_LONG_HEADERS},
+    {"a NUL in the body", four + "a" + nul, SIP_FRAME_NUL, four.size() + 4},
+    {"a NUL last in the body", four + "abc" + nul, SIP_FRAME_NUL, four.size() + 4},
+    {"a NUL behind the body", four + "abcd" + nul, SIP_FRAME_COMPLETE, four.size() + 4},
+    {"a NUL in a body that is too long", of_headers(100, 4000) + nul, SIP_FRAME_LONG_MESSAGE, 4100},
+};
+INSTANTIATE_TEST_SUITE_P(Nul, Frames, testing::ValuesIn(nuls), Title());
+
+// What a Content-Length line, or several, make of a message with a body of any length.
+struct LengthCase {
+    std::string title;
+    std::string lines; // between start line and empty line
+    int outcome;
+    std::size_t body = 0;
+};
+
+void PrintTo(const LengthCase &row, std::ostream *out) { *out << row.title; }
+
+class Lengths : public testing::TestWithParam<LengthCase> {};
+
+TEST_P(Lengths, are_read) {
+    const LengthCase &row = GetParam();
+    const std::string headers = start + "\r\n" + row.lines + "\r\n";
+    const std::size_t length = row.outcome == SIP_FRAME_COMPLETE ? headers.size() + row.body : 0;
+    EXPECT_EQ(frame(headers + std::string(100, 'b')), (Framed{row.outcome, length}));
+}
+
+const LengthCase lengths[] = {
+    {"in any letter case", "cOnTeNt-LENGTH: 7\r\n", SIP_FRAME_COMPLETE, 7},
+    {"compact", "l: 7\r\n", SIP_FRAME_COMPLETE, 7},
+    {"compact, as a capital", "L:7\r\n", SIP_FRAME_COMPLETE, 7},
+    {"blanks before the colon", "Content-Length \t: 7\r\n", SIP_FRAME_COMPLETE, 7},
+    {"blanks around the value", "l:\t\x01 7 \t\x1F \r\n", SIP_FRAME_COMPLETE, 7},
+    {"zeros in front", "l: 00000000000000000000000000007\r\n", SIP_FRAME_COMPLETE, 7},
+    {"twice the same, written differently", "l: 7\r\nX: y\r\nContent-Length: 07\r\n", SIP_FRAME_COMPLETE, 7},
+    {"LF alone", "l: 7\n", SIP_FRAME_COMPLETE, 7},
+    {"behind a comma that joins lines", "X: a,\r\nl: 7\r\n", SIP_FRAME_COMPLETE, 7},
+    {"another behind a comma that joins lines", "l: 7\r\nX: a,\r\nl: 8\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
+    {"in a line that begins with a blank", "l: 7\r\n l: 8\r\n", SIP_FRAME_COMPLETE, 7},
+    {"behind a CR", "l: 7\r\nX: a\rl: 8\r\n", SIP_FRAME_COMPLETE, 7},
+    {"none", "X: y\r\n", SIP_FRAME_NO_LENGTH},
+    {"a longer name", "Content-Lengthy: 7\r\nll: 7\r\n", SIP_FRAME_NO_LENGTH},
+    {"a shorter name", "Content-Lengt: 7\r\n: 7\r\n", SIP_FRAME_NO_LENGTH},
+    {"no colon", "Content-Length 7\r\nl\r\n", SIP_FRAME_NO_LENGTH},
+    {"differing", "l: 7\r\nl: 8\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
+    {"the third differing", "l: 7\r\nl: 7\r\nl: 0\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
+    {"the second broken", "l: 7\r\nl: x\r\n", SIP_FRAME_BAD_LENGTH},
+    {"empty", "l:\r\n", SIP_FRAME_BAD_LENGTH},
+    {"blank", "l: \t\r\n", SIP_FRAME_BAD_LENGTH},
+    {"on the next line", "l:\r\n 7\r\n", SIP_FRAME_BAD_LENGTH},
+    {"negative", "l: -7\r\n", SIP_FRAME_BAD_LENGTH},
+    {"with a sign", "l: +7\r\n", SIP_FRAME_BAD_LENGTH},
+    {"no number", "l: seven\r\n", SIP_FRAME_BAD_LENGTH},
+    {"hexadecimal", "l: 0x7\r\n", SIP_FRAME_BAD_LENGTH},
+    {"something behind it", "l: 7;x\r\n", SIP_FRAME_BAD_LENGTH},
+    {"two numbers", "l: 7 7\r\n", SIP_FRAME_BAD_LENGTH},
+    {"a list", "l: 7, 7\r\n", SIP_FRAME_BAD_LENGTH},
+    {"a comma that joins lines", "l: 7,\r\nX: y\r\n", SIP_FRAME_BAD_LENGTH},
+    {"a CR behind it", "l: 7\rx\r\n", SIP_FRAME_BAD_LENGTH},
+    {"a CR before it", "l: \r7\r\n", SIP_FRAME_BAD_LENGTH},
+    {"a CR before the colon", "l\r: 7\r\n", SIP_FRAME_BAD_LENGTH},
+    {"two CR", "l: 7\r\r\n", SIP_FRAME_BAD_LENGTH},
+    {"one too large", "l: 2147483648\r\n", SIP_FRAME_BAD_LENGTH},
+    {"4294967303", "l: 4294967303\r\n", SIP_FRAME_BAD_LENGTH},
+    {"18446744073709551623", "l: 18446744073709551623\r\n", SIP_FRAME_BAD_LENGTH},
+    {"thousands of digits", "l: " + std::string(3000, '9') + "\r\n", SIP_FRAME_BAD_LENGTH},
+};
+INSTANTIATE_TEST_SUITE_P(Stated, Lengths, testing::ValuesIn(lengths), Title());
+
+TEST(Frame, null_arguments) {
+    std::size_t length = 4711;
+    EXPECT_EQ(SIP_Frame_Stream(nullptr, 0, &length), SIP_FRAME_NULL_ARGUMENT);
+    EXPECT_EQ(length, 0);
+    EXPECT_EQ(SIP_Frame_Stream("x", 1, nullptr), SIP_FRAME_NULL_ARGUMENT);
+}
+
+TEST(Frame, a_length_as_the_first_line) {
+    EXPECT_EQ(frame("l: 1\r\n\r\nx"), (Framed{SIP_FRAME_COMPLETE, 9}));
+    EXPECT_EQ(frame("l: 1 SIP/2.0\r\n\r\nx"), (Framed{SIP_FRAME_BAD_LENGTH, 0}));
+}
+
+// Messages of pieces that matter to lines: the body that the decoder finds is as long as framing says.
+TEST(Frame, agrees_with_decoding) {
+    const std::string pieces[] = {"\r",   "\n",   "\r\n", ",",        ",\r\n",    "\n\n",
+                                  ",a\n", "X: y", " ",    "\r\n\r\n", "\r\n,\r\n"};
+    std::mt19937 draw(1);
+    int complete = 0;
+    for (int i = 0; i < 20000; ++i) {
+        std::string text = "OPTIONS sip:h SIP/2.0\r\nVia: v\r\nCall-ID: c\r\nCSeq: 1 OPTIONS\r\nl: 9\r\n";
+        for (auto n = draw() % 8; n > 0; --n)
+            text += pieces[draw() % std::size(pieces)];
+        text += "\r\n\r\n123456789";
+        const Framed framed = frame(text);
+        if (framed.outcome != SIP_FRAME_COMPLETE)
+            continue;
+        ++complete;
+        const std::string message = text.substr(0, framed.length);
+        const std::string body = message.substr(message.size() - 9);
+        const Guarded record(sizeof(SIP_CODE_MSG), zero);
+        ASSERT_EQ(Sip_Decode(Guarded(message).data(), &record.as<SIP_CODE_MSG>()), 1) << message;
+        ASSERT_EQ(record.as<SIP_CODE_MSG>().xml_buf, body) << message;
+    }
+    EXPECT_GT(complete, 10000);
+}
+
+} // namespace

@@ -1,0 +1,275 @@
+// Text and records from anyone: what SIP_Decode_Buffer tells, and what the encoders refuse.
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+
+#include "support/decoding.h"
+#include "support/encoding.h"
+#include "support/guarded.h"
+#include "support/members.h"
+
+#include <sipcode/decode.h>
+#include <sipcode/safe.h>
+
+namespace {
+
+using namespace support;
+
+constexpr std::string_view headers = "Via: SIP/2.0/UDP 192.0.2.1;branch=z9\nCall-ID: a\nCSeq: 1 BYE\n";
+
+std::string message(std::string_view more = "", std::string_view start = "BYE sip:b@192.0.2.2 SIP/2.0\n") {
+    return wire(std::string(start) + std::string(headers) + std::string(more) + "\n");
+}
+
+// Decodes bytes between guard pages into a stale record that ends at one; gives the record too where it is asked for.
+SIP_DECODE_REPORT report_of(std::string_view bytes, SIP_CODE_MSG *decoded = nullptr) {
+    const Guarded data = Guarded::bytes(bytes);
+    const Guarded record(sizeof(SIP_CODE_MSG), stale);
+    const Guarded report(sizeof(SIP_DECODE_REPORT), stale);
+    const int result =
+        SIP_Decode_Buffer(data.data(), bytes.size(), &record.as<SIP_CODE_MSG>(), &report.as<SIP_DECODE_REPORT>());
+    EXPECT_EQ(result, report.as<SIP_DECODE_REPORT>().outcome);
+    if (decoded != nullptr)
+        *decoded = record.as<SIP_CODE_MSG>();
+    return report.as<SIP_DECODE_REPORT>();
+}
+
+// "-7 Call-ID 4:1": outcome, header, line and column.
+std::string refusal_of(std::string_view bytes) {
+    const SIP_DECODE_REPORT told = report_of(bytes);
+    return std::to_string(told.outcome) + ' ' + told.header + ' ' + std::to_string(told.line) + ':' +
+           std::to_string(told.column);
+}
+
+TEST(SafeDecode, tells_why_and_where_it_refused) {
+    struct Row {
+        std::string text;
+        std::string told;
+    };
+    const Row rows[] = {
+        {"", "-2  1:1"},
+        {wire("\n"), "-2  1:1"},
+        {wire("BYE\n") + std::string(headers), "-2  1:1"},
+        {message("", "SIP/2.0 20\n"), "-3  1:9"},
+        {message("", "BYE <sip:b> SIP/2.0\n"), "-4  1:5"},
+        {message("", "BYE sip:b HTTP/1.1\n"), "-5  1:11"},
+        {wire("BYE sip:b SIP/2.0\n\n"), "-6  2:1"},
+        {"BYE sip:b SIP/2.0", "-6  1:18"},
+        {wire("BYE sip:b SIP/2.0\nCSeq: 1 BYE\nTo: a\n\nbody"), "-7 Call-ID 4:1"},
+        {wire("BYE sip:b SIP/2.0\nCall-ID: a\nTo: a\n\n"), "-8 CSeq 4:1"},
+        {wire("BYE sip:b SIP/2.0\ni: a\nCSeq:  x 1\n\n"), "-9 CSeq 3:8"},
+        {wire("BYE sip:b SIP/2.0\ni: a\nCSeq: 1 BYE\n\n"), "-10 Via 4:1"},
+        {message(), "1  0:0"},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(refusal_of(row.text), row.told) << row.text;
+
+    SIP_CODE_MSG record;
+    SIP_DECODE_REPORT report;
+    EXPECT_EQ(SIP_Decode_Buffer(nullptr, 1, &record, &report), SIP_DECODE_NULL_ARGUMENT);
+    EXPECT_EQ(SIP_Decode_Buffer("", 0, nullptr, &report), SIP_DECODE_NULL_ARGUMENT);
+    EXPECT_EQ(report.outcome, SIP_DECODE_NULL_ARGUMENT);
+    EXPECT_EQ(SIP_Decode_Buffer(message().data(), message().size(), &record, nullptr), SIP_DECODE_DONE);
+}
+
+// "via.branch 130>127 2:40": member, characters that stood there and were kept, place; "-" for a value cut before it was read.
+std::string cuts_of(std::string_view bytes) {
+    const SIP_DECODE_REPORT told = report_of(bytes);
+    std::string list;
+    for (const SIP_DECODE_CUT &cut : std::vector(told.cuts, told.cuts + std::min(told.cut_count, SIP_DECODE_CUTS))) {
+        const auto at = std::find_if(places().begin(), places().end(), [&](const Place &place) {
+            return cut.member >= 0 && place.offset == static_cast<std::size_t>(cut.member);
+        });
+        list += (list.empty() ? "" : " | ") + (at == places().end() ? "-" : at->path) + ' ' +
+                std::to_string(cut.length) + '>' + std::to_string(cut.kept) + ' ' + std::to_string(cut.line) + ':' +
+                std::to_string(cut.column);
+    }
+    return list;
+}
+
+TEST(SafeDecode, tells_which_values_it_cut) {
+    struct Row {
+        std::string text;
+        std::string told;
+    };
+    const auto with = [](const std::string &header) { return message(header + "\n"); };
+    const std::string sdp = wire("Content-Type: application/sdp\n\nv=0\nc=IN IP4 192.0.2.1\nm=audio 1 RTP/AVP 0\n");
+    const std::string invite = wire("INVITE sip:b SIP/2.0\nVia: SIP/2.0/UDP h;branch=z\ni: a\nCSeq: 1 INVITE\n");
+    const Row rows[] = {
+        {with("User-Agent: " + letters(62)), ""},
+        {with("User-Agent: " + letters(63)), "user_agent.useragent 63>62 5:13"},
+        {with("Call-Info: " + letters(127)), ""},
+        {with("Call-Info: " + letters(128)), "call_info.content 128>127 5:12"},
+        {with("From: <sip:" + letters(32) + "@h>;tag=" + letters(128)), "from.user 32>31 5:12 | from.tag 128>127 5:52"},
+        {with("To: <sip:u@" + letters(24) + ">"), "to.addr.ip 24>23 5:12"},
+        {with("m: <sip:a@h>;" + letters(246)), "- 256>255 5:4"},
+        {with("From: <sip:" + letters(32) + ";x@h>"), "from.user 32>31 0:0"},
+        {with("Expires: 1" + letters(500)), ""},
+        {with("Min-SE: 1" + letters(63)), "- 64>63 5:9"},
+        {with("Record-Route: " + letters(100) + "\nRecord-Route: " + letters(200)), "record_route.content 301>127 0:0"},
+        {invite + sdp + letters(512), "sdp.a_content 512>0 10:1"},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(cuts_of(row.text), row.told) << row.text;
+
+    // More than the report holds are counted all the same.
+    std::string many;
+    for (int i = 0; i < 20; ++i)
+        many += "a=T38FaxUdpEC:" + letters(40) + "\n";
+    const std::string fax = invite + wire("Content-Type: application/sdp\n\nc=IN IP4 h\nm=image 1 udptl t38\n" + many);
+    EXPECT_EQ(report_of(fax).cut_count, 20);
+}
+
+TEST(SafeDecode, uses_no_more_than_it_should) {
+    const std::string filler = message("User-Agent: x\n") + letters(5000);
+    const auto left_out = [](std::string_view text) { return report_of(text).left_out; };
+    EXPECT_EQ(left_out(filler.substr(0, 4095)), 0);
+    EXPECT_EQ(left_out(filler.substr(0, 4096)), 1);
+    const std::string ended = filler.substr(0, 4095) + '\0' + "x";
+    EXPECT_EQ(left_out(ended), 0);
+
+    SIP_CODE_MSG record;
+    report_of(message("User-Agent: x\n") + '\0' + "Event: y", &record);
+    EXPECT_STREQ(record.user_agent.useragent, "x");
+    EXPECT_STREQ(record.xml_buf, "");
+}
+
+// A stale record is as good as a clear one, for every sample.
+TEST(SafeDecode, fills_a_record_as_the_plain_decode_does) {
+    int samples = 0;
+    for (const std::string directory : {SIPCODE_TEST_DATA "/../../examples/messages", SIPCODE_TEST_DATA "/messages"})
+        for (const auto &entry : std::filesystem::directory_iterator(directory)) {
+            std::ifstream file(entry.path(), std::ios::binary);
+            std::string text(std::istreambuf_iterator<char>(file), {});
+            SIP_CODE_MSG plain{};
+            SIP_CODE_MSG buffered;
+            const int result = Sip_Decode(text.data(), &plain);
+            EXPECT_EQ(report_of(text, &buffered).outcome == SIP_DECODE_DONE, result == 1) << entry;
+            for (const Place &at : places()) {
+                if (at.is_text()) {
+                    EXPECT_EQ(text_at(buffered, at.path), text_at(plain, at.path)) << entry << at.path;
+                } else if (at.is_number()) {
+                    EXPECT_EQ(number_at(buffered, at.path), number_at(plain, at.path)) << entry << at.path;
+                }
+            }
+            ++samples;
+        }
+    EXPECT_GT(samples, 10);
+}
+
+using Encode = int (*)(char *buffer, size_t size, SIP_CODE_MSG *record);
+
+// Encodes into so much room; what is refused leaves an empty text and the record as it was.
+int result_of(Encode encode, const SIP_CODE_MSG &record, std::size_t room, std::string *text = nullptr) {
+    const Guarded input(sizeof record, zero);
+    const Guarded output(room, stale);
+    input.as<SIP_CODE_MSG>() = record;
+    const int result = encode(output.data(), room, &input.as<SIP_CODE_MSG>());
+    if (result < 0) {
+        EXPECT_STREQ(output.data(), "");
+        EXPECT_EQ(std::memcmp(&input.as<SIP_CODE_MSG>(), &record, sizeof record), 0);
+    }
+    if (text != nullptr)
+        *text = output.data();
+    return result;
+}
+
+constexpr std::string_view invite =
+    "method=INVITE | uri.user=b | uri.addr.ip=192.0.2.2 | via_count=1 | via.branch=z9hG4bK1 | via.addr.ip=192.0.2.1 | "
+    "from.user=a | from.addr.ip=192.0.2.1 | from.tag=f | to.user=b | to.addr.ip=192.0.2.2 | callid=ims-c | "
+    "cseq.seq=1 | cseq.method=INVITE | contact.user=a | contact.addr.ip=192.0.2.1 | contact.addr.port=5060";
+
+SIP_CODE_MSG invite_with(const std::string &more) { return record_of(std::string(invite) + " | " + more); }
+
+TEST(SafeEncode, refuses_what_would_break_the_message_apart) {
+    struct Row {
+        std::string members;
+        int request;
+        int response; // to the same, as a 200
+    };
+    constexpr int written = 1;
+    constexpr int broken = SIP_ENCODE_BROKEN_TEXT;
+    const Row rows[] = {
+        {"trans_type=0", written, written},
+        {"callid=a\\r", broken, broken},
+        {"callid=a\\nX: y", broken, broken},
+        {"korvadex=<\"\\>", written, written},        // a line of its own
+        {"korvadex_trunk=a\\r\\n", written, written}, // never written
+        {"user_agent.use=1 | user_agent.useragent=a\\n", broken, written},
+        {"user_agent.use=0 | user_agent.useragent=a\\n", written, written},
+        {"from.user=a\"", broken, broken},
+        {"from.user=a\\", broken, broken},
+        {"from.user=a>", broken, broken},
+        {"contact.user=a<", broken, broken},
+        {"contact.user=a\"", broken, broken},
+        {"contact.user=a\\", written, written},
+        {"uri.user=b c", broken, written},
+        {"uri.user=b\\t", broken, written},
+        {"uri.addr.ip=h SIP/2.0\\r\\nX:", broken, written},
+        {"to.tag_use=1 | to.tag=t\\r", broken, broken},
+        {"author.use=1 | author.author_type=102 | author.realm=a\"", broken, written},
+        {"authen.use=1 | authen.authen_type=401 | authen.realm=a\"", written, broken},
+        {"content.use=1", SIP_ENCODE_NO_BODY, SIP_ENCODE_NO_BODY},
+        {"content.use=1 | xml.use=1", SIP_ENCODE_NO_BODY, SIP_ENCODE_NO_BODY},
+        {"content.use=1 | content.type=a\\r | info.use=1 | info.key=5", broken, broken},
+        {"content.use=1 | info.use=1 | info.key=5", written, written},
+        {"content.use=1 | info.use=1 | info.key=55", broken, broken},
+        {"content.use=1 | info.use=1", broken, broken},
+        {"content.use=1 | msg_sdp.use=1 | msg_sdp.content=a\\r\\n\"<", written, SIP_ENCODE_NO_BODY},
+        {"content.use=1 | message_summary.use=1 | message_summary.account=a\\n", broken, SIP_ENCODE_NO_BODY},
+        {"content.use=1 | sdp.a_use=1 | sdp.a_content=a=x\\r\\n", written, written},
+        {"content.use=1 | sdp.a_use=1 | sdp.a_addr.ip=h\\r\\na=x", broken, broken},
+        {"method=0", SIP_ENCODE_BAD_METHOD, written},
+        {"method=49", SIP_ENCODE_BAD_METHOD, written},
+    };
+    for (const Row &row : rows) {
+        SIP_CODE_MSG record = invite_with(row.members);
+        EXPECT_EQ(std::min(result_of(SIP_Encode_Request_Buffer, record, SIP_REQUEST_SIZE), 1), row.request)
+            << row.members;
+        record.method = SIP_RESPONSE_MSG_200_OK;
+        EXPECT_EQ(std::min(result_of(SIP_Encode_Response_Buffer, record, SIP_RESPONSE_SIZE), 1), row.response)
+            << row.members;
+    }
+}
+
+TEST(SafeEncode, knows_its_room) {
+    const SIP_CODE_MSG record = invite_with("content.use=1 | sdp.a_use=1 | sdp.a_coders[0]=5 | via_count=2");
+    const std::string whole = encode_request(record).text;
+    std::string text;
+    EXPECT_EQ(result_of(SIP_Encode_Request_Buffer, record, whole.size() + 1, &text), static_cast<int>(whole.size()));
+    EXPECT_EQ(text, whole);
+    for (std::size_t room = 1; room <= whole.size(); ++room)
+        EXPECT_EQ(result_of(SIP_Encode_Request_Buffer, record, room), SIP_ENCODE_NO_ROOM);
+
+    SIP_CODE_MSG untouched = record;
+    char none = 'x';
+    EXPECT_EQ(SIP_Encode_Request_Buffer(&none, 0, &untouched), SIP_ENCODE_NO_ROOM);
+    EXPECT_EQ(none, 'x');
+    EXPECT_EQ(SIP_Encode_Request_Buffer(nullptr, 9, &untouched), SIP_ENCODE_NULL_ARGUMENT);
+    EXPECT_EQ(SIP_Encode_Response_Buffer(&none, 1, nullptr), SIP_ENCODE_NULL_ARGUMENT);
+    EXPECT_EQ(none, '\0');
+}
+
+// What it writes, and what it changes in the record, is what the plain encoder does.
+TEST(SafeEncode, writes_what_the_plain_encoder_does) {
+    for (int method = 1; method < SIP_CODE_METHOD_COUNT; ++method) {
+        const SIP_CODE_MSG record =
+            invite_with("method=" + std::to_string(method) +
+                        " | date.use=0 | user_phone=1 | via_count=2 | rack.rack=1 | "
+                        "supported.use=1 | content.use=1 | sdp.a_use=1 | sdp.a_coders[0]=5 | expire.use=1");
+        const bool is_request = method < SIP_RESPONSE_MSG_100_TRY;
+        const Encoded plain = is_request ? encode_request(record) : encode_response(record);
+        const Encode encode = is_request ? SIP_Encode_Request_Buffer : SIP_Encode_Response_Buffer;
+        SIP_CODE_MSG changed = record;
+        char buffer[SIP_REQUEST_SIZE];
+        EXPECT_EQ(encode(buffer, sizeof buffer, &changed), static_cast<int>(plain.text.size()));
+        EXPECT_EQ(buffer, plain.text);
+        EXPECT_EQ(std::memcmp(&changed, &plain.record, sizeof changed), 0) << method;
+    }
+}
+
+} // namespace
