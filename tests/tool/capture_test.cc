@@ -29,6 +29,9 @@ std::string message(std::string_view name, std::string_view body = "") {
 const std::string invite = message("INVITE", std::string(3000, 'x') + "\r\n");
 const std::string bye = message("BYE");
 const std::string ack = message("ACK");
+const std::string long_message = message("MESSAGE", std::string(5000, 'm'));
+const std::string unmeasured = "OPTIONS sip:a@b SIP/2.0\r\nCall-ID: c\r\n\r\n";
+const std::string with_nul = message("NOTIFY", std::string_view("a\0b", 3));
 const std::string ok = "SIP/2.0 200 OK\r\nl : 2\r\n\r\nhi";
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -289,6 +292,14 @@ const Case cases[] = {
     {"byte by byte", pcap(ethernet, stream(100, bye, 1)), line(bye.size(), "TCP", bye)},
     {"ports used again", pcap(ethernet, {syn(100), segment(100, bye), syn(7), segment(7, ack)}),
      line(2, "TCP", bye) + line(4, "TCP", ack)},
+    {"message longer than the codec decodes", pcap(ethernet, stream(100, long_message + bye, 1400)),
+     line(4, "TCP", long_message) + line(4, "TCP", bye)},
+    {"no length told",
+     pcap(ethernet,
+          {segment(100, unmeasured), segment(100 + std::uint32_t(unmeasured.size()), unmeasured + "body\r\n" + bye)}),
+     line(1, "TCP", unmeasured) + line(2, "TCP", unmeasured + "body\r\n") + line(2, "TCP", bye)},
+    {"NUL in a message", pcap(ethernet, {segment(100, with_nul + ack)}),
+     line(1, "TCP", with_nul) + line(1, "TCP", ack)},
     {"no beginning captured",
      pcap(ethernet, {segment(100, "z9hG4bK\r\nVia: SIP/2.0/TCP\r\n\r\nbody" + ("\r\n" + bye))}), line(1, "TCP", bye)},
     {"segment lost", pcap(ethernet, rest_of_lost_segment()),

@@ -3,8 +3,8 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
-#include <iterator>
+
+#include "safe.h"
 
 namespace {
 
@@ -14,11 +14,6 @@ bool equals_nocase(std::string_view a, std::string_view b) {
 }
 
 std::string_view trim_end(std::string_view text) { return text.substr(0, text.find_last_not_of(" \t\r\n") + 1); }
-
-std::string_view trim(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
-    return trim_end(text);
-}
 
 // "SIP/2.0", of any version. "SIP/2.0/UDP" stands in a Via.
 bool is_protocol(std::string_view word) {
@@ -37,32 +32,27 @@ bool is_method(std::string_view word) {
            });
 }
 
-std::size_t content_length(std::string_view line) {
-    const std::size_t colon = line.find(':');
-    const std::string_view name = trim(line.substr(0, colon));
-    if (colon == std::string_view::npos || (!equals_nocase(name, "Content-Length") && !equals_nocase(name, "l")))
-        return 0;
-    const std::string_view value = trim(line.substr(colon + 1));
-    std::size_t length = 0;
-    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), length);
-    return error == std::errc::result_out_of_range ? longest_stream_message : std::min(length, longest_stream_message);
-}
-
 } // namespace
 
-std::optional<std::size_t> stream_message_length(std::string_view text) {
-    std::size_t body = 0;
-    std::size_t line = 0;
-    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n', line)) {
-        const std::string_view content = trim(text.substr(line, end - line));
+StartLineSearch find_start_line(std::string_view text, std::size_t line) {
+    for (std::size_t end = text.find('\n', line); end != std::string_view::npos; end = text.find('\n', line)) {
+        if (is_start_line(text.substr(line, end - line)))
+            return {true, line};
         line = end + 1;
-        if (content.empty()) {
-            const std::size_t length = std::min(line + body, longest_stream_message);
-            return length <= text.size() ? std::optional(length) : std::nullopt;
-        }
-        body = std::max(body, content_length(content));
     }
-    return text.size() < longest_stream_message ? std::nullopt : std::optional(longest_stream_message);
+    return {false, line};
+}
+
+std::optional<std::size_t> stream_message_length(std::string_view text) {
+    std::size_t length = 0;
+    if (SIP_Frame_Stream(text.data(), text.size(), &length) == SIP_FRAME_MORE)
+        return std::nullopt;
+    if (length == 0) {
+        const StartLineSearch next = find_start_line(text, text.find('\n') + 1);
+        return next.found ? next.line : text.size();
+    }
+    length = std::min(length, longest_stream_message);
+    return length <= text.size() ? std::optional(length) : std::nullopt;
 }
 
 bool is_start_line(std::string_view line) {

@@ -23,18 +23,6 @@ void drop(std::vector<std::uint8_t> &bytes, std::size_t count) {
     bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
 }
 
-// Length of what stands in front of the first line that begins a message: line ends that keep a connection alive, and the
-// rest of a message whose beginning was not captured. The last line may still be growing.
-std::size_t length_to_message(std::string_view text) {
-    std::size_t line = 0;
-    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n', line)) {
-        if (is_start_line(text.substr(line, end - line)))
-            return line;
-        line = end + 1;
-    }
-    return text.size() - line > longest_stream_message ? text.size() : line;
-}
-
 } // namespace
 
 void TcpStreams::add(const Segment &segment, const PacketMark &mark) {
@@ -69,14 +57,19 @@ void TcpStreams::deliver_whole(Entry &entry) {
     auto &[key, stream] = entry;
     std::vector<std::uint8_t> &bytes = stream.data.payload();
     std::string_view rest = text_of(bytes);
+    // In front of a message may stand line ends that keep a connection alive, and the rest of one whose beginning was not
+    // captured.
     for (;;) {
-        rest.remove_prefix(length_to_message(rest));
-        const std::optional<std::size_t> length = stream_message_length(rest);
+        const StartLineSearch start = find_start_line(rest, 0);
+        rest.remove_prefix(start.line);
+        const std::optional<std::size_t> length = start.found ? stream_message_length(rest) : std::nullopt;
         if (!length)
             break;
         deliver_(key.first, key.second, stream.last, rest.substr(0, *length), true);
         rest.remove_prefix(*length);
     }
+    if (rest.size() > longest_stream_message)
+        rest = {};
     drop(bytes, bytes.size() - rest.size());
 }
 
