@@ -141,7 +141,7 @@ void Endpoint::acknowledge_refusal(const ClientTransaction &transaction) {
     ack.via = invite.via;
     ack.from = invite.from;
     ack.to = received_.to;
-    ack.to.tag_use = 1;
+    ack.to.tag_use = ack.to.tag[0] != '\0';
     ack.record_route = invite.record_route;
     set_text(ack.callid, invite.callid);
     fill_own(ack, transaction.to);

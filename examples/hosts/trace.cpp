@@ -48,7 +48,7 @@ class Details {
 void add_timers(Details &details, const SIP_CODE_MSG &record) {
     const bool tells_expiry =
         record.cseq.method == SIP_REQUEST_MSG_REGISTER || record.cseq.method == SIP_REQUEST_MSG_SUBCRIBE;
-    if (tells_expiry && record.authen.use == 0)
+    if (tells_expiry && (is_request(record) || status_code(record) == 200))
         details.add("expires {}", record.expire.expires);
     if (record.session_expires.use == 1)
         details.add("session expires {}", record.session_expires.sessionexpires);
