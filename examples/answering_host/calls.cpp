@@ -77,8 +77,8 @@ void Calls::on_invite(const SIP_CODE_MSG &request, const Peer &from) {
     Call *const call = find_in_order(request, head);
     if (call == nullptr || refused(request, head))
         return;
-    if (call->state != Call::State::running)
-        return refuse(head, SIP_RESPONSE_MSG_500_SERVER_INTERNAL_ERROR); // the INVITE before is not answered yet
+    if (call->state != Call::State::running) // the INVITE before it is not at its end
+        return endpoint_.respond(head, SIP_RESPONSE_MSG_500_SERVER_INTERNAL_ERROR);
     change(*call, request, head);
 }
 
@@ -87,11 +87,11 @@ bool Calls::refused(const SIP_CODE_MSG &request, const ResponseHead &head) {
     if (is_new && settings_.authenticate && !registrar_.admit(request, head))
         return true;
     if (is_new && calls_.size() == max_calls) {
-        refuse(head, SIP_RESPONSE_MSG_503);
+        endpoint_.respond(head, SIP_RESPONSE_MSG_503);
         return true;
     }
     if (request.require.use == 1 && !lists_all(extensions, request.require.REQUIRE)) {
-        refuse(head, SIP_RESPONSE_MSG_400_BAD_REQUEST); // the codec has no 420
+        endpoint_.respond(head, SIP_RESPONSE_MSG_400_BAD_REQUEST); // the codec has no 420
         return true;
     }
     if (asks_for_timer(request) && request.session_expires.sessionexpires < settings_.shortest_session.count()) {
@@ -116,8 +116,8 @@ std::optional<SIP_SDP> Calls::describe(const SIP_CODE_MSG &request) const {
 void Calls::start(const SIP_CODE_MSG &request, const ResponseHead &head) {
     const std::optional<SIP_SDP> sdp = describe(request);
     if (!sdp)
-        return refuse(head, SIP_RESPONSE_MSG_488_NOT_ACCEPTABLE_HERE);
-    endpoint_.respond(head, head.response(SIP_RESPONSE_MSG_100_TRY));
+        return endpoint_.respond(head, SIP_RESPONSE_MSG_488_NOT_ACCEPTABLE_HERE);
+    endpoint_.respond(head, SIP_RESPONSE_MSG_100_TRY);
     Call &call = *calls_.emplace(dialog_name(head.callid, head.to.tag), std::make_unique<Call>(io_, request, head))
                       .first->second;
     invites_[head.transaction] = &call;
@@ -133,7 +133,8 @@ void Calls::start(const SIP_CODE_MSG &request, const ResponseHead &head) {
 void Calls::progress(Call &call) {
     call.state = Call::State::proving;
     call.rseq = 1;
-    SIP_CODE_MSG response = with_contact(call.invite.response(SIP_RESPONSE_MSG_183_RING));
+    SIP_CODE_MSG response = call.invite.response(SIP_RESPONSE_MSG_183_RING);
+    add_contact(response);
     response.rseq = {1, call.rseq};
     response.require.use = 1;
     set_text(response.require.REQUIRE, "100rel");
@@ -150,14 +151,16 @@ void Calls::on_prack(const SIP_CODE_MSG &request, const Peer &from) {
     const SIP_RACK &rack = request.rack;
     if (call->state != Call::State::proving || rack.rack != call->rseq || rack.cseq != call->invite.cseq.seq ||
         rack.method != SIP_REQUEST_MSG_INVITE)
-        return refuse(head, SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
-    endpoint_.respond(head, head.response(SIP_RESPONSE_MSG_200_OK));
+        return endpoint_.respond(head, SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
+    endpoint_.respond(head, SIP_RESPONSE_MSG_200_OK);
     call->state = Call::State::ringing;
     take_after_ringing(*call);
 }
 
 void Calls::ring(Call &call) {
-    endpoint_.respond(call.invite, with_contact(call.invite.response(SIP_RESPONSE_MSG_180_RING)));
+    SIP_CODE_MSG response = call.invite.response(SIP_RESPONSE_MSG_180_RING);
+    add_contact(response);
+    endpoint_.respond(call.invite, response);
     take_after_ringing(call);
 }
 
@@ -172,6 +175,7 @@ void Calls::take(Call &call) {
     SIP_CODE_MSG response = accepted(call, call.invite);
     if (!call.sdp_is_sent)
         set_session(response, call.sdp, call.version);
+    call.sdp_is_sent = true;
     call.state = Call::State::taken;
     await_answer(call, response);
 }
@@ -192,7 +196,7 @@ void Calls::on_ack(const SIP_CODE_MSG &request) {
 void Calls::change(Call &call, const SIP_CODE_MSG &request, const ResponseHead &head) {
     const std::optional<SIP_SDP> sdp = describe(request);
     if (!sdp)
-        return refuse(head, SIP_RESPONSE_MSG_488_NOT_ACCEPTABLE_HERE);
+        return endpoint_.respond(head, SIP_RESPONSE_MSG_488_NOT_ACCEPTABLE_HERE);
     set_timer(call, request);
     const bool is_invite = request.method == SIP_REQUEST_MSG_INVITE;
     if (is_invite) {
@@ -216,8 +220,12 @@ void Calls::change(Call &call, const SIP_CODE_MSG &request, const ResponseHead &
 
 void Calls::on_update(const SIP_CODE_MSG &request, const Peer &from) {
     const ResponseHead head(request, from);
-    if (Call *const call = find_in_order(request, head); call != nullptr && !refused(request, head))
-        change(*call, request, head);
+    Call *const call = find_in_order(request, head);
+    if (call == nullptr || refused(request, head))
+        return;
+    if (has_session(request) && !call->sdp_is_sent) // the offer of the INVITE is not answered yet
+        return endpoint_.respond(head, SIP_RESPONSE_MSG_500_SERVER_INTERNAL_ERROR);
+    change(*call, request, head);
 }
 
 void Calls::on_info(const SIP_CODE_MSG &request, const Peer &from) {
@@ -226,7 +234,7 @@ void Calls::on_info(const SIP_CODE_MSG &request, const Peer &from) {
         return;
     if (request.info.use == 1)
         output_.line(fmt::format("digit {} from {}", printable(request.info.key), printable(request.from.user)));
-    endpoint_.respond(head, head.response(SIP_RESPONSE_MSG_200_OK));
+    endpoint_.respond(head, SIP_RESPONSE_MSG_200_OK);
 }
 
 void Calls::on_bye(const SIP_CODE_MSG &request, const Peer &from) {
@@ -234,7 +242,7 @@ void Calls::on_bye(const SIP_CODE_MSG &request, const Peer &from) {
     Call *const call = find_in_order(request, head);
     if (call == nullptr)
         return;
-    endpoint_.respond(head, head.response(SIP_RESPONSE_MSG_200_OK));
+    endpoint_.respond(head, SIP_RESPONSE_MSG_200_OK);
     if (call->state < Call::State::taken)
         terminate(*call, SIP_RESPONSE_MSG_487_REQUEST_TERMINATED);
     else
@@ -245,10 +253,10 @@ void Calls::on_cancel(const SIP_CODE_MSG &request, const Peer &from) {
     ResponseHead head(request, from);
     const auto invite = invites_.find(transaction_name(request, SIP_REQUEST_MSG_INVITE));
     if (invite == invites_.end())
-        return refuse(head, SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
+        return endpoint_.respond(head, SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
     Call &call = *invite->second;
     head.to = call.invite.to;
-    endpoint_.respond(head, head.response(SIP_RESPONSE_MSG_200_OK));
+    endpoint_.respond(head, SIP_RESPONSE_MSG_200_OK);
     if (call.state < Call::State::taken) // else it comes too late, and changes nothing
         terminate(call, SIP_RESPONSE_MSG_487_REQUEST_TERMINATED);
 }
@@ -266,11 +274,11 @@ Calls::Call *Calls::find(const SIP_CODE_MSG &request) {
 Calls::Call *Calls::find_in_order(const SIP_CODE_MSG &request, const ResponseHead &head) {
     Call *const call = find(request);
     if (call == nullptr || call->state == Call::State::ended) {
-        refuse(head, SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
+        endpoint_.respond(head, SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
         return nullptr;
     }
     if (request.cseq.seq <= call->dialog.remote_cseq) {
-        refuse(head, SIP_RESPONSE_MSG_500_SERVER_INTERNAL_ERROR);
+        endpoint_.respond(head, SIP_RESPONSE_MSG_500_SERVER_INTERNAL_ERROR);
         return nullptr;
     }
     call->dialog.remote_cseq = request.cseq.seq;
@@ -279,17 +287,15 @@ Calls::Call *Calls::find_in_order(const SIP_CODE_MSG &request, const ResponseHea
 
 // --------------------------------------------------------------------------------------------------------------- answers
 
-void Calls::refuse(const ResponseHead &head, sip_code_method status) { endpoint_.respond(head, head.response(status)); }
-
-SIP_CODE_MSG Calls::with_contact(SIP_CODE_MSG response) const {
+void Calls::add_contact(SIP_CODE_MSG &response) const {
     response.contact = endpoint_.contact(response.to.user[0] != '\0' ? response.to.user : "host");
-    return response;
 }
 
 // The 200 to an INVITE or UPDATE. The caller keeps the session timer running: a refresh of this side would need an UPDATE with
 // Session-Expires, which the encoder writes in an INVITE alone.
 SIP_CODE_MSG Calls::accepted(const Call &call, const ResponseHead &head) const {
-    SIP_CODE_MSG response = with_contact(head.response(SIP_RESPONSE_MSG_200_OK));
+    SIP_CODE_MSG response = head.response(SIP_RESPONSE_MSG_200_OK);
+    add_contact(response);
     response.supported.use = 1;
     set_text(response.supported.SUPPORTED, extensions);
     response.session_expires = call.session_timer;
@@ -313,7 +319,7 @@ void Calls::set_timer(Call &call, const SIP_CODE_MSG &request) const {
 // ------------------------------------------------------------------------------------------------------------ what is due
 
 // Sends a response to the INVITE, and again until PRACK or ACK answers it (RFC 3261 section 13.3.1.4, RFC 3262 section 3).
-void Calls::await_answer(Call &call, const SIP_CODE_MSG &response) {
+void Calls::await_answer(Call &call, SIP_CODE_MSG &response) {
     call.unanswered = endpoint_.respond(call.invite, response);
     call.interval = first_interval;
     call.answer_due = Clock::now() + answer_time;
@@ -342,7 +348,8 @@ void Calls::give_up(Call &call) {
 
 void Calls::terminate(Call &call, sip_code_method status) {
     call.state = Call::State::ended;
-    await_answer(call, call.invite.response(status));
+    SIP_CODE_MSG response = call.invite.response(status);
+    await_answer(call, response);
 }
 
 void Calls::run(Call &call) {

@@ -59,12 +59,11 @@ class Calls {
     void change(Call &call, const SIP_CODE_MSG &request, const ResponseHead &head);
     void terminate(Call &call, sip_code_method status);
 
-    void refuse(const ResponseHead &head, sip_code_method status);
-    SIP_CODE_MSG with_contact(SIP_CODE_MSG response) const;
+    void add_contact(SIP_CODE_MSG &response) const;
     SIP_CODE_MSG accepted(const Call &call, const ResponseHead &head) const;
     void set_timer(Call &call, const SIP_CODE_MSG &request) const;
 
-    void await_answer(Call &call, const SIP_CODE_MSG &response);
+    void await_answer(Call &call, SIP_CODE_MSG &response);
     void send_later(Call &call);
     void give_up(Call &call);
     void run(Call &call);

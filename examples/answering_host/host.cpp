@@ -39,9 +39,9 @@ void AnsweringHost::on_request(const SIP_CODE_MSG &request, const Peer &from) {
     case SIP_REQUEST_MSG_MESSAGE:
         return on_message(request, from);
     case SIP_REQUEST_MSG_NOTIFY: // nothing was subscribed to
-        return refuse(request, from, SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
+        return endpoint_.respond(ResponseHead(request, from), SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
     default:
-        return refuse(request, from, SIP_RESPONSE_MSG_501_NOT_IMPLEMENTED);
+        return endpoint_.respond(ResponseHead(request, from), SIP_RESPONSE_MSG_501_NOT_IMPLEMENTED);
     }
 }
 
@@ -56,13 +56,7 @@ void AnsweringHost::on_options(const SIP_CODE_MSG &request, const Peer &from) {
 
 void AnsweringHost::on_message(const SIP_CODE_MSG &request, const Peer &from) {
     output_.line(fmt::format("{} writes: {}", printable(request.from.user), printable(request.msg_sdp.content)));
-    const ResponseHead head(request, from);
-    endpoint_.respond(head, head.response(SIP_RESPONSE_MSG_200_OK));
-}
-
-void AnsweringHost::refuse(const SIP_CODE_MSG &request, const Peer &from, sip_code_method status) {
-    const ResponseHead head(request, from);
-    endpoint_.respond(head, head.response(status));
+    endpoint_.respond(ResponseHead(request, from), SIP_RESPONSE_MSG_200_OK);
 }
 
 std::string AnsweringHost::summary() const {

@@ -30,7 +30,6 @@ class AnsweringHost {
     void on_request(const SIP_CODE_MSG &request, const Peer &from);
     void on_options(const SIP_CODE_MSG &request, const Peer &from);
     void on_message(const SIP_CODE_MSG &request, const Peer &from);
-    void refuse(const SIP_CODE_MSG &request, const Peer &from, sip_code_method status);
 
     Output &output_;
     Trace trace_;

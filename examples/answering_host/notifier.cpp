@@ -47,7 +47,7 @@ Notifier::~Notifier() = default;
 void Notifier::on_subscribe(const SIP_CODE_MSG &request, const Peer &from) {
     const ResponseHead head(request, from);
     if (event_of(request) != summary_event)
-        return static_cast<void>(endpoint_.respond(head, head.response(SIP_RESPONSE_MSG_400_BAD_REQUEST))); // no 489
+        return endpoint_.respond(head, SIP_RESPONSE_MSG_400_BAD_REQUEST); // no 489
     Subscription *const subscription = find_or_add(request, head);
     if (subscription == nullptr)
         return;
@@ -71,8 +71,7 @@ Notifier::Subscription *Notifier::find_or_add(const SIP_CODE_MSG &request, const
         return found->second.get();
     const bool has_room = subscriptions_.size() < max_subscriptions;
     if (!is_new || !has_room) {
-        endpoint_.respond(
-            head, head.response(is_new ? SIP_RESPONSE_MSG_503 : SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST));
+        endpoint_.respond(head, is_new ? SIP_RESPONSE_MSG_503 : SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
         return nullptr;
     }
     return subscriptions_.emplace(name, std::make_unique<Subscription>(io_, Dialog(head, request))).first->second.get();
@@ -141,7 +140,7 @@ void Notifier::on_refer(const SIP_CODE_MSG &request, const Peer &from) {
     if (dialog == nullptr)
         return;
     if (request.refer_to.use != 1) { // the codec reads no Refer-To without a Referred-By
-        endpoint_.respond(head, head.response(SIP_RESPONSE_MSG_400_BAD_REQUEST));
+        endpoint_.respond(head, SIP_RESPONSE_MSG_400_BAD_REQUEST);
         return;
     }
     SIP_CODE_MSG response = head.response(SIP_RESPONSE_MSG_202_OK);

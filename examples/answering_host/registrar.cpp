@@ -41,14 +41,10 @@ bool Registrar::admit(const SIP_CODE_MSG &request, const ResponseHead &head) {
     }
     const std::string_view user = is_register ? request.to.user : request.from.user;
     if (user != credentials.username || user != request.from.user || !is_right(credentials, request.method)) {
-        refuse(head, SIP_RESPONSE_MSG_403_FORBIDDEN);
+        endpoint_.respond(head, SIP_RESPONSE_MSG_403_FORBIDDEN);
         return false;
     }
     return true;
-}
-
-void Registrar::refuse(const ResponseHead &head, sip_code_method status) {
-    endpoint_.respond(head, head.response(status));
 }
 
 // The challenge has no qop: of the credentials the record keeps neither cnonce nor nonce count, which its check would need.

@@ -33,7 +33,6 @@ class Registrar {
         Binding binding;
     };
 
-    void refuse(const ResponseHead &head, sip_code_method status);
     void challenge(const ResponseHead &head, sip_code_method status);
     bool is_right(const SIP_AUTHOR &credentials, int method) const;
     void bind(const SIP_CODE_MSG &request, Binding &binding);

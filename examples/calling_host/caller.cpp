@@ -176,14 +176,13 @@ void CallingHost::on_request(const SIP_CODE_MSG &request, const Peer &from) {
         dialog_ && dialog_->callid == request.callid && std::string_view(dialog_->local.tag) == request.to.tag;
     if (!is_of_call) {
         const bool is_call = request.method == SIP_REQUEST_MSG_INVITE && request.to.tag[0] == '\0';
-        endpoint_.respond(head, head.response(is_call ? SIP_RESPONSE_MSG_486_BUSY_HERE
-                                                      : SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST));
+        endpoint_.respond(head, is_call ? SIP_RESPONSE_MSG_486_BUSY_HERE
+                                        : SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
         return;
     }
     const bool is_notify = request.method == SIP_REQUEST_MSG_NOTIFY;
     const bool is_bye = request.method == SIP_REQUEST_MSG_BYE;
-    endpoint_.respond(
-        head, head.response(is_notify || is_bye ? SIP_RESPONSE_MSG_200_OK : SIP_RESPONSE_MSG_501_NOT_IMPLEMENTED));
+    endpoint_.respond(head, is_notify || is_bye ? SIP_RESPONSE_MSG_200_OK : SIP_RESPONSE_MSG_501_NOT_IMPLEMENTED);
     if (is_notify)
         on_notify(request);
     if (is_bye) {

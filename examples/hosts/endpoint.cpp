@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <asio/post.hpp>
 #include <fmt/format.h>
 
 #include <sipcode/encode.h>
@@ -12,6 +13,12 @@
 #include "records.h"
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+constexpr std::size_t max_clients = 10000; // requests without an answer
+
+} // namespace
 
 struct Endpoint::ClientTransaction {
     ClientTransaction(asio::io_context &io, const SIP_CODE_MSG &sent, const Peer &peer, ResponseHandler handler)
@@ -98,7 +105,12 @@ void Endpoint::receive_response(const Peer &from) {
 
 // --------------------------------------------------------------------------------------------------------------- sending
 
-std::string Endpoint::respond(const ResponseHead &head, SIP_CODE_MSG response) {
+void Endpoint::respond(const ResponseHead &head, sip_code_method status) {
+    SIP_CODE_MSG response = head.response(status);
+    respond(head, response);
+}
+
+std::string Endpoint::respond(const ResponseHead &head, SIP_CODE_MSG &response) {
     response.trans_type = head.peer.transport;
     std::string text;
     send(response, head.peer, text);
@@ -116,6 +128,8 @@ void Endpoint::respond_again(const ResponseHead &head, std::string_view text) {
 void Endpoint::request(SIP_CODE_MSG request, const Peer &to, ResponseHandler on_response) {
     Build_Via_Branch(request.via.branch);
     fill_own(request, to);
+    if (clients_.size() == max_clients)
+        return asio::post(io_, [on_response = std::move(on_response), to] { on_response(nullptr, to); });
     auto transaction = std::make_unique<ClientTransaction>(io_, request, to, std::move(on_response));
     ClientTransaction &kept = *transaction;
     clients_[request.via.branch] = std::move(transaction);

@@ -41,8 +41,10 @@ class Endpoint {
         return transport_.reach(transport, address);
     }
 
+    // Sends a response that tells no more than its status.
+    void respond(const ResponseHead &head, sip_code_method status);
     // Sends a response; returns its text, for whoever sends it again before it is asked for.
-    std::string respond(const ResponseHead &head, SIP_CODE_MSG response);
+    std::string respond(const ResponseHead &head, SIP_CODE_MSG &response);
     void respond_again(const ResponseHead &head, std::string_view text);
 
     // Sends a request until it is answered.
