@@ -7,7 +7,7 @@
 
 #include <sipcode/code.h>
 
-// Into a record that is cleared first. False when the message is refused.
+// False when the message is refused.
 bool decode(std::string_view message, SIP_CODE_MSG &record);
 
 // The request or response that the record's method asks for; empty when the codec refuses the record.

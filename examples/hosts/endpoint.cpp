@@ -112,14 +112,15 @@ void Endpoint::respond(const ResponseHead &head, sip_code_method status) {
 
 std::string Endpoint::respond(const ResponseHead &head, SIP_CODE_MSG &response) {
     response.trans_type = head.peer.transport;
-    std::string text;
-    send(response, head.peer, text);
-    if (head.peer.transport == E_UDP)
+    std::string text = send(response, head.peer);
+    if (head.peer.transport == E_UDP && !text.empty())
         responses_.keep(head.transaction, text);
     return text;
 }
 
 void Endpoint::respond_again(const ResponseHead &head, std::string_view text) {
+    if (text.empty())
+        return;
     ++counts_.sent_again;
     trace_.note(fmt::format("sent again: {}", text.substr(0, text.find('\r'))));
     transport_.send(text, head.peer);
@@ -128,21 +129,19 @@ void Endpoint::respond_again(const ResponseHead &head, std::string_view text) {
 void Endpoint::request(SIP_CODE_MSG request, const Peer &to, ResponseHandler on_response) {
     Build_Via_Branch(request.via.branch);
     fill_own(request, to);
-    if (clients_.size() == max_clients)
+    std::string text = clients_.size() < max_clients ? send(request, to) : "";
+    if (text.empty())
         return asio::post(io_, [on_response = std::move(on_response), to] { on_response(nullptr, to); });
     auto transaction = std::make_unique<ClientTransaction>(io_, request, to, std::move(on_response));
-    ClientTransaction &kept = *transaction;
+    transaction->text = std::move(text);
+    send_later(*transaction);
     clients_[request.via.branch] = std::move(transaction);
-    send(request, to, kept.text);
-    send_later(kept);
 }
 
 void Endpoint::acknowledge(const SIP_CODE_MSG &response, SIP_CODE_MSG ack, const Peer &to) {
     Build_Via_Branch(ack.via.branch);
     fill_own(ack, to);
-    std::string text;
-    send(ack, to, text);
-    acks_.keep(response.via.branch, text);
+    acks_.keep(response.via.branch, send(ack, to));
 }
 
 // The ACK to a refusal is part of the INVITE's transaction (RFC 3261 section 17.1.1.3).
@@ -159,9 +158,7 @@ void Endpoint::acknowledge_refusal(const ClientTransaction &transaction) {
     ack.record_route = invite.record_route;
     set_text(ack.callid, invite.callid);
     fill_own(ack, transaction.to);
-    std::string text;
-    send(ack, transaction.to, text);
-    acks_.keep(invite.via.branch, text);
+    acks_.keep(invite.via.branch, send(ack, transaction.to));
 }
 
 void Endpoint::send_later(ClientTransaction &transaction) {
@@ -184,15 +181,17 @@ void Endpoint::give_up(const ClientTransaction &transaction) {
     kept->on_response(nullptr, kept->to);
 }
 
-void Endpoint::send(SIP_CODE_MSG &message, const Peer &to, std::string &text) {
-    text = encode(message);
+std::string Endpoint::send(SIP_CODE_MSG &message, const Peer &to) {
+    std::string text = encode(message);
     if (text.empty()) {
-        trace_.note(fmt::format("not sent: {}", name_of(message.method)));
-        return;
+        ++counts_.refused;
+        trace_.note(fmt::format("refused: to write {} with what the other side sent", name_of(message.method)));
+        return text;
     }
     ++counts_.sent;
     trace_.message(Direction::out, to, message);
     transport_.send(text, to);
+    return text;
 }
 
 // Via and Contact of this side.

@@ -54,7 +54,7 @@ class Endpoint {
 
     struct Counts {
         std::uint64_t received = 0;
-        std::uint64_t refused = 0;
+        std::uint64_t refused = 0;  // by the codec, to read or to write
         std::uint64_t repeated = 0; // requests that came again
         std::uint64_t sent = 0;
         std::uint64_t sent_again = 0;
@@ -70,7 +70,8 @@ class Endpoint {
     void acknowledge_refusal(const ClientTransaction &transaction);
     void give_up(const ClientTransaction &transaction);
     void send_later(ClientTransaction &transaction);
-    void send(SIP_CODE_MSG &message, const Peer &to, std::string &text);
+    // Returns the text that was sent, empty when the codec refuses the record.
+    std::string send(SIP_CODE_MSG &message, const Peer &to);
     void fill_own(SIP_CODE_MSG &request, const Peer &to);
 
     asio::io_context &io_;
