@@ -52,7 +52,7 @@ build_preset() {
     if (($#)); then
         targets=(--target "$@")
     fi
-    echo "building in build/$preset"
+    echo "building $preset"
     quietly cmake --preset "$preset"
     quietly cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}" -- --quiet
 }
