@@ -33,11 +33,11 @@ int MT_Log_Process(int, int, int, const char *format, ...) {
     return 0;
 }
 
+// Every document is the same text; its type tells how wrong the host is about the length.
 int Xml_Encode(pXmldoc document, char *out, int *room) {
-    const std::size_t length = strnlen(document->content, sizeof document->content);
-    std::memcpy(out, document->content, length);
-    out[length] = '\0';
-    *room -= static_cast<int>(length);
+    constexpr char text[] = "<a/>";
+    std::memcpy(out, text, sizeof text);
+    *room -= static_cast<int>(sizeof text - 1) + document->xtype;
     return 0;
 }
 

@@ -100,11 +100,9 @@ int judge_bounded(const Encoder &encoder, const SIP_CODE_MSG &given, std::size_t
     desk.demand_intact();
     if (result < 0) {
         demand(result <= SIP_ENCODE_BAD_METHOD && result >= SIP_ENCODE_BROKEN_TEXT, "a refusal that is listed");
-        if (room == 0)
-            demand(result == SIP_ENCODE_NO_ROOM, "no room, no text");
-        else
-            demand((result == SIP_ENCODE_BAD_METHOD) == !is_method(given.method) && desk.text[0] == '\0',
-                   "a refused record has an empty text, and the method is in the table or the reason");
+        demand((result == SIP_ENCODE_BAD_METHOD) == !is_method(given.method), "a method is in the table or the reason");
+        demand(room > 0 ? desk.text[0] == '\0' : result == SIP_ENCODE_NO_ROOM || result == SIP_ENCODE_BAD_METHOD,
+               "a refused record has an empty text, where there is room for one");
         demand(std::memcmp(&given, &record, sizeof record) == 0, "a refused record is as it was");
         return result;
     }

@@ -57,14 +57,19 @@ void set_text(const Leaf &leaf, SIP_CODE_MSG &record, std::string_view value) {
     std::fill(at, end, '\0');
 }
 
+void set_document(SIP_CODE_MSG &record, std::string_view value) {
+    static Xmldoc document{};
+    document.xtype = static_cast<int>(to_number(value, 10) % 256);
+    record.xml.xml = value.empty() ? nullptr : &document;
+}
+
 void set_member(const Leaf &leaf, SIP_CODE_MSG &record, std::string_view value) {
-    static Xmldoc document;
     if (leaf.is_text())
         set_text(leaf, record, value);
     else if (leaf.member->kind == sipcode::Kind::number)
         sipcode::store_number(*leaf.member, leaf.in(record), to_value(*leaf.member, value));
     else
-        record.xml.xml = value == "0" ? nullptr : &document;
+        set_document(record, value);
 }
 
 void read_assignment(std::string_view line, SIP_CODE_MSG &record) {

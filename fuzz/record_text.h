@@ -5,7 +5,7 @@
 //   callid=ims-a@b               a text is cut at the end of its member, and has no terminator when it fills it
 //   via.branch=a\xFF\r\n         "\\" is a backslash
 //   uri.user=a\+                 the last character again and again, to the end of the member
-//   xml.xml=1                    not 0 for a document
+//   xml.xml=0                    a document; the number tells how wrong the host is about its length
 //
 // What makes no sense is passed over: a fuzzer makes much of it.
 #pragma once

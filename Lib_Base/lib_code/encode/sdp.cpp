@@ -14,7 +14,7 @@ constexpr int max_video_payloads = 4;
 
 struct static_codec {
     e_codec codec;
-    text payload;
+    char payload[8]; // put in one block
     text rtpmap;
 };
 constexpr static_codec static_codecs[] = {
@@ -112,7 +112,7 @@ void write_audio_media_line(writer &out, SIP_SDP &sdp) {
         if (codec == UNKONW)
             continue;
         if (const static_codec *const known = find_static(codec); known != nullptr)
-            out.append(known->payload);
+            out.line<"%s">(known->payload);
         for_each_dynamic(sdp, codec, [&out](int payload) { out.line<" %d">(payload); });
     }
     out.append("\r\n");

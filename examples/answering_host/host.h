@@ -1,0 +1,40 @@
+// A host that answers: it brings each request to the part that knows its method.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "calls.h"
+#include "hosts/endpoint.h"
+#include "notifier.h"
+#include "registrar.h"
+
+struct HostSettings {
+    unsigned short port = 5060;
+    bool trace = false;
+    std::string realm = "example.com";
+    std::vector<Account> accounts;
+    CallSettings calls;
+};
+
+class AnsweringHost {
+  public:
+    AnsweringHost(asio::io_context &io, Output &output, const HostSettings &settings);
+
+    unsigned short port() const { return endpoint_.port(); }
+
+    // What happened until now, in one line.
+    std::string summary() const;
+
+  private:
+    void on_request(const SIP_CODE_MSG &request, const Peer &from);
+    void on_options(const SIP_CODE_MSG &request, const Peer &from);
+    void on_message(const SIP_CODE_MSG &request, const Peer &from);
+
+    Output &output_;
+    Trace trace_;
+    Endpoint endpoint_;
+    Registrar registrar_;
+    Calls calls_;
+    Notifier notifier_;
+};

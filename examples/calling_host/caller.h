@@ -1,0 +1,71 @@
+// A host that calls: it registers, places a call, sends a digit, transfers the call and hangs up, each step behind the other.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "hosts/digest.h"
+#include "hosts/endpoint.h"
+#include "hosts/session.h"
+
+struct CallerSettings {
+    unsigned short port = 0;
+    bool trace = false;
+    TRANS_TYPE_E transport = E_UDP;
+    asio::ip::udp::endpoint server;
+    Account account{"1001", ""};
+    bool registers = false;
+    std::string callee;      // none when empty
+    std::string digit;       // none when empty
+    std::string transfer_to; // none when empty
+    std::chrono::milliseconds talk{0};
+    Media media{.port = 41000};
+};
+
+class CallingHost {
+  public:
+    CallingHost(asio::io_context &io, Output &output, const CallerSettings &settings);
+
+    // Takes the steps; the context stops behind the last one, or behind the first that fails.
+    void start();
+    bool succeeded() const { return succeeded_; }
+
+  private:
+    using Answered = std::function<void(const SIP_CODE_MSG &response, const Peer &from)>;
+
+    void register_user();
+    void call();
+    void send_digit();
+    void transfer();
+    void hang_up();
+
+    void on_progress(const SIP_CODE_MSG &response, const Peer &from);
+    void on_taken(const SIP_CODE_MSG &response, const Peer &from);
+    void on_request(const SIP_CODE_MSG &request, const Peer &from);
+    void on_notify(const SIP_CODE_MSG &request);
+
+    SIP_CODE_MSG request_to_server(sip_code_method method, std::string_view user);
+    void ask(SIP_CODE_MSG request, Answered on_accepted);
+    void ask_with_credentials(SIP_CODE_MSG request, const SIP_AUTHEN &challenge, Answered on_accepted);
+    void stop();
+    void fail(std::string_view reason);
+    void done(std::string_view what);
+
+    asio::io_context &io_;
+    Output &output_;
+    CallerSettings settings_;
+    Trace trace_;
+    Endpoint endpoint_;
+    Peer server_;
+    Alarm alarm_;
+    SIP_CODE_MSG invite_{}; // the last one that was sent
+    std::optional<Dialog> dialog_;
+    int last_cseq_ = 0; // outside of the dialog
+    int last_rseq_ = 0;
+    bool hanging_up_ = false;
+    bool failed_ = false;
+    bool succeeded_ = false;
+};

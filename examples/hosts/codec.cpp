@@ -1,0 +1,38 @@
+// The codec, see codec.h. No other file of the hosts calls it to read or write a message.
+#include "codec.h"
+
+#include <algorithm>
+#include <array>
+
+#include <sipcode/encode.h>
+#include <sipcode/safe.h>
+
+bool decode(std::string_view message, SIP_CODE_MSG &record) {
+    return SIP_Decode_Buffer(message.data(), message.size(), &record, nullptr) == SIP_DECODE_DONE;
+}
+
+std::string encode(SIP_CODE_MSG &record) {
+    std::array<char, std::max(SIP_REQUEST_SIZE, SIP_RESPONSE_SIZE)> text;
+    const bool is_request = record.method < SIP_RESPONSE_MSG_100_TRY;
+    const int length = is_request ? SIP_Encode_Request_Buffer(text.data(), text.size(), &record)
+                                  : SIP_Encode_Response_Buffer(text.data(), text.size(), &record);
+    return length > 0 ? std::string(text.data(), static_cast<std::size_t>(length)) : std::string();
+}
+
+Frame frame(std::string_view stream) {
+    Frame found{Framing::broken, 0};
+    switch (SIP_Frame_Stream(stream.data(), stream.size(), &found.length)) {
+    case SIP_FRAME_KEEP_ALIVE:
+        found.what = Framing::keep_alive;
+        break;
+    case SIP_FRAME_COMPLETE:
+        found.what = Framing::message;
+        break;
+    case SIP_FRAME_MORE:
+        found.what = Framing::incomplete;
+        break;
+    default: // one message too long could be skipped, but its sender waits for an answer that never comes
+        break;
+    }
+    return found;
+}

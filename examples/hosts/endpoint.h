@@ -1,0 +1,86 @@
+// Messages in and out, with what RFC 3261 section 17 asks of both sides: a request that comes again gets its answer again, one
+// that goes unanswered is sent again.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include <asio/io_context.hpp>
+
+#include <sipcode/code.h>
+
+#include "alarm.h"
+#include "dialog.h"
+#include "kept_messages.h"
+#include "trace.h"
+#include "transport.h"
+
+// RFC 3261 section 17.1.1.1
+constexpr std::chrono::milliseconds first_interval{500};
+constexpr std::chrono::seconds longest_interval{4};
+constexpr std::chrono::seconds answer_time{32};
+constexpr std::chrono::minutes ringing_time{3};
+
+class Endpoint {
+  public:
+    // Every request that is not a repetition, ACK included. Both references hold during the call alone.
+    using RequestHandler = std::function<void(const SIP_CODE_MSG &request, const Peer &from)>;
+    // Every response to a request that was sent; null when none came in time.
+    using ResponseHandler = std::function<void(const SIP_CODE_MSG *response, const Peer &from)>;
+
+    Endpoint(asio::io_context &io, unsigned short port, Trace &trace, RequestHandler on_request);
+    ~Endpoint();
+
+    unsigned short port() const { return transport_.port(); }
+    SIP_CONTACT contact(std::string_view user) const;
+    Peer reach(TRANS_TYPE_E transport, const asio::ip::udp::endpoint &address) {
+        return transport_.reach(transport, address);
+    }
+
+    // Sends a response that tells no more than its status.
+    void respond(const ResponseHead &head, sip_code_method status);
+    // Sends a response; returns its text, for whoever sends it again before it is asked for.
+    std::string respond(const ResponseHead &head, SIP_CODE_MSG &response);
+    void respond_again(const ResponseHead &head, std::string_view text);
+
+    // Sends a request until it is answered.
+    void request(SIP_CODE_MSG request, const Peer &to, ResponseHandler on_response);
+    // Sends the ACK to a 2xx, and again whenever that comes again.
+    void acknowledge(const SIP_CODE_MSG &response, SIP_CODE_MSG ack, const Peer &to);
+
+    struct Counts {
+        std::uint64_t received = 0;
+        std::uint64_t refused = 0;  // by the codec, to read or to write
+        std::uint64_t repeated = 0; // requests that came again
+        std::uint64_t sent = 0;
+        std::uint64_t sent_again = 0;
+    };
+    const Counts &counts() const { return counts_; }
+
+  private:
+    struct ClientTransaction;
+
+    void receive(std::string_view message, const Peer &from);
+    void receive_request(const Peer &from);
+    void receive_response(const Peer &from);
+    void acknowledge_refusal(const ClientTransaction &transaction);
+    void give_up(const ClientTransaction &transaction);
+    void send_later(ClientTransaction &transaction);
+    // Returns the text that was sent, empty when the codec refuses the record.
+    std::string send(SIP_CODE_MSG &message, const Peer &to);
+    void fill_own(SIP_CODE_MSG &request, const Peer &to);
+
+    asio::io_context &io_;
+    Trace &trace_;
+    RequestHandler on_request_;
+    SIP_CODE_MSG received_{};
+    KeptMessages responses_;                                                      // by transaction
+    KeptMessages acks_;                                                           // by the branch of their INVITE
+    std::unordered_map<std::string, std::unique_ptr<ClientTransaction>> clients_; // by branch
+    Counts counts_;
+    Transport transport_;
+};

@@ -1,0 +1,32 @@
+// Messages that may have to be sent again, see kept_messages.h.
+#include "kept_messages.h"
+
+#include <utility>
+
+namespace {
+
+constexpr std::size_t capacity = 16384;
+constexpr std::chrono::seconds lifetime{32}; // 64 times T1: by then nobody asks again (RFC 3261 section 17.2.2)
+
+} // namespace
+
+void KeptMessages::keep(const std::string &name, std::string message) {
+    const auto now = Clock::now();
+    while (!turns_.empty() && (turns_.size() == capacity || turns_.front().until <= now))
+        drop_first();
+    messages_.insert_or_assign(name, Kept{std::move(message), now + lifetime});
+    turns_.push_back({name, now + lifetime});
+}
+
+const std::string *KeptMessages::find(const std::string &name) const {
+    const auto found = messages_.find(name);
+    return found != messages_.end() ? &found->second.message : nullptr;
+}
+
+// A message that was kept anew since has a later turn.
+void KeptMessages::drop_first() {
+    const auto found = messages_.find(turns_.front().name);
+    if (found != messages_.end() && found->second.until == turns_.front().until)
+        messages_.erase(found);
+    turns_.pop_front();
+}

@@ -1,0 +1,34 @@
+// Messages that may have to be sent again, by what they are asked for with. Bounded in number and time: the oldest goes first.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <string>
+#include <unordered_map>
+
+class KeptMessages {
+  public:
+    // Takes the place of what was kept under this name.
+    void keep(const std::string &name, std::string message);
+
+    // Null when there is none.
+    const std::string *find(const std::string &name) const;
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Kept {
+        std::string message;
+        Clock::time_point until;
+    };
+    struct Turn {
+        std::string name;
+        Clock::time_point until;
+    };
+
+    void drop_first();
+
+    std::unordered_map<std::string, Kept> messages_;
+    std::deque<Turn> turns_; // one for each keep(), in the order in which they end
+};

@@ -1,0 +1,204 @@
+// Offer and answer, see session.h.
+//
+// The record has the codecs and payload numbers of an offer. Where its streams differ in direction or address it cannot tell, so
+// these are looked up in the text of each stream.
+#include "session.h"
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <optional>
+#include <string_view>
+
+#include <fmt/format.h>
+
+#include "records.h"
+
+namespace {
+
+// --------------------------------------------------------------------------------------------------- text of the streams
+
+struct Description {
+    std::string_view session; // what stands before the first stream
+    std::vector<std::string_view> streams;
+};
+
+Description split(std::string_view body) {
+    constexpr std::string_view mark = "\nm=";
+    Description found;
+    std::size_t end = body.find(mark);
+    found.session = body.substr(0, end);
+    while (end != std::string_view::npos) {
+        const std::size_t begin = end + 1;
+        end = body.find(mark, begin);
+        found.streams.push_back(body.substr(begin, end == std::string_view::npos ? end : end - begin));
+    }
+    return found;
+}
+
+std::vector<std::string_view> lines_of(std::string_view text) {
+    std::vector<std::string_view> lines;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        const std::string_view line = text.substr(0, end);
+        lines.push_back(line.ends_with('\r') ? line.substr(0, line.size() - 1) : line);
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return lines;
+}
+
+bool has_line(std::string_view text, std::string_view wanted) {
+    const auto lines = lines_of(text);
+    return std::find(lines.begin(), lines.end(), wanted) != lines.end();
+}
+
+// "m=audio 4000 RTP/AVP 0"
+bool is_stream(std::string_view text, std::string_view medium) {
+    const std::string_view line = lines_of(text).front();
+    return line.starts_with(fmt::format("m={} ", medium)) && line.find(" RTP/AVP ") != std::string_view::npos;
+}
+
+bool is_answerable(const Description &offer) {
+    const auto &streams = offer.streams;
+    return (streams.size() == 1 && is_stream(streams[0], "audio")) ||
+           (streams.size() == 2 && is_stream(streams[0], "audio") && is_stream(streams[1], "video"));
+}
+
+// ------------------------------------------------------------------------------------------------------------- direction
+
+enum Flow : unsigned { none = 0, sends = 1, receives = 2, both = 3 };
+
+constexpr std::string_view direction_names[] = {"a=sendrecv", "a=sendonly", "a=recvonly", "a=inactive"};
+constexpr unsigned flows[] = {both, sends, receives, none};
+
+std::optional<unsigned> flow_in(std::string_view text) {
+    for (std::size_t i = 0; i < std::size(direction_names); ++i)
+        if (has_line(text, direction_names[i]))
+            return flows[i];
+    return std::nullopt;
+}
+
+// Index of the direction that answers a stream: what the other side sends is received, and nothing is sent to one that does
+// not receive or that has no address.
+int answer_direction(const Description &offer, std::string_view stream) {
+    unsigned flow = flow_in(stream).value_or(flow_in(offer.session).value_or(both));
+    constexpr std::string_view no_address = "c=IN IP4 0.0.0.0";
+    const bool own_address = stream.find("\nc=") != std::string_view::npos;
+    if (has_line(own_address ? stream : offer.session, no_address))
+        flow &= ~unsigned{receives};
+    const unsigned answer = ((flow & sends) != 0U ? receives : none) | ((flow & receives) != 0U ? sends : none);
+    return static_cast<int>(std::find(std::begin(flows), std::end(flows), answer) - std::begin(flows));
+}
+
+// ----------------------------------------------------------------------------------------------------------------- audio
+
+const CODEC_RTPMAP *find_payload(const SIP_SDP &sdp, e_codec codec) {
+    const auto *const found = std::find_if(std::begin(sdp.rtpmap), std::end(sdp.rtpmap),
+                                           [codec](const CODEC_RTPMAP &entry) { return entry.a_coder == codec; });
+    return found != std::end(sdp.rtpmap) ? found : nullptr;
+}
+
+// Goes behind the lines that the encoder makes of the codecs.
+void describe_events(SIP_SDP &sdp, int payload) { set_text(sdp.a_content, fmt::format("a=fmtp:{} 0-15\r\n", payload)); }
+
+// The first codec in common; the payload numbers are those of the offer.
+bool answer_audio(const SIP_SDP &offer, const Media &media, SIP_SDP &sdp) {
+    const auto can_play = [&media](e_codec codec) {
+        return std::find(media.codecs.begin(), media.codecs.end(), codec) != media.codecs.end();
+    };
+    const auto *const codec = std::find_if(std::begin(offer.a_coders), std::end(offer.a_coders), can_play);
+    if (codec == std::end(offer.a_coders))
+        return false;
+    sdp.a_use = 1;
+    sdp.a_conten_nouse = 1;
+    set_text(sdp.a_addr.ip, media.ip);
+    sdp.a_addr.port = offer.a_addr.port == 0 ? 0 : media.port;
+    sdp.a_ptime = offer.a_ptime;
+    sdp.a_coders[0] = *codec;
+    if (const CODEC_RTPMAP *const entry = find_payload(offer, *codec))
+        sdp.rtpmap[0] = *entry;
+    if (const CODEC_RTPMAP *const events = find_payload(offer, TE101)) {
+        sdp.a_coders[1] = TE101;
+        sdp.rtpmap[1] = *events;
+        describe_events(sdp, events->a_payload);
+    }
+    return true;
+}
+
+// ----------------------------------------------------------------------------------------------------------------- video
+
+constexpr std::string_view video_codecs[] = {"H264/90000", "H263/90000", "H263-1998/90000", "H261/90000"};
+
+bool can_show(std::string_view stream, int payload) {
+    return std::any_of(std::begin(video_codecs), std::end(video_codecs), [&](std::string_view codec) {
+        return has_line(stream, fmt::format("a=rtpmap:{} {}", payload, codec));
+    });
+}
+
+// What the offer says of one payload.
+std::string payload_lines(std::string_view stream, int payload) {
+    std::string kept;
+    for (const std::string_view line : lines_of(stream))
+        if (line.starts_with(fmt::format("a=rtpmap:{} ", payload)) ||
+            line.starts_with(fmt::format("a=fmtp:{} ", payload)))
+            kept += fmt::format("{}\r\n", line);
+    return kept;
+}
+
+// The first video codec in common, or port 0, which turns the stream down.
+void answer_video(const SIP_SDP &offer, const Description &text, const Media &media, SIP_SDP &sdp) {
+    const std::string_view stream = text.streams[1];
+    sdp.v_use = 1;
+    set_text(sdp.v_addr.ip, media.ip);
+    sdp.v_coders[0] = offer.v_coders[0];
+    if (offer.v_addr.port == 0)
+        return;
+    const auto *const payload = std::find_if(std::begin(offer.v_coders), std::end(offer.v_coders),
+                                             [stream](int number) { return can_show(stream, number); });
+    if (payload == std::end(offer.v_coders))
+        return;
+    const std::string lines =
+        fmt::format("{}{}\r\n", payload_lines(stream, *payload), direction_names[answer_direction(text, stream)]);
+    if (lines.size() >= sizeof sdp.v_content)
+        return;
+    set_text(sdp.v_content, lines);
+    sdp.v_coders[0] = *payload;
+    sdp.v_addr.port = media.port + 2;
+}
+
+} // namespace
+
+bool answer_offer(const SIP_CODE_MSG &request, const Media &media, SIP_SDP &sdp) {
+    const Description text = split(request.xml_buf);
+    if (!is_answerable(text) || !answer_audio(request.sdp, media, sdp))
+        return false;
+    sdp.a_media = answer_direction(text, text.streams[0]);
+    if (text.streams.size() == 2)
+        answer_video(request.sdp, text, media, sdp);
+    return true;
+}
+
+SIP_SDP make_offer(const Media &media) {
+    SIP_SDP sdp{};
+    sdp.a_use = 1;
+    sdp.a_conten_nouse = 1;
+    set_text(sdp.a_addr.ip, media.ip);
+    sdp.a_addr.port = media.port;
+    constexpr e_codec codecs[] = {G711_A, G711_U, TE101};
+    constexpr int telephone_events = 101;
+    std::copy(std::begin(codecs), std::end(codecs), sdp.a_coders);
+    sdp.rtpmap[0] = {TE101, telephone_events};
+    describe_events(sdp, telephone_events);
+    return sdp;
+}
+
+bool has_session(const SIP_CODE_MSG &message) {
+    return std::string_view(message.content.type).starts_with("application/sdp") && message.xml_buf[0] != '\0';
+}
+
+void set_session(SIP_CODE_MSG &message, const SIP_SDP &sdp, long version) {
+    message.sdp = sdp;
+    message.sdp.o_sec = version;
+    message.content.use = 1;
+    set_text(message.content.type, "application/sdp");
+}

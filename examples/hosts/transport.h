@@ -1,0 +1,59 @@
+// UDP and TCP on the loopback address: datagrams and streams into messages, messages out.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/ip/udp.hpp>
+
+#include <sipcode/code.h>
+
+class TcpConnection;
+
+// Where a message came from, and so where its answer goes.
+struct Peer {
+    TRANS_TYPE_E transport = E_UDP;
+    asio::ip::udp::endpoint address;
+    std::weak_ptr<TcpConnection> connection; // of TCP alone
+};
+
+std::string to_string(const Peer &peer);
+
+class Transport {
+  public:
+    using MessageHandler = std::function<void(std::string_view message, const Peer &from)>;
+
+    // Listens on the port, or on a free one when it is 0.
+    Transport(asio::io_context &io, unsigned short port, MessageHandler on_message);
+    ~Transport();
+
+    unsigned short port() const;
+
+    // A peer for messages of our own; for TCP it is connected.
+    Peer reach(TRANS_TYPE_E transport, const asio::ip::udp::endpoint &address);
+
+    // Like a datagram, a message for a connection that is gone is lost.
+    void send(std::string_view message, const Peer &to);
+
+  private:
+    friend class TcpConnection;
+
+    void receive();
+    void accept();
+    std::shared_ptr<TcpConnection> add_connection(asio::ip::tcp::socket socket);
+
+    asio::io_context &io_;
+    MessageHandler on_message_;
+    asio::ip::udp::socket udp_;
+    asio::ip::tcp::acceptor acceptor_;
+    std::unordered_set<std::shared_ptr<TcpConnection>> connections_;
+    asio::ip::udp::endpoint sender_;
+    std::array<char, 65536> datagram_;
+};
