@@ -33,6 +33,7 @@ const Case parameters[] = {
     {"name in place of an unquoted value", "realm=uri=u", "author realm=uri=u"},
     {"name in place of a value", R"(realm=uri="u")", "author realm=uri=u"},
     {"unclosed quote", R"(realm="r,uri=u)", "author realm=r,uri=u uri=u"},
+    {"value without a name", "==,=x,=realm=r", "author realm=r"},
     {"algorithm list", R"(algorithm=",,MD5,SHA")", "author algorithm=MD5"},
     {"algorithm list of nothing", R"(algorithm=",,")", "author algorithm=,,"},
     {"31 characters of an algorithm list", "algorithm=\"" + std::string(30, ',') + "MD5\"", "author algorithm=M"},

@@ -50,6 +50,32 @@ TEST(Dispatch, by_method_and_cseq) {
         }
 }
 
+// A name is compared to its last letter.
+TEST(Dispatch, no_name_but_the_right_one) {
+    const struct {
+        std::string name;
+        std::string value;
+        std::string member;
+    } names[] = {
+        {"Authentication-Info", "nextnonce=n", "authen.next_nonce.nonce"},
+        {"Call-Info", "n", "call_info.content"},
+        {"P-Called-Party-ID", "<sip:n@h>", "callparty.user"},
+        {"Proxy-Authenticate", "Digest nonce=n", "authen.nonce"},
+        {"Proxy-Authorization", "Digest nonce=n", "author.nonce"},
+        {"Subscription-State", "n", "subscription_state.content"},
+        {"WWW-Authenticate", "Digest nonce=n", "authen.nonce"},
+    };
+    const std::string start = "SIP/2.0 401 U\r\nCSeq: 1 REGISTER\r\nCall-ID: c\r\nVia: SIP/2.0/UDP h\r\n";
+    for (const auto &[name, value, member] : names) {
+        EXPECT_EQ(decode(start + name + ": " + value, zero)[member], "n") << name;
+        for (std::size_t at = 0; at < name.size(); ++at) {
+            std::string other = name;
+            other[at] = '_';
+            EXPECT_NE(decode(start + other + ": " + value, zero)[member], "n") << other;
+        }
+    }
+}
+
 TEST(Dispatch, body_of_a_message) {
     const std::string start = "MESSAGE sip:h SIP/2.0\r\nCSeq: 1 MESSAGE" + headers + "a/b\r\n\r\n";
     EXPECT_EQ(decode(start)["msg_sdp.use"], "(untouched)");

@@ -59,6 +59,7 @@ TEST(Header, lookup) {
                 {"To:", nullptr}, {"Via ", "4"},    {nullptr, nullptr}};
     for (const auto &row : rows)
         EXPECT_STREQ(Parse_Header(&split.message(), row.name), row.value) << (row.name == nullptr ? "null" : row.name);
+    EXPECT_EQ(Parse_Header(nullptr, "To"), nullptr);
     EXPECT_EQ(Parse_Header(&split.message(), "to"), split.message().header[1] + 6);
 }
 

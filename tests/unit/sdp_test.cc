@@ -52,6 +52,7 @@ const std::string undecided = "a_media untouched"; // what a description that is
 // A media line that ends the body has no section.
 const Frame anything{invite(type), "", "c=IN IP4 h"};
 const Case connections[] = {
+    {"mark without a letter", "=sendonly\nc=IN IP4 h\n=", ""},
     {"none", "v=0\nm=audio 1 RTP/AVP 0", undecided, "0 Insufficient information for SDP ( c = '')"},
     {"empty and not", "c= \nC=IN IP4 h\nm=audio 1", "a_use=1 a_addr=h:1"},
     {"IPv6", "c=IN IP6 ::1\nc=IN IP4 h\nm=audio 1", undecided, "0 Invalid host in c= line, 'IN IP6 ::1'"},
@@ -92,6 +93,8 @@ const Case media[] = {
     {"two ports", "m=audio 4000/2 RTP/AVP 0\nm=x\nm=video 1 RTP/AVP",
      "a_use=1 v_use=1 a_coders=2 a_content=a=sendrecv\\r\\n a_addr=h:4000 v_addr=h:1",
      two_ports + "\n" + unsupported + "x\n" + two_ports + "\n" + two_ports},
+    {"port count that is no number", "m=audio 4000/x RTP/AVP 0", "a_use=1 a_addr=h:4000 a_media untouched",
+     "1 Error in codec string 'RTP/AVP 0'"},
     {"two ports, then one", "m=video 1/ 2 RTP/AVP\nm=audio 2/1 RTP/AVP 0",
      "a_use=1 v_use=1 a_coders=2 v_content= a_addr=h:2 v_addr=h:1", two_ports},
     {"second audio line", "a=rtpmap:97 ilbc/8000\nm=audio 1 RTP/AVP 0\nm=audio 2 RTP/AVP 8",
@@ -131,6 +134,7 @@ const Case media[] = {
     {"long fax texts", "a=T38FaxRateManagement:" + letters(31) + "\na=T38FaxUdpEC:" + letters(300) + "\nm=image1 TCP x",
      "fax_use=1 fax.udptlport=1 fax.T38FaxRateManagement=" + letters(31) + " fax.T38FaxUdpEC=" + letters(31) +
          " fax.fax_addr=h:1"},
+    {"fax without a port", "a=T38FaxVersion:1\nm=image x udptl t38", "", unsupported + "image x udptl t38"},
     {"refused fax", "a=T38FaxVersion:1\nm=image 0 udptl t38", "fax_use=1 fax.udptlport=0 fax.fax_addr=h:0"},
     {"fax of a negative port", "a=T38FaxVersion:1\nm=image -1 x", "fax_use=1 fax.udptlport=-1 fax.fax_addr=h:-1"},
     {"silence suppression", "m=image 1 udptl t38\nx a=SilcenceSupp:off", "fax_use=2 fax.udptlport=1 fax.fax_addr=h:1"},
@@ -154,6 +158,8 @@ const Case media[] = {
      "a_use=1 a_content=a=recvonly\\r\\na=x a_addr=h:1 a_media=2"},
     {"section that is inactive", "a=inactive\nm=audio 1\n", "a_use=1 a_content=a=inactive\\r\\n a_addr=h:1 a_media=3"},
     {"section up to any m", "m=audio 1\na=itm=1\na=y", "a_use=1 a_content=a=ita=sendrecv\\r\\n a_addr=h:1"},
+    {"marks on the media line", "m=audio 1 m=a=sendonly\na=x\nm=video 2",
+     "a_use=1 v_use=1 a_content=a=x\\r\\na=sendonly\\r\\n a_addr=h:1 v_addr=h:2 a_media=1"},
     {"section of no media line", "x m=audio\n\nm=VIDEO 1", "a_content=\\r\\na=sendrecv\\r\\n", unsupported + "VIDEO 1"},
     {"video with a connection", "m=video 1\nc=IN IP4 " + letters(30) + "\na=y",
      "v_use=1 v_content=c=IN IP4 " + letters(30) + "\\r\\na=y v_addr=" + letters(23) + ":1"},

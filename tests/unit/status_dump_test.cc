@@ -35,6 +35,9 @@ TEST(StatusFallback, knows_most_codes_of_the_table) {
     for (const std::string text : {"", "2", "20", " 200", "302", "699", "INV", "sip"})
         EXPECT_EQ(fallback(text), 0) << text;
     CompatibleSipMethodName(nullptr);
+    SIP_MSG without_status{};
+    CompatibleSipMethodName(&without_status);
+    EXPECT_EQ(without_status.method, 0);
 }
 
 const struct {
