@@ -1,8 +1,9 @@
 # shellcheck shell=bash disable=SC2034
 # What the scripts share. Sourced in the root of the repository.
 
-packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev libspdlog-dev libpugixml-dev)
-packages_test=("${packages_tool[@]}" libgtest-dev pkg-config scdoc)
+packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev libspdlog-dev libpugixml-dev libpcap-dev
+    libtins-dev)
+packages_test=("${packages_tool[@]}" libgtest-dev pkg-config scdoc locales)
 packages_bench=(build-essential cmake ninja-build libbenchmark-dev valgrind)
 packages_peers=(pkg-config libosip2-dev libre-dev libsofia-sip-ua-dev gnuplot-nox python3)
 

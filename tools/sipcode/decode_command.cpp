@@ -2,23 +2,20 @@
 #include "decode_command.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <iostream>
 #include <memory>
 #include <string>
-#include <system_error>
+#include <string_view>
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <fmt/ostream.h>
+#include <fmt/core.h>
 
-#include "decode.h"
+#include "capture_decoder.h"
 #include "message_decoder.h"
+#include "message_printer.h"
 #include "message_source.h"
 #include "outcome.h"
-#include "print_record.h"
-#include "print_session.h"
-#include "record_json.h"
+#include "progress.h"
 
 namespace {
 
@@ -27,75 +24,40 @@ struct Options {
     bool dump = false;
     bool json = false;
     bool all = false;
+    std::string filter;
 };
 
 constexpr const char *footer =
     R"(A file holds one message, or several with a line that is "----" between them. Line ends are taken as they stand, CR LF
 or LF alone.
 
+A pcap or pcapng file is known by its first bytes. Its messages are those of UDP datagrams and TCP streams, IP fragments put
+together; number and time of the packet, transport and addresses stand with each. A line of counts on standard error ends it.
+With --filter only packets that the BPF expression takes are looked at; one on ports takes no fragment but the first.
+
 The streams that a message offers come first, then its members. A member is present when it holds something and no record
 around it is switched off by its flag.
 
 With --json each message is one line: an object with the members' own names, in the order of the record. A text that is not
-valid UTF-8 is written there as {"latin1": "..."}, one character for each byte. A refused message is {}.
+valid UTF-8 is written there as {"latin1": "..."}, one character for each byte. A refused message is {}. One of a capture is an object that holds
+"packet", "time", "transport", "source", "destination", "whole", and either "record" or "refused".
 
 With --dump the lines that a host's trace has of a record are printed, of several messages with a line that is "----" between
 them.
 
 The library's log lines, refusals and notes go to standard error.
 
-Exit status: 0 all messages were decoded, 1 some were refused, 2 the command line, a file or the output is at fault.)";
+Exit status: 0 all messages were decoded, 1 some were refused, 2 the command line, a file or the output is at fault. What stands
+in front of the damage in a capture is decoded all the same.)";
 
-// What kind of message it is: "INVITE", "200 OK to INVITE".
-std::string kind_of(const SIP_CODE_MSG &record) {
-    const char *kind = decode_methods[record.method].text;
-    if (record.method < SIP_RESPONSE_MSG_100_TRY)
-        return kind;
-    return fmt::format("{} to {}", kind, sipcode::method_name(record.cseq.method));
+Form form_of(const Options &options) {
+    if (options.dump)
+        return Form::dump;
+    return options.json ? Form::json : Form::members;
 }
 
-class Printer {
-  public:
-    explicit Printer(const Options &options)
-        : options_(options), scope_(options.all ? sipcode::Scope::all : sipcode::Scope::present) {}
-
-    void print(Decoded &decoded, const std::string &place) {
-        if (options_.dump)
-            print_dump(decoded.record);
-        else if (options_.json)
-            print_json(decoded);
-        else
-            print_members(decoded, place);
-        // Message by message, so that output and log keep their order when both go to one place.
-        flush_output();
-    }
-
-  private:
-    void print_dump(SIP_CODE_MSG &record) {
-        char dump[SIP_DUMP_SIZE];
-        SIP_Decode_Msg_Printf(dump, &record);
-        std::cout << (is_first_ ? "" : "----\n") << dump;
-        is_first_ = false;
-    }
-
-    void print_json(const Decoded &decoded) const {
-        const bool accepted = decoded.refusal.empty();
-        std::cout << (accepted ? sipcode::to_json(decoded.record, scope_) : nlohmann::ordered_json::object()) << '\n';
-    }
-
-    void print_members(const Decoded &decoded, const std::string &place) const {
-        const bool accepted = decoded.refusal.empty();
-        fmt::print(std::cout, "{}: {}\n", place, accepted ? kind_of(decoded.record) : "refused: " + decoded.refusal);
-        print_session(std::cout, decoded.record);
-        print_record(std::cout, decoded.record, scope_);
-    }
-
-    const Options &options_;
-    sipcode::Scope scope_;
-    bool is_first_ = true;
-};
-
-int decode_messages(MessageDecoder &decoder, Printer &printer, const std::string &content, const std::string &name) {
+int decode_messages(const std::string &content, const std::string &name, MessageDecoder &decoder,
+                    MessagePrinter &printer) {
     int status = success;
     int number = 0;
     for (const std::string_view message : split_messages(content)) {
@@ -103,28 +65,36 @@ int decode_messages(MessageDecoder &decoder, Printer &printer, const std::string
         const std::string speaker = "sipcode: " + place;
         Decoded decoded = decoder.decode(std::string(message), speaker);
         if (!decoded.refusal.empty()) {
-            fmt::print(stderr, "{}: refused: {}\n", speaker, decoded.refusal);
+            tell(fmt::format("{}: refused: {}", speaker, decoded.refusal));
             status = refused;
         }
-        printer.print(decoded, place);
+        printer.print(decoded, place, nullptr);
     }
     return status;
 }
 
+int decode_source(Source &source, const Options &options, MessageDecoder &decoder, MessagePrinter &printer) {
+    if (source.is_capture())
+        return decode_capture(source, options.filter, decoder, printer);
+    if (!options.filter.empty()) {
+        tell(fmt::format("sipcode: {}: --filter is for captures, which this file is not", source.name()));
+        return misuse;
+    }
+    return decode_messages(source.read_all(), source.name(), decoder, printer);
+}
+
 int decode(const Options &options) {
     MessageDecoder decoder;
-    Printer printer(options);
+    MessagePrinter printer(form_of(options), options.all ? sipcode::Scope::all : sipcode::Scope::present);
     int status = success;
     for (const std::string &file : options.files) {
-        std::string content;
         try {
-            content = read_source(file);
-        } catch (const std::system_error &error) {
-            fmt::print(stderr, "sipcode: {}\n", error.what());
+            Source source(file);
+            status = std::max(status, decode_source(source, options, decoder, printer));
+        } catch (const SourceError &error) {
+            tell(fmt::format("sipcode: {}", error.what()));
             status = misuse;
-            continue;
         }
-        status = std::max(status, decode_messages(decoder, printer, content, source_name(file)));
     }
     return status;
 }
@@ -139,6 +109,7 @@ void add_decode_command(CLI::App &tool, int &status) {
     CLI::Option *json = command->add_flag("--json", options->json, "One JSON object per message");
     CLI::Option *all = command->add_flag("--all", options->all, "Absent members too");
     command->add_flag("--dump", options->dump, "The lines of a host's trace")->excludes(json)->excludes(all);
+    command->add_option("--filter", options->filter, "Packets of a capture to look at")->type_name("BPF");
     command->footer(footer);
     command->callback([options, &status] { status = decode(*options); });
 }

@@ -9,6 +9,7 @@
 #include <fmt/core.h>
 
 #include "answer_command.h"
+#include "check_command.h"
 #include "decode_command.h"
 #include "encode_command.h"
 #include "outcome.h"
@@ -22,7 +23,7 @@ void flush_output() {
 namespace {
 
 int run(int argc, char **argv) {
-    CLI::App tool("SIP messages through the codec: decoded, encoded, answered.", "sipcode");
+    CLI::App tool("SIP messages through the codec: decoded, encoded, answered, checked.", "sipcode");
     tool.set_version_flag("--version", "sipcode " SIPCODE_VERSION);
     tool.require_subcommand(1);
     tool.failure_message([](const CLI::App *, const CLI::Error &error) {
@@ -33,6 +34,7 @@ int run(int argc, char **argv) {
     add_decode_command(tool, status);
     add_encode_command(tool, status);
     add_answer_command(tool, status);
+    add_check_command(tool, status);
     try {
         tool.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

@@ -1,19 +1,17 @@
 // Messages out of files, see message_source.h.
 #include "message_source.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <memory>
-#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "capture_file.h"
 
 namespace {
-
-struct Close {
-    void operator()(std::FILE *stream) const {
-        if (stream != stdin)
-            std::fclose(stream);
-    }
-};
 
 bool is_standard_input(const std::string &file) { return file == "-"; }
 
@@ -21,19 +19,75 @@ bool is_separator(std::string_view line) { return line == "----" || line == "---
 
 } // namespace
 
-std::string read_source(const std::string &file) {
-    const std::unique_ptr<std::FILE, Close> stream(is_standard_input(file) ? stdin : std::fopen(file.c_str(), "rb"));
-    const auto fail = [&file] { throw std::system_error(errno, std::generic_category(), source_name(file)); };
-    if (stream == nullptr)
+Source::Source(const std::string &file)
+    : name_(source_name(file)),
+      file_(is_standard_input(file) ? dup(STDIN_FILENO) : open(file.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (file_ == -1)
         fail();
-    std::string content;
+    struct stat status {};
+    if (fstat(file_, &status) == 0 && S_ISREG(status.st_mode))
+        size_ = static_cast<std::size_t>(status.st_size);
+    char bytes[capture_magic_size];
+    while (beginning_.size() < capture_magic_size) {
+        const std::size_t length = read(bytes, capture_magic_size - beginning_.size());
+        if (length == 0)
+            break;
+        beginning_.append(bytes, length);
+    }
+    is_capture_ = ::is_capture(beginning_);
+}
+
+Source::~Source() { close(file_); }
+
+void Source::fail() const { throw SourceError(errno, std::generic_category(), name_); }
+
+// What is there: a pipe that is still written to gives less than was asked for.
+std::size_t Source::read(char *bytes, std::size_t size) {
+    ssize_t length = 0;
+    do
+        length = ::read(file_, bytes, size);
+    while (length == -1 && errno == EINTR);
+    if (length == -1)
+        fail();
+    bytes_read_ += static_cast<std::size_t>(length);
+    return static_cast<std::size_t>(length);
+}
+
+std::string Source::read_all() {
+    std::string content = std::move(beginning_);
     char block[16384];
-    while (const std::size_t length = std::fread(block, 1, sizeof block, stream.get()))
+    while (const std::size_t length = read(block, sizeof block))
         content.append(block, length);
-    if (std::ferror(stream.get()))
-        fail();
     return content;
 }
+
+std::FILE *Source::stream() {
+    const auto read_on = [](void *cookie, char *bytes, std::size_t size) -> ssize_t {
+        auto &source = *static_cast<Source *>(cookie);
+        if (!source.beginning_.empty()) {
+            const std::size_t length = source.beginning_.copy(bytes, size);
+            source.beginning_.erase(0, length);
+            return static_cast<ssize_t>(length);
+        }
+        try {
+            return static_cast<ssize_t>(source.read(bytes, size));
+        } catch (const SourceError &error) {
+            errno = error.code().value();
+            return -1;
+        }
+    };
+    std::FILE *const stream = fopencookie(this, "rb", {read_on, nullptr, nullptr, nullptr});
+    if (stream == nullptr)
+        fail();
+    return stream;
+}
+
+int Source::percent_read() const {
+    constexpr std::size_t hundred = 100;
+    return size_ == 0 ? -1 : static_cast<int>(std::min(hundred, bytes_read_ * hundred / size_));
+}
+
+std::string read_source(const std::string &file) { return Source(file).read_all(); }
 
 std::string source_name(const std::string &file) { return is_standard_input(file) ? "(standard input)" : file; }
 

@@ -1,12 +1,55 @@
 // Messages out of files.
 #pragma once
 
+#include <cstddef>
+#include <cstdio>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
-// The file's bytes as they are; "-" is standard input. Throws std::system_error when it cannot be read; what() begins with
-// the name below.
+// A file that cannot be opened or read; what() begins with the name below.
+class SourceError : public std::system_error {
+  public:
+    using std::system_error::system_error;
+};
+
+// A file that is being read; "-" is standard input. Throws SourceError.
+class Source {
+  public:
+    explicit Source(const std::string &file);
+    ~Source();
+    Source(const Source &) = delete;
+    Source &operator=(const Source &) = delete;
+
+    // What messages call the file.
+    const std::string &name() const { return name_; }
+
+    // Whether it begins as a capture file does.
+    bool is_capture() const { return is_capture_; }
+
+    // The bytes as they are. Called once, and not when a stream was made.
+    std::string read_all();
+
+    // The bytes as a stream for libpcap, which closes it. Called once; the source outlives it.
+    std::FILE *stream();
+
+    // How much was read, in percent; -1 when the size is not known.
+    int percent_read() const;
+
+  private:
+    [[noreturn]] void fail() const;
+    std::size_t read(char *bytes, std::size_t size);
+
+    std::string name_;
+    int file_;
+    std::string beginning_; // read ahead
+    bool is_capture_ = false;
+    std::size_t size_ = 0; // 0: not known
+    std::size_t bytes_read_ = 0;
+};
+
+// The file's bytes as they are.
 std::string read_source(const std::string &file);
 
 // What messages call the file.

@@ -2,7 +2,7 @@
 #pragma once
 
 enum ExitStatus {
-    success = 0, // all messages were decoded, encoded or answered
+    success = 0, // all messages were decoded, encoded or answered, or nothing of them is lost
     refused = 1, // at least one was not
     misuse = 2,  // the command line, a file or the output is at fault
 };

@@ -48,10 +48,10 @@ int encode(char *buffer, std::size_t size, SIP_CODE_MSG *record, void (*write_me
         *buffer = '\0';
     if (buffer == nullptr || record == nullptr)
         return SIP_ENCODE_NULL_ARGUMENT;
-    if (!is_known_method(record->method))
-        return SIP_ENCODE_BAD_METHOD;
     if (size == 0)
         return SIP_ENCODE_NO_ROOM;
+    if (!is_known_method(record->method))
+        return SIP_ENCODE_BAD_METHOD;
 
     const changed_members before(*record);
     strip_ims_prefix(record->callid);

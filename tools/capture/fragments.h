@@ -1,0 +1,51 @@
+// IP fragments put together.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <tins/tcp_ip/data_tracker.h>
+
+struct Fragment {
+    std::string source;
+    std::string destination;
+    std::uint32_t id;
+    std::uint8_t protocol;
+    std::size_t offset; // in bytes
+    bool more;          // it is not the last
+    std::vector<std::uint8_t> payload;
+};
+
+class Fragments {
+  public:
+    // The payload of the whole packet when this was the fragment that it lacked.
+    std::optional<std::vector<std::uint8_t>> add(Fragment fragment);
+
+    // Packets of which fragments were lost.
+    std::size_t incomplete() const { return given_up_ + pending_.size(); }
+
+  private:
+    struct Key {
+        std::string source;
+        std::string destination;
+        std::uint32_t id;
+        std::uint8_t protocol;
+        auto operator<=>(const Key &) const = default;
+    };
+    struct Pending {
+        Tins::TCPIP::DataTracker data{0}; // its sequence numbers are offsets
+        std::optional<std::size_t> length;
+        std::size_t age = 0;
+    };
+
+    void forget_oldest();
+
+    std::map<Key, Pending> pending_;
+    std::size_t begun_ = 0;
+    std::size_t given_up_ = 0;
+};

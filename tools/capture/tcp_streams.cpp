@@ -1,0 +1,116 @@
+// Messages out of TCP segments, see tcp_streams.h.
+#include "tcp_streams.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "stream_message.h"
+
+namespace {
+
+// Segments that may come ahead of one that is late. Behind more, that one was never captured.
+constexpr std::size_t most_ahead = 32;
+
+// Seconds without a segment, behind which a connection is taken to be over.
+constexpr std::int64_t idle_time = 600;
+
+std::string_view text_of(const std::vector<std::uint8_t> &bytes) {
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
+}
+
+void drop(std::vector<std::uint8_t> &bytes, std::size_t count) {
+    bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+}
+
+} // namespace
+
+void TcpStreams::add(const Segment &segment, const PacketMark &mark) {
+    forget_idle(mark);
+    const Key key(segment.source, segment.destination);
+    if (segment.opens) {
+        // Another connection between the same ports, unless the packet was sent again.
+        const auto old = streams_.find(key);
+        if (old != streams_.end() && old->second.begin != segment.sequence) {
+            drain(*old);
+            streams_.erase(old);
+        }
+    }
+    if (!segment.opens && segment.payload.empty())
+        return;
+    Entry &entry = *streams_.try_emplace(key, segment.sequence).first;
+    Stream &stream = entry.second;
+    stream.last = mark;
+    if (stream.data.process_payload(segment.sequence, {segment.payload.begin(), segment.payload.end()}))
+        deliver_whole(entry);
+    if (stream.data.buffered_payload().size() > most_ahead)
+        skip_gap(entry);
+}
+
+void TcpStreams::finish() {
+    for (Entry &entry : streams_)
+        drain(entry);
+    streams_.clear();
+}
+
+void TcpStreams::deliver_whole(Entry &entry) {
+    auto &[key, stream] = entry;
+    std::vector<std::uint8_t> &bytes = stream.data.payload();
+    std::string_view rest = text_of(bytes);
+    // In front of a message may stand line ends that keep a connection alive, and the rest of one whose beginning was not
+    // captured.
+    for (;;) {
+        const StartLineSearch start = find_start_line(rest, 0);
+        rest.remove_prefix(start.line);
+        const std::optional<std::size_t> length = start.found ? stream_message_length(rest) : std::nullopt;
+        if (!length)
+            break;
+        deliver_(key.first, key.second, stream.last, rest.substr(0, *length), true);
+        rest.remove_prefix(*length);
+    }
+    if (rest.size() > longest_stream_message)
+        rest = {};
+    drop(bytes, bytes.size() - rest.size());
+}
+
+// The beginning of a message whose end was not captured.
+void TcpStreams::deliver_rest(Entry &entry) {
+    auto &[key, stream] = entry;
+    std::vector<std::uint8_t> &bytes = stream.data.payload();
+    const std::string_view rest = text_of(bytes);
+    if (is_start_line(rest.substr(0, rest.find('\n'))))
+        deliver_(key.first, key.second, stream.last, rest, false);
+    bytes.clear();
+}
+
+// Goes on behind segments that were not captured.
+void TcpStreams::skip_gap(Entry &entry) {
+    deliver_rest(entry);
+    Tins::TCPIP::DataTracker &data = entry.second.data;
+    const auto distance = [&data](const auto &ahead) { return ahead.first - data.sequence_number(); };
+    auto nearest = std::min_element(data.buffered_payload().begin(), data.buffered_payload().end(),
+                                    [&](const auto &a, const auto &b) { return distance(a) < distance(b); });
+    auto chunk = data.buffered_payload().extract(nearest);
+    data.advance_sequence(chunk.key());
+    data.process_payload(chunk.key(), std::move(chunk.mapped()));
+    deliver_whole(entry);
+}
+
+void TcpStreams::drain(Entry &entry) {
+    while (!entry.second.data.buffered_payload().empty())
+        skip_gap(entry);
+    deliver_rest(entry);
+}
+
+void TcpStreams::forget_idle(const PacketMark &now) {
+    constexpr std::int64_t sweep_interval = 60;
+    if (now.seconds - last_sweep_ < sweep_interval)
+        return;
+    last_sweep_ = now.seconds;
+    for (auto stream = streams_.begin(); stream != streams_.end();) {
+        const bool is_idle = now.seconds - stream->second.last.seconds > idle_time;
+        if (is_idle)
+            drain(*stream);
+        stream = is_idle ? streams_.erase(stream) : std::next(stream);
+    }
+}

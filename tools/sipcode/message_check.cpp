@@ -1,0 +1,281 @@
+// What the codec will make of a message, see message_check.h: findings from the decode's own report first, then from trials.
+#include "message_check.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <optional>
+
+#include <fmt/core.h>
+
+#include "refusal.h"
+#include "session_check.h"
+#include "trial.h"
+
+namespace {
+
+// Lines of a header section that the codec keeps, the start line among them.
+constexpr std::size_t most_lines = 63;
+
+// Vias and Record-Route lines that the record holds.
+constexpr std::size_t most_vias = 2;
+constexpr std::size_t most_routes = 2;
+
+std::string_view decodable(std::string_view message) {
+    return message.substr(0, std::min(message.find('\0'), std::size_t{SIP_LONGEST_MESSAGE}));
+}
+
+std::string quoted(std::string_view text) {
+    constexpr std::size_t longest = 40;
+    return text.size() <= longest ? fmt::format("{:?}", text) : fmt::format("{:?}...", text.substr(0, longest));
+}
+
+class Check {
+  public:
+    Check(std::string_view message, std::size_t first_line)
+        : message_(message), text_(decodable(message)), first_line_(first_line), lines_(message_lines(text_)),
+          trial_(text_) {}
+
+    std::vector<Finding> run() {
+        find_unread();
+        find_cuts();
+        if (is_refused()) {
+            add_refusal();
+            find_broken_lines();
+        } else {
+            find_unknown();
+            find_surplus_vias();
+            find_ignored_lines();
+            find_dropped_parts();
+            find_dropped_of_session(text_, lines_.body, trial_, found_);
+        }
+        std::stable_sort(found_.begin(), found_.end(),
+                         [](const Finding &a, const Finding &b) { return a.place.begin < b.place.begin; });
+        return std::move(found_);
+    }
+
+  private:
+    bool is_refused() const { return trial_.report().outcome != SIP_DECODE_DONE; }
+
+    void add(Loss loss, const Range &place, std::string text) { found_.push_back({loss, place, std::move(text)}); }
+
+    std::string_view name_of(const HeaderLine &line) const { return text_of(text_, line.name); }
+    std::string_view value_of(const HeaderLine &line) const { return text_of(text_, line.value); }
+
+    bool has_name(const HeaderLine &line, std::string_view name) const {
+        return line.has_colon && !line.name_ends_blank && canonical_name(name_of(line)) == name;
+    }
+
+    void add_refusal() {
+        const auto at = static_cast<std::size_t>(std::max(trial_.report().at, 0));
+        add(Loss::refused, {at, std::min(text_.find_first_of("\r\n", at), text_.size())},
+            std::string(refusal_text(trial_.report().outcome)));
+    }
+
+    void find_unread() {
+        if (text_.size() == message_.size())
+            return;
+        const bool ends_at_nul = message_[text_.size()] == '\0';
+        add(Loss::unread, {text_.size(), message_.size()},
+            ends_at_nul ? "the message ends at its NUL"
+                        : fmt::format("{} characters, {} are read", message_.size(), text_.size()));
+    }
+
+    void find_cuts() {
+        const SIP_DECODE_REPORT &report = trial_.report();
+        const auto told = std::min<std::size_t>(static_cast<std::size_t>(report.cut_count), std::size(report.cuts));
+        std::for_each(report.cuts, report.cuts + told, [this](const SIP_DECODE_CUT &cut) { add_cut(cut); });
+        if (const std::size_t more = static_cast<std::size_t>(report.cut_count) - told; more > 0)
+            found_.push_back({Loss::cut, found_.back().place,
+                              fmt::format("{} more value{} not told of", more, more == 1 ? "" : "s")});
+    }
+
+    void add_cut(const SIP_DECODE_CUT &cut) {
+        const std::string member(member_name(cut.member));
+        const std::string text = member.empty()
+                                     ? fmt::format("{} characters, {} are looked at", cut.length, cut.kept)
+                                     : fmt::format("{} keeps {} of {} characters", member, cut.kept, cut.length);
+        found_.push_back({Loss::cut, place_of(cut), text, member, cut.length, cut.kept});
+    }
+
+    // Of a value that was put together from pieces the report tells no place.
+    Range place_of(const SIP_DECODE_CUT &cut) const {
+        const auto begin = static_cast<std::size_t>(cut.at);
+        if (cut.at >= 0)
+            return {begin, std::min(begin + cut.length, text_.size())};
+        const auto is_source = [&](const Range &place) {
+            return !trial_.is_same_without({&place, 1}, [&cut](const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
+                return member_text(a, cut.member) == member_text(b, cut.member);
+            });
+        };
+        const std::string_view kept = member_text(trial_.record(), cut.member);
+        for (std::size_t at = text_.find(kept); !kept.empty() && at != std::string_view::npos;
+             at = text_.find(kept, at + 1)) {
+            if (const Range place{at, std::min(at + cut.length, text_.size())}; is_source(place))
+                return place;
+        }
+        // It is not in one piece. Some lines decide only whether it is read; the longest is the one that holds it.
+        Range longest = lines_.start_line;
+        for (const HeaderLine &line : lines_.headers) {
+            const bool is_longer = longest.begin == lines_.start_line.begin || size_of(line.value) > size_of(longest);
+            if (is_longer && is_source(line.value))
+                longest = line.value;
+        }
+        return longest;
+    }
+
+    void find_unknown() {
+        const SIP_CODE_MSG &record = trial_.record();
+        const std::vector<Range> start = words(text_, lines_.start_line);
+        if (record.method < SIP_RESPONSE_MSG_100_TRY && start.size() > 1) {
+            if (record.method == 0)
+                add(Loss::unknown, start[0], fmt::format("no identifier for {}", quoted(text_of(text_, start[0]))));
+        } else if (start.size() > 1) {
+            const std::string_view status = text_of(text_, start[1]);
+            const std::string_view known = decode_methods[record.method].text;
+            if (known.substr(0, 3) != status.substr(0, 3))
+                add(Loss::unknown, start[1], fmt::format("no identifier for {}, taken as {}", status, known));
+        }
+    }
+
+    // ---- header lines
+
+    // Why a line may be passed over, as far as its form tells; empty when nothing is wrong with that.
+    std::string fault_of(const HeaderLine &line, std::size_t index) const {
+        if (line.begins_blank)
+            return "it begins with a blank and goes on from a line that does not end in a comma";
+        if (!line.has_colon)
+            return "it has no colon";
+        if (line.name_ends_blank)
+            return "a blank stands before the colon";
+        if (index + 1 >= most_lines)
+            return fmt::format("it stands behind the first {} lines", most_lines);
+        return "";
+    }
+
+    bool is_unread(const HeaderLine &line) const {
+        return trial_.is_same_without({&line.value, 1}, same_records) &&
+               trial_.is_same_with_others({&line.value, 1}, same_records);
+    }
+
+    void find_broken_lines() {
+        for (std::size_t i = 0; i < lines_.headers.size(); ++i) {
+            const HeaderLine &line = lines_.headers[i];
+            if (const std::string fault = fault_of(line, i); !fault.empty() && is_unread(line))
+                add(Loss::ignored, line.whole, fault);
+        }
+    }
+
+    // From the last, so that of two that say the same the first counts.
+    void find_ignored_lines() {
+        is_ignored_.assign(lines_.headers.size(), false);
+        for (std::size_t i = lines_.headers.size(); i-- > 0;) {
+            const HeaderLine &line = lines_.headers[i];
+            // Content-Length is not lost: an encoder writes it anew.
+            if (value_of(line).empty() || has_name(line, "content-length") || !is_unread(line))
+                continue;
+            is_ignored_[i] = true;
+            trial_.remove({&line.value, 1});
+        }
+        for (std::size_t i = 0; i < lines_.headers.size(); ++i) {
+            if (is_ignored_[i])
+                add_ignored_line(i);
+        }
+    }
+
+    void add_ignored_line(std::size_t index) {
+        const HeaderLine &line = lines_.headers[index];
+        const std::string name(name_of(line));
+        if (has_name(line, "via") && trial_.record().via_count > static_cast<int>(most_vias))
+            return; // told with the other Vias
+        if (const std::string fault = fault_of(line, index); !fault.empty())
+            return add(Loss::ignored, line.whole, fault);
+        if (const std::size_t routes = count_of("record-route"); has_name(line, "record-route") && routes > most_routes)
+            return add(
+                Loss::dropped, line.whole,
+                fmt::format("{} {} lines, and of more than {} the record holds none", routes, name, most_routes));
+        if (const std::optional<std::size_t> kept = kept_line_like(line))
+            return add(Loss::ignored, line.whole, fmt::format("{} repeats line {}, which counts", name, *kept));
+        add(Loss::ignored, line.whole, fmt::format("the record holds nothing of {}", name));
+    }
+
+    std::size_t count_of(std::string_view name) const {
+        return static_cast<std::size_t>(std::count_if(lines_.headers.begin(), lines_.headers.end(),
+                                                      [&](const HeaderLine &line) { return has_name(line, name); }));
+    }
+
+    // Number of the line with the same header that was read.
+    std::optional<std::size_t> kept_line_like(const HeaderLine &line) const {
+        const std::string name = canonical_name(name_of(line));
+        for (std::size_t i = 0; i < lines_.headers.size(); ++i) {
+            const HeaderLine &other = lines_.headers[i];
+            if (!is_ignored_[i] && !value_of(other).empty() && has_name(other, name))
+                return line_number(text_, other.whole.begin, first_line_);
+        }
+        return std::nullopt;
+    }
+
+    // ---- parts of header lines
+
+    // Of more than two Vias the record has the number alone. A line counts as two at most, and then the third is lost.
+    void find_surplus_vias() {
+        const auto count = static_cast<std::size_t>(trial_.record().via_count);
+        std::vector<Range> vias;
+        for (const HeaderLine &line : lines_.headers) {
+            if (has_name(line, "via")) {
+                const std::vector<Range> parts = comma_parts(text_, line.value);
+                vias.insert(vias.end(), parts.begin(), parts.end());
+            }
+        }
+        for (std::size_t i = count > most_vias ? 0 : most_vias; i < vias.size(); ++i)
+            add(Loss::dropped, vias[i],
+                count > most_vias ? fmt::format("{} Vias, and of more than {} the record holds none", count, most_vias)
+                                  : fmt::format("the record holds {} Vias", most_vias));
+    }
+
+    void find_dropped_parts() {
+        for (std::size_t i = 0; i < lines_.headers.size(); ++i) {
+            const HeaderLine &line = lines_.headers[i];
+            if (!is_ignored_[i] && !has_name(line, "via") && !has_name(line, "content-length"))
+                find_dropped_parts(line);
+        }
+    }
+
+    void find_dropped_parts(const HeaderLine &line) {
+        const std::vector<Range> parts = comma_parts(text_, line.value);
+        if (parts.size() < 2)
+            return;
+        for (std::size_t i = parts.size(); i-- > 0;) {
+            const std::span<const Range> part(&parts[i], 1);
+            if (!trial_.is_same_without(part, same_records) || !trial_.is_same_with_others(part, same_records))
+                continue;
+            trial_.remove(part);
+            add(Loss::dropped, parts[i],
+                fmt::format("the record holds nothing of {}", quoted(text_of(text_, parts[i]))));
+        }
+    }
+
+    std::string_view message_;
+    std::string_view text_; // what of it is decoded
+    std::size_t first_line_;
+    MessageLines lines_;
+    Trial trial_;
+    std::vector<bool> is_ignored_; // by header line
+    std::vector<Finding> found_;
+};
+
+} // namespace
+
+std::string_view loss_name(Loss loss) {
+    constexpr std::string_view names[] = {"refused", "unread", "unknown", "ignored", "dropped", "cut"};
+    return names[static_cast<std::size_t>(loss)];
+}
+
+std::vector<Finding> check_message(std::string_view message, std::size_t first_line) {
+    return Check(message, first_line).run();
+}
+
+std::size_t line_number(std::string_view message, std::size_t place, std::size_t first_line) {
+    const std::string_view before = message.substr(0, place);
+    return first_line + static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+}
