@@ -144,12 +144,23 @@ inline char *put(char *to, text value) {
     return to + value.size();
 }
 
+// Two digits of every number below 100, in order.
+inline constexpr auto digit_pairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+inline void put_pair(char *to, std::size_t value) { std::memcpy(to, &digit_pairs[2 * value], 2); }
+
 // In output.cpp.
 char *put_decimal(char *to, long value);
 
 inline char *put_two_digits(char *to, int value) {
-    to[0] = static_cast<char>('0' + value / 10 % 10);
-    to[1] = static_cast<char>('0' + value % 10);
+    put_pair(to, static_cast<unsigned>(value) % 100);
     return to + 2;
 }
 
