@@ -53,12 +53,12 @@ constexpr text trim_end(text t) {
     return t;
 }
 
-// Place of the first wanted byte of a text, its size when there is none.
+// Place of the first wanted byte of a text, its size or more when there is none.
 inline std::size_t find(text t, char wanted) { return find_byte(t.data(), t.size(), wanted); }
 [[gnu::always_inline]] inline std::size_t find(roomy_text t, char wanted) {
     for (std::size_t at = 0; at < t.size(); at += 16)
         if (const unsigned mask = matches16(t.data() + at, wanted); mask != 0)
-            return at_most(at + static_cast<std::size_t>(std::countr_zero(mask)), t).size();
+            return at + static_cast<std::size_t>(std::countr_zero(mask));
     return t.size();
 }
 
@@ -75,7 +75,7 @@ using parts = basic_parts<text>;
 template <class Text>
 [[gnu::always_inline]] inline basic_parts<Text> cut_at(char mark, Text t) {
     const std::size_t at = find(t, mark);
-    if (at == t.size())
+    if (at >= t.size())
         return {t, {}, false};
     return {{t.data(), at}, {t.data() + at + 1, t.size() - at - 1}, true};
 }
@@ -96,7 +96,7 @@ basic_parts<Text> cut_at(const char (&mark)[N], Text t) {
 
 template <class Text>
 bool contains(Text t, char mark) {
-    return find(t, mark) != t.size();
+    return find(t, mark) < t.size();
 }
 
 // A text member, read to its end when a host left it unterminated.
