@@ -29,7 +29,7 @@ std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted) {
 std::size_t find_blank(const char *begin, std::size_t size) {
     std::size_t at = 0;
     for (; at + 16 <= size; at += 16)
-        if (const unsigned mask = blanks16(begin + at); mask != 0)
+        if (const unsigned mask = matches_up_to16(begin + at, ' '); mask != 0)
             return at + static_cast<std::size_t>(std::countr_zero(mask));
     while (at<size &&static_cast<unsigned char>(begin[at])> 32)
         ++at;

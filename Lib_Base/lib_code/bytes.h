@@ -26,16 +26,24 @@ inline unsigned matches8(const char *at, char wanted) {
     const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(at));
     return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(wanted)))) & 0xFF;
 }
-// Of the sixteen: bytes from 0 to 32.
-inline unsigned blanks16(const char *at) {
+// Of the sixteen: bytes from 0 to `largest`.
+inline unsigned matches_up_to16(const char *at, char largest) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(32)), bytes)));
+    const __m128i above = _mm_subs_epu8(bytes, _mm_set1_epi8(largest));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(above, _mm_setzero_si128())));
+}
+// Whether the sixteen are the wanted ones, with these bits set, in the bytes that count.
+inline bool equal16(const char *at, const std::uint64_t *set, const std::uint64_t *counted,
+                    const std::uint64_t *wanted) {
+    const auto load16 = [](const void *from) { return _mm_loadu_si128(static_cast<const __m128i *>(from)); };
+    const __m128i bytes = _mm_and_si128(_mm_or_si128(load16(at), load16(set)), load16(counted));
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, load16(wanted))) == 0xFFFF;
 }
 #else
-inline unsigned blanks16(const char *at) {
+inline unsigned matches_up_to16(const char *at, char largest) {
     unsigned mask = 0;
     for (unsigned i = 0; i < 16; ++i)
-        mask |= static_cast<unsigned>(static_cast<unsigned char>(at[i]) <= 32) << i;
+        mask |= static_cast<unsigned>(static_cast<unsigned char>(at[i]) <= static_cast<unsigned char>(largest)) << i;
     return mask;
 }
 inline unsigned matches_plain(const char *at, unsigned count, char wanted) {
@@ -49,23 +57,30 @@ inline unsigned matches8(const char *at, char wanted) { return matches_plain(at,
 #endif
 
 // The same for a whole block.
-inline std::uint64_t matches(const char *at, char wanted) {
-    const auto quarter = [at, wanted](unsigned i) {
-        return static_cast<std::uint64_t>(matches16(at + 16 * i, wanted)) << (16 * i);
-    };
+template <class Matches16>
+inline std::uint64_t matches_of_block(const char *at, Matches16 matches_16) {
+    const auto quarter = [&](unsigned i) { return static_cast<std::uint64_t>(matches_16(at + 16 * i)) << (16 * i); };
     return quarter(0) | quarter(1) | quarter(2) | quarter(3);
+}
+inline std::uint64_t matches(const char *at, char wanted) {
+    return matches_of_block(at, [wanted](const char *sixteen) { return matches16(sixteen, wanted); });
+}
+inline std::uint64_t matches_up_to(const char *at, char largest) {
+    return matches_of_block(at, [largest](const char *sixteen) { return matches_up_to16(sixteen, largest); });
 }
 
 // The same for what is left of a text, less than a block.
 std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted);
 
-// Calls visit with the place of every wanted byte, in order.
+// Calls visit with the place of every wanted byte, in order. Whole blocks are read while there are as many readable bytes.
 template <class Visit>
-void for_each_byte(const char *begin, std::size_t size, char wanted, Visit visit) {
+void for_each_byte(const char *begin, std::size_t size, std::size_t readable, char wanted, Visit visit) {
     for (std::size_t at = 0; at < size; at += block_size) {
         const std::size_t left = size - at;
         std::uint64_t mask =
-            left >= block_size ? matches(begin + at, wanted) : matches_of_rest(begin + at, left, wanted);
+            readable - at >= block_size ? matches(begin + at, wanted) : matches_of_rest(begin + at, left, wanted);
+        if (left < block_size)
+            mask &= (std::uint64_t{1} << left) - 1;
         for (; mask != 0; mask &= mask - 1)
             visit(at + static_cast<std::size_t>(std::countr_zero(mask)));
     }
@@ -99,8 +114,20 @@ inline std::uint64_t load_word(const char *bytes, std::size_t count) {
         return load<std::uint64_t>(bytes);
     if (count >= 4)
         return load<std::uint32_t>(bytes) | load<std::uint32_t>(bytes + count - 4) << (8 * (count - 4));
+    if (count >= 2)
+        return load<std::uint16_t>(bytes) | load<std::uint16_t>(bytes + count - 2) << (8 * (count - 2));
     return word_of(bytes, count);
 }
+
+#if !defined(SIPCODE_SSE2)
+inline bool equal16(const char *at, const std::uint64_t *set, const std::uint64_t *counted,
+                    const std::uint64_t *wanted) {
+    const auto difference = [=](std::size_t i) {
+        return ((load_word(at + 8 * i, 8) | set[i]) & counted[i]) ^ wanted[i];
+    };
+    return (difference(0) | difference(1)) == 0;
+}
+#endif
 
 // Copies a short text in a few moves: a call of memcpy costs more than most values are long.
 inline void copy_bytes(char *to, const char *from, std::size_t count) {

@@ -3,6 +3,8 @@
 //   "INVITE" -> 5    "180 Ringing" -> 17    "200 anything" -> 20    "302 Moved Temporarily" -> 0
 #include "methods.h"
 
+#include <algorithm>
+
 #include "decode.h"
 #include "host.h"
 
@@ -91,6 +93,36 @@ constexpr auto rows = make_rows(nocase::longest, row_numbers);
 constexpr std::size_t code_length = 3;
 constexpr auto codes = make_rows(code_length, row_numbers);
 
+// The first characters of a text, as a number in which the two cases of a letter are one: most rows differ in it.
+template <std::size_t Count>
+constexpr std::uint64_t fold_case(std::uint64_t word) {
+    return word | (0x2020202020202020 & ((std::uint64_t{1} << (8 * Count)) - 1));
+}
+constexpr auto row_beginnings = [] {
+    std::array<std::uint32_t, SIP_CODE_METHOD_COUNT> beginnings{};
+    for (std::size_t row = 0; row < beginnings.size(); ++row)
+        beginnings[row] =
+            static_cast<std::uint32_t>(fold_case<code_length>(word_of(decode_methods[row].text, code_length)));
+    return beginnings;
+}();
+
+static_assert(std::all_of(std::begin(decode_methods), std::end(decode_methods),
+                          [](const SIP_METHOD_TEXT &row) { return text(row.text).size() >= code_length; }));
+
+// The first row that matches, of those that begin as the text does.
+template <class Match>
+int find_row(text msg, Match match) {
+    if (msg.empty())
+        return -1;
+    if (msg.size() < code_length)
+        return SIP_REQUEST_MSG_UNKNOWN;
+    const std::uint64_t beginning = fold_case<code_length>(load_word(msg.data(), code_length));
+    for (int id = first_row; id < SIP_CODE_METHOD_COUNT; ++id)
+        if (row_beginnings[static_cast<std::size_t>(id)] == beginning && match(id, msg))
+            return id;
+    return SIP_REQUEST_MSG_UNKNOWN;
+}
+
 // The word, followed by a blank or the end: "INVITEX" is not INVITE.
 bool SIP_Decode_Parse_Method_Match(int id, text name) {
     const nocase &word = rows[static_cast<std::size_t>(id)];
@@ -99,30 +131,16 @@ bool SIP_Decode_Parse_Method_Match(int id, text name) {
 
 // The status code alone counts, not the reason phrase.
 bool SIP_Decode_Parse_Method_Match_Response(int id, text name) {
-    return name.size() > 2 && codes[static_cast<std::size_t>(id)].begins(name.data());
+    return starts_nocase(name, codes[static_cast<std::size_t>(id)]);
 }
 
 text or_empty(const char *msg) { return msg == nullptr ? text() : text(msg); }
 
 } // namespace
 
-int SIP_Decode_Parse_Method(text msg) {
-    if (msg.empty())
-        return -1;
-    for (int id = first_row; id < SIP_CODE_METHOD_COUNT; ++id)
-        if (SIP_Decode_Parse_Method_Match(id, msg))
-            return id;
-    return SIP_REQUEST_MSG_UNKNOWN;
-}
+int SIP_Decode_Parse_Method(text msg) { return find_row(msg, SIP_Decode_Parse_Method_Match); }
 
-int SIP_Decode_Parse_Method_Response(text msg) {
-    if (msg.empty())
-        return -1;
-    for (int id = first_row; id < SIP_CODE_METHOD_COUNT; ++id)
-        if (SIP_Decode_Parse_Method_Match_Response(id, msg))
-            return id;
-    return SIP_REQUEST_MSG_UNKNOWN;
-}
+int SIP_Decode_Parse_Method_Response(text msg) { return find_row(msg, SIP_Decode_Parse_Method_Match_Response); }
 
 int SIP_Decode_Parse_Other_Response(text msg) {
     if (msg.empty())

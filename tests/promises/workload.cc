@@ -177,6 +177,10 @@ std::uint64_t scan_and_build(const std::string &message, Buffers &room) {
                           SIP_Decode_Parse_Other_Response(message.c_str()),
                           Judge_Strlen_Zero(message.c_str())};
     digest.add(counts, sizeof counts);
+    std::size_t framed = 0;
+    const int outcome = SIP_Frame_Stream(message.data(), message.size(), &framed);
+    digest.add(&outcome, sizeof outcome);
+    digest.add(&framed, sizeof framed);
     split->rlPart2 = split->content;
     CompatibleSipMethodName(split);
     if (const char *const value = Parse_Header(split, "CSeq"))

@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::size_t longest_value = 255;
 constexpr int default_port = 5060;
-constexpr text tag_name = "tag=";
+constexpr std::size_t scheme_length = 4; // of "sip:"; any other scheme is read as if it had as many characters
+constexpr char tag_name[] = "tag=";
 
 // Value of a hexadecimal digit, -1 for any other character.
 constexpr int hex_digit(char c) {
@@ -58,88 +59,106 @@ void decode_escapes(char *s) {
     *to = '\0';
 }
 
-void store_user(const decode_notes &notes, char (&user)[32], text value) {
+template <class Text>
+void store_user(const decode_notes &notes, char (&user)[32], Text value) {
     notes.store(user, value);
     if (contains(value, '%'))
         decode_escapes(user);
 }
 
 // Parameters of the user part ("123;cpc=ordinary@10.0.0.1") are taken out, into scratch when there are any.
-text without_user_parameters(text uri, char (&scratch)[longest_value + 1]) {
-    const parts user = cut_at('@', uri);
-    const parts name = cut_at(';', user.before);
-    if (!user.found || !name.found)
+roomy_text without_user_parameters(roomy_text uri, char (&scratch)[longest_value + 16]) {
+    const std::size_t name_length = find(uri, ';');
+    const std::size_t user_length = name_length >= uri.size() ? 0 : find(uri, '@');
+    if (user_length <= name_length || user_length >= uri.size())
         return uri;
-    const text host = drop(user.before.size(), uri);
-    std::memcpy(scratch, name.before.data(), name.before.size());
-    std::memcpy(scratch + name.before.size(), host.data(), host.size());
-    return {scratch, name.before.size() + host.size()};
+    const text host = drop(user_length, uri);
+    std::memset(scratch, 0, sizeof scratch);
+    std::memcpy(scratch, uri.data(), name_length);
+    std::memcpy(scratch + name_length, host.data(), host.size());
+    return {scratch, name_length + host.size()};
 }
 
-void read_tag(const message &msg, text value, char (&tag)[128]) {
-    const parts found = cut_at(tag_name, value);
+void read_tag(const message &msg, roomy_text value, char (&tag)[128]) {
+    const auto found = cut_at(tag_name, value);
     if (found.found)
         msg.store(tag, cut_at(';', found.after).before);
 }
 
-// Reads an address whose URI ends at its first ";".
-template <class Member>
-uri_kind read_address(const message &msg, text uri, Member &member) {
-    return Parse_Uri(msg, cut_at(';', uri).before, member.user, member.addr);
-}
-
-// First 255 characters of a value; a missing one reads as an empty text.
-text value_or_empty(const message &msg, text value) {
-    return value.data() == nullptr ? text("") : msg.within(longest_value, value);
-}
-
-} // namespace
-
-uri_kind Parse_Uri(const decode_notes &notes, text uri, char (&user)[32], IPV4_ADDRESS &addr) {
-    if (uri.data() == nullptr)
-        return no_uri;
-    if (starts_nocase(uri, "sip:")) {
-        const text rest = cut_at(';', drop(4, uri)).before;
-        const parts user_host = cut_at('@', rest);
-        const parts host_port = cut_at(':', user_host.found ? user_host.after : rest);
+// Reads a URI of which the text behind the scheme, up to the first ";", is already cut out.
+template <class Text>
+uri_kind read_uri(const decode_notes &notes, Text uri, Text rest, char (&user)[32], IPV4_ADDRESS &addr) {
+    const auto user_host = cut_at('@', rest);
+    constexpr nocase sip = "sip:";
+    constexpr nocase tel = "tel:";
+    if (starts_nocase(uri, sip)) {
+        const auto host_port = cut_at(':', user_host.found ? user_host.after : rest);
         addr.port = host_port.found ? to_int(host_port.after) : default_port;
         if (user_host.found)
             store_user(notes, user, user_host.before);
         notes.store(addr.ip, host_port.before);
         return sip_uri;
     }
-    if (!starts_nocase(uri, "tel:"))
+    if (!starts_nocase(uri, tel))
         SIPCODE_TRACE(0, "Decode Uri : '%s' is not a valid SIP uri", terminated(uri).c_str());
-    // Any other scheme is read as if it had four characters too.
-    const text rest = cut_at(';', drop(4, uri)).before;
-    const parts user_host = cut_at('@', rest);
     store_user(notes, user, user_host.found ? user_host.after : rest);
     return other_uri;
 }
 
+// Reads an address whose URI ends at its first ";".
+template <class Text, class Member>
+uri_kind read_address(const message &msg, Text value, Member &member) {
+    const Text uri = cut_at(';', value).before;
+    return read_uri(msg, uri, drop(scheme_length, uri), member.user, member.addr);
+}
+
+// First 255 characters of a value; a missing one reads as an empty text.
+roomy_text value_or_empty(const message &msg, text value) {
+    return value.data() == nullptr ? roomy_text("") : msg.within(longest_value, message::roomy(value));
+}
+
+template <class Text>
+void read_contact(SIP_CONTACT &contact, const message &msg, Text value) {
+    if (value.data() != nullptr)
+        read_address(msg, Parse_Brackets(value), contact);
+}
+
+text contact_value(const message &msg) {
+    return msg.within(longest_value, msg.value(header::contact, header::compact_contact));
+}
+
+} // namespace
+
+template <class Text>
+uri_kind Parse_Uri(const decode_notes &notes, Text uri, char (&user)[32], IPV4_ADDRESS &addr) {
+    if (uri.data() == nullptr)
+        return no_uri;
+    return read_uri(notes, uri, cut_at(';', drop(scheme_length, uri)).before, user, addr);
+}
+template uri_kind Parse_Uri(const decode_notes &, text, char (&)[32], IPV4_ADDRESS &);
+template uri_kind Parse_Uri(const decode_notes &, roomy_text, char (&)[32], IPV4_ADDRESS &);
+
 void Parse_PCalledPartyID(SIP_FROMTO *callparty, const message &msg) {
-    const text value = msg.within(longest_value, msg.value(header::p_called_party_id));
+    const roomy_text value = msg.within(longest_value, message::roomy(msg.value(header::p_called_party_id)));
     if (value.data() != nullptr)
         read_address(msg, Parse_Brackets(value), *callparty);
 }
 
 void Parse_From(SIP_FROMTO *from, const message &msg) {
-    const text value = value_or_empty(msg, msg.filled_value(header::from, header::compact_from));
-    char scratch[longest_value + 1];
+    const roomy_text value = value_or_empty(msg, msg.filled_value(header::from, header::compact_from));
+    char scratch[longest_value + 16];
     read_address(msg, without_user_parameters(Parse_Brackets(value), scratch), *from);
     read_tag(msg, value, from->tag);
 }
 
 void Parse_To(SIP_FROMTO *to, const message &msg) {
-    const text value = value_or_empty(msg, msg.filled_value(header::to, header::compact_to));
+    const roomy_text value = value_or_empty(msg, msg.filled_value(header::to, header::compact_to));
     to->flag = read_address(msg, Parse_Brackets(value), *to);
     read_tag(msg, value, to->tag);
 }
 
 void Parse_Contact(SIP_CONTACT *contact, const message &msg) {
-    const text value = msg.within(longest_value, msg.value(header::contact, header::compact_contact));
-    if (value.data() != nullptr)
-        read_address(msg, Parse_Brackets(value), *contact);
+    read_contact(*contact, msg, message::roomy(contact_value(msg)));
 }
 
 } // namespace sipcode
@@ -147,5 +166,6 @@ void Parse_Contact(SIP_CONTACT *contact, const message &msg) {
 void Uri_Decode(char *s) { sipcode::decode_escapes(s); }
 
 void Parse_Contact(SIP_CONTACT *contact, SIP_MSG *psip_msg) {
-    sipcode::Parse_Contact(contact, sipcode::message(*psip_msg));
+    const sipcode::message msg(*psip_msg);
+    sipcode::read_contact(*contact, msg, sipcode::contact_value(msg));
 }

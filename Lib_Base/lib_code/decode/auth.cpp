@@ -70,10 +70,7 @@ text first_algorithm(text list) {
 
 // True when the name that ends before `end` is `name`, which includes its "=".
 bool name_ends_at(text header, std::size_t end, std::size_t scan_from, const nocase &name) {
-    const char last_letter = text(name)[name.size() - 2];
-    if (end - scan_from < name.size() || lower(header[end - 2]) != last_letter)
-        return false;
-    if (!name.begins(header.data() + end - name.size()))
+    if (end - scan_from < name.size() || !name.begins(header.data() + end - name.size()))
         return false;
     // "nonce=" that ends "cnonce=" is another parameter.
     const std::size_t begin = end - name.size();
@@ -129,7 +126,11 @@ void scan_parameters(const message &msg, text value, std::size_t from, const tex
         if (!name_value.found)
             return;
         const std::size_t begin = value.size() - name_value.after.size();
-        const auto ends_here = [&](const nocase &name) { return name_ends_at(value, begin, from, name); };
+        // Most names are told apart by their last letter.
+        const char last_letter = begin - from < 2 ? '\0' : lower(value[begin - 2]);
+        const auto ends_here = [&](const nocase &name) {
+            return text(name)[name.size() - 2] == last_letter && name_ends_at(value, begin, from, name);
+        };
         const auto known = std::find_if(std::begin(names), std::end(names),
                                         [&](const text_parameter<Record> &entry) { return ends_here(entry.name); });
         if (known != std::end(names)) {

@@ -85,7 +85,7 @@ void Parse_Message_Summary(const decode_notes &notes, MESSAGE_SUMMARY *ptMsgSumm
     if (const summary_line waiting(pchMesseagSummary, "Messages-Waiting: "); waiting.value() != nullptr)
         notes.copy_verbatim(ptMsgSummary->messageswaiting, waiting.value());
     if (const summary_line account(pchMesseagSummary, "Message-Account: "); account.value() != nullptr)
-        Parse_Uri(notes, account.value(), ptMsgSummary->account, ptMsgSummary->addr);
+        Parse_Uri(notes, text(account.value()), ptMsgSummary->account, ptMsgSummary->addr);
     if (const summary_line counts(pchMesseagSummary, "Voice-Message:"); counts.value() != nullptr)
         read_message_counts(counts.value(), *ptMsgSummary);
     ptMsgSummary->use = 1;

@@ -17,7 +17,8 @@ int decode(SIP_MSG &split, std::size_t length, SIP_CODE_MSG &record, SIP_DECODE_
 
 // The text inside the first angle brackets outside a quoted string; the whole value when it has none or when a bracket or
 // quote is not closed, which is logged.
-text Parse_Brackets(text value);
+template <class Text>
+Text Parse_Brackets(Text value);
 
 // The value of one body line made of the name, "=" and the value, behind leading blanks; empty when the line is another.
 text Parse_Get_Body_By_Line(text line, const nocase &name);
@@ -32,7 +33,8 @@ int Parse_Cseq(SIP_CSEQ *pcseq, const message &msg);
 enum uri_kind { no_uri = 0, sip_uri = 1, other_uri = 2 };
 
 // Reads a URI into user, ip and port; a null slice writes nothing.
-uri_kind Parse_Uri(const decode_notes &notes, text uri, char (&user)[32], IPV4_ADDRESS &addr);
+template <class Text>
+uri_kind Parse_Uri(const decode_notes &notes, Text uri, char (&user)[32], IPV4_ADDRESS &addr);
 
 // ---- route.cpp
 void Parse_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg);

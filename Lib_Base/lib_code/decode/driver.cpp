@@ -1,5 +1,4 @@
 // Sip_Decode: the order of work. What each step reads stands in the file of its decoder.
-#include <algorithm>
 #include <initializer_list>
 
 #include "decoders.h"
@@ -29,7 +28,7 @@ void decode_start_line(const message &msg, SIP_CODE_MSG &record) {
     if (split.method == SIP_REQUEST_MSG_RESPONSE)
         split.method = response_kind(split.rlPart2);
     else
-        Parse_Uri(msg, split.rlPart2, record.uri.user, record.uri.addr);
+        Parse_Uri(msg, message::roomy(split.rlPart2), record.uri.user, record.uri.addr);
     record.method = split.method;
 }
 
@@ -59,9 +58,21 @@ void decode_expiry(const message &msg, SIP_CODE_MSG &record) {
     record.expire.use = record.expire.expires != 0;
 }
 
-bool is_any_of(int identifier, std::initializer_list<int> identifiers) {
-    return std::find(identifiers.begin(), identifiers.end(), identifier) != identifiers.end();
-}
+// A few identifiers, one bit each.
+class method_set {
+  public:
+    consteval method_set(std::initializer_list<int> identifiers) {
+        for (const int identifier : identifiers)
+            bits |= std::uint64_t{1} << identifier;
+    }
+    bool has(int identifier) const { return static_cast<unsigned>(identifier) < 64 && (bits >> identifier & 1) != 0; }
+
+  private:
+    static_assert(SIP_CODE_METHOD_COUNT <= 64);
+    std::uint64_t bits = 0;
+};
+
+bool is_any_of(int identifier, method_set identifiers) { return identifiers.has(identifier); }
 
 bool carries_session(int method, int cseq_method) {
     return is_any_of(cseq_method, {SIP_REQUEST_MSG_INVITE, SIP_REQUEST_MSG_ACK, SIP_REQUEST_MSG_UPDATE}) &&

@@ -40,7 +40,7 @@ void Parse_History_info(const message &msg, SIP_CODE_MSG *pcode_msg) {
             return;
         slot->use = 1;
         Parse_HistoryInfo_Cause(entry, slot->cause);
-        Parse_Uri(msg, entry, slot->user, slot->addr);
+        Parse_Uri(msg, text(entry), slot->user, slot->addr);
     }
 }
 

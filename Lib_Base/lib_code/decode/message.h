@@ -1,6 +1,7 @@
 // The split message as the decoders see it: lines as slices, and headers found by name without a search.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "decode.h"
@@ -92,8 +93,15 @@ class message : public decode_notes {
     // Value of the first header line with this name, behind the colon and leading blanks; a null slice when there is none.
     // Its data is terminated at its end.
     text value(header name) const {
-        const int line = first_line[static_cast<std::size_t>(name)] - 1;
-        return line < 0 ? text() : drop(value_begin[line], header_line(line));
+        const auto number = static_cast<std::size_t>(name);
+        return first_line[number] == 0 ? text() : text(first_value[number].begin, first_value[number].size);
+    }
+
+    // A slice of a message that SIP_Decode_Parse_Msg split: other members of its SIP_MSG stand behind it.
+    static roomy_text roomy(text slice) {
+        static_assert(offsetof(SIP_MSG, content) + sizeof split.content == offsetof(SIP_MSG, data));
+        static_assert(offsetof(SIP_MSG, data) + sizeof split.data + 15 <= sizeof(SIP_MSG));
+        return roomy_text(slice);
     }
 
     // The same, by the full name or, when there is no such line, by the compact form.
@@ -123,12 +131,17 @@ class message : public decode_notes {
   private:
     friend int SIP_Decode_Parse_Msg(message &msg, std::size_t length);
 
-    void index_headers();
+    template <class ReadableBytes>
+    void index_headers(ReadableBytes readable_bytes);
+    void count_line(header name, line_set line);
 
     // Only the entries of counted lines are ever set: a decode does not pay for those that it does not use.
     unsigned header_length[max_lines];
-    unsigned value_begin[max_lines]; // in a line that first_line names
     unsigned body_length[max_lines];
+    struct {
+        const char *begin;
+        std::size_t size;
+    } first_value[header_count];                // where first_line names a line
     std::uint8_t first_line[header_count] = {}; // 1 + the line on which a header stands first, 0 when on none
     line_set vias = 0;
     line_set record_routes = 0;

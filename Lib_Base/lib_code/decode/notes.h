@@ -26,6 +26,7 @@ class decode_notes {
             note_cut(nullptr, value, longest);
         return at_most(longest, value);
     }
+    roomy_text within(std::size_t longest, roomy_text value) const { return roomy_text(within(longest, text(value))); }
     // The store of headers kept verbatim: the host's, whose bound counts the terminator.
     template <int N>
     void copy_verbatim(char (&member)[N], text value, int bound = N - 1) const {

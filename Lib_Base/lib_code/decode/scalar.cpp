@@ -66,7 +66,7 @@ int Parse_Cseq(SIP_CSEQ *pcseq, const message &msg) {
         SIPCODE_TRACE(0, "Decode Cseq : there is no cseq header '%s'", absent);
         return not_found;
     }
-    const number seq = read_number(value);
+    const number seq = read_terminated_number(value.data());
     if (seq.length == 0) {
         SIPCODE_TRACE(0, "Decode Cseq : there is no seq in '%s'", value.data());
         return not_found;
@@ -93,7 +93,7 @@ void Parse_Forwards(int *forward, const message &msg) {
     const text value = msg.value(header::max_forwards);
     if (value.data() == nullptr)
         return;
-    const number hops = read_number(value);
+    const number hops = read_terminated_number(value.data());
     if (hops.length == 0)
         SIPCODE_TRACE(0, "Decode max-forward : '%s'", value.data());
     else
@@ -130,7 +130,7 @@ int Parse_RSeq(const message &msg, SIP_CODE_MSG *pcode_msg) {
 
 void Parse_Expires(int *expiry, const message &msg) {
     if (const text value = msg.value(header::expires); !value.empty()) {
-        *expiry = to_int(value);
+        *expiry = read_terminated_number(value.data()).value;
         return;
     }
     const parts parameter = cut_at(";expires=", at_most(longest_contact, msg.value(header::contact)));

@@ -9,8 +9,9 @@ namespace sipcode {
 namespace {
 
 // The text behind the double quote that closes the string which begins t; null when none does.
-text behind_quoted(text t) {
-    for (parts cut = cut_at('"', t); cut.found; cut = cut_at('"', cut.after))
+template <class Text>
+Text behind_quoted(Text t) {
+    for (basic_parts<Text> cut = cut_at('"', t); cut.found; cut = cut_at('"', cut.after))
         if (cut.before.empty() || cut.before.back() != '\\')
             return cut.after;
     return {};
@@ -18,26 +19,30 @@ text behind_quoted(text t) {
 
 } // namespace
 
-text Parse_Brackets(text value) {
-    for (text rest = value;;) {
-        const parts open = cut_at('<', rest);
+template <class Text>
+Text Parse_Brackets(Text value) {
+    for (Text rest = value;;) {
+        const basic_parts<Text> open = cut_at('<', rest);
         if (!open.found)
             return value;
-        const parts quote = cut_at('"', open.before);
+        const basic_parts<Text> quote = cut_at('"', open.before);
         if (!quote.found) {
-            const parts closed = cut_at('>', open.after);
+            const basic_parts<Text> closed = cut_at('>', open.after);
             if (closed.found)
                 return closed.before;
             SIPCODE_TRACE(1, "No closing bracket found in '%s'", terminated(value).c_str());
             return value;
         }
-        rest = behind_quoted({quote.after.data(), static_cast<std::size_t>(rest.end() - quote.after.data())});
+        rest = behind_quoted(Text(quote.after.data(), static_cast<std::size_t>(rest.end() - quote.after.data())));
         if (rest.data() == nullptr) {
             SIPCODE_TRACE(1, "No closing quote found in '%s'", terminated(value).c_str());
             return value;
         }
     }
 }
+
+template text Parse_Brackets(text value);
+template roomy_text Parse_Brackets(roomy_text value);
 
 namespace {
 

@@ -20,7 +20,7 @@ namespace sipcode {
 namespace {
 
 constexpr std::size_t longest_host = 256;
-constexpr text line_end = "\r\n";
+constexpr char line_end[] = "\r\n";
 
 // ------------------------------------------------------------------------------------------------------------ codecs
 
@@ -57,7 +57,7 @@ e_codec codec_of_payload(int payload) {
 // The codec whose encoding is the next word of the line.
 e_codec codec_of_encoding(scanner items) {
     items.white_space();
-    const text line = items.rest();
+    const roomy_text line = message::roomy(items.rest());
     for (const dynamic_encoding &known : dynamic_encodings) {
         const std::size_t length = known.encoding.size();
         if (starts_nocase(line, known.encoding) && (line.size() == length || is_white_space(line[length])))
@@ -83,20 +83,29 @@ struct session_lines {
     line_set attributes = 0; // a=
 };
 
+// What a line begins with, its letter in lower case.
+constexpr std::uint16_t type_mark(char letter, char mark) {
+    return static_cast<std::uint16_t>(word_of(std::array{letter, mark}.data(), 2));
+}
+
 session_lines sort_lines(const message &msg) {
+    constexpr std::uint16_t letter_case = type_mark('a' - 'A', '\0');
     session_lines sorted;
     for (unsigned i = msg.split.sdp_start; i < msg.split.sdp_end; ++i) {
-        const text line = msg.body_line(static_cast<int>(i));
-        if (line.size() < 2 || line[1] != '=')
-            continue;
         const line_set this_line = line_set{1} << i;
-        const char type = lower(line[0]);
-        if (type == 'a')
+        switch (load_word(msg.split.line[i], 2) | letter_case) { // of an empty line, its terminator and one byte more
+        case type_mark('a', '='):
             sorted.attributes |= this_line;
-        else if (type == 'm')
+            break;
+        case type_mark('m', '='):
             sorted.media |= this_line;
-        else if (type == 'c')
+            break;
+        case type_mark('c', '='):
             sorted.connection |= this_line;
+            break;
+        default:
+            break;
+        }
     }
     return sorted;
 }
@@ -104,9 +113,12 @@ session_lines sort_lines(const message &msg) {
 // The next filled value of these lines, behind leading blanks, which leave the set up to it; empty at the end.
 inline text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
     while (lines != 0) {
-        const text value = skip_blanks(drop(2, msg.body_line(take_first(lines))));
-        if (!value.empty())
-            return value;
+        const text line = msg.body_line(take_first(lines));
+        const char *value = line.data() + 2;
+        while (is_blank(*value))
+            ++value;
+        if (*value != '\0')
+            return {value, static_cast<std::size_t>(line.end() - value)};
     }
     return {};
 }
@@ -134,25 +146,23 @@ text connection_host(const message &msg, text value) {
 struct media_line {
     bool matches = false;
     int port = 0;
-    text payloads;
+    text payloads = "";
 };
 
 // What follows the profile word, secure and feedback profiles included; a line without one has no list.
 text payload_list(scanner items) {
-    constexpr text plain_profile = "RTP/AVP";
     items.white_space();
-    const text rest = items.rest();
-    if (rest.empty() || is_digit(rest.front()))
-        return {};
-    if (const text behind = drop(plain_profile.size(), rest);
-        rest.starts_with(plain_profile) && !behind.empty() && is_digit(behind.front()))
-        return behind; // "RTP/AVP0 8": no blank is needed there
+    if (const text rest = items.rest(); rest.empty() || is_digit(rest.front()))
+        return "";
+    if (scanner list = items; list.literal("RTP/AVP") && is_digit(*list.rest().data()))
+        return list.rest(); // "RTP/AVP0 8": no blank is needed there
     items.word();
     items.white_space();
     return items.rest();
 }
 
-media_line read_media_line(text value, text media, int &port_count) {
+template <std::size_t N>
+media_line read_media_line(text value, const char (&media)[N], int &port_count) {
     media_line line;
     scanner items(value);
     line.matches = items.literal(media) && items.white_space() && items.integer(line.port);
@@ -201,17 +211,16 @@ class media_reader {
     bool read_audio(const media_line &line) {
         sdp.a_use = 1;
         store_address(sdp.a_addr, line.port);
-        for (text rest = line.payloads; !rest.empty();) {
-            const number payload = read_number(rest);
-            if (payload.length == 0) {
-                SIPCODE_TRACE(1, "Error in codec string '%s'", rest.data());
+        for (scanner items(line.payloads); !items.at_end(); items.blanks()) {
+            int payload = 0;
+            if (!items.integer(payload)) {
+                SIPCODE_TRACE(1, "Error in codec string '%s'", items.rest().data());
                 return false;
             }
             if (audio_codecs == max_audio_codecs)
                 break;
-            if (const e_codec codec = codec_of_payload(payload.value); codec != UNKONW)
+            if (const e_codec codec = codec_of_payload(payload); codec != UNKONW)
                 sdp.a_coders[audio_codecs++] = codec;
-            rest = skip_blanks(drop(payload.length, rest));
         }
         Parse_Sdp_Rtpmap(audio_codecs);
         return true;
@@ -220,14 +229,13 @@ class media_reader {
     bool read_video(const media_line &line) {
         sdp.v_use = 1;
         store_address(sdp.v_addr, line.port);
-        for (text rest = line.payloads; !rest.empty() && video_payloads < max_video_payloads;) {
-            const number payload = read_number(rest);
-            if (payload.length == 0) {
-                SIPCODE_TRACE(0, "Error in codec string '%s'", rest.data());
+        for (scanner items(line.payloads); !items.at_end() && video_payloads < max_video_payloads; items.blanks()) {
+            int payload = 0;
+            if (!items.integer(payload)) {
+                SIPCODE_TRACE(0, "Error in codec string '%s'", items.rest().data());
                 return false;
             }
-            sdp.v_coders[video_payloads++] = payload.value;
-            rest = skip_blanks(drop(payload.length, rest));
+            sdp.v_coders[video_payloads++] = payload;
         }
         return true;
     }
@@ -283,12 +291,27 @@ enum direction { sendrecv = 0, sendonly = 1, recvonly = 2, inactive = 3, no_dire
 constexpr text direction_names[] = {"sendrecv", "sendonly", "recvonly", "inactive"};
 constexpr std::size_t direction_line_length = std::size("a=sendrecv\r\n") - 1;
 
-// The direction that this text behind an "a=" begins with.
-direction direction_of(text behind) {
-    const auto begins_with = [behind](direction d) { return behind.starts_with(direction_names[d]); };
-    if (behind.starts_with("send"))
-        return begins_with(sendrecv) ? sendrecv : begins_with(sendonly) ? sendonly : no_direction;
-    return begins_with(recvonly) ? recvonly : begins_with(inactive) ? inactive : no_direction;
+// What a text begins with, as a number; missing characters are 0.
+constexpr std::size_t beginning_length = 8;
+inline std::uint64_t beginning_of(text t) { return load_word(t.data(), at_most(beginning_length, t).size()); }
+constexpr std::uint64_t beginning_word(text constant) {
+    return word_of(constant.data(), at_most(beginning_length, constant).size());
+}
+
+// The direction that an attribute with this beginning gives.
+direction direction_of(std::uint64_t beginning) {
+    switch (beginning) {
+    case beginning_word(direction_names[sendrecv]):
+        return sendrecv;
+    case beginning_word(direction_names[sendonly]):
+        return sendonly;
+    case beginning_word(direction_names[recvonly]):
+        return recvonly;
+    case beginning_word(direction_names[inactive]):
+        return inactive;
+    default:
+        return no_direction;
+    }
 }
 
 // The part of a body behind the first media line of a medium, up to the next media line.
@@ -338,27 +361,32 @@ struct body_marks {
 
     void see_attribute(text behind) {
         constexpr text packet_time_name = "ptime:";
-        if (const direction given = direction_of(behind); given != no_direction) {
+        constexpr std::uint64_t counted = (std::uint64_t{1} << (8 * packet_time_name.size())) - 1;
+        const std::uint64_t beginning = beginning_of(behind);
+        if (const direction given = direction_of(beginning); given != no_direction) {
             media = std::min(media, given);
             audio.see_direction(behind.data());
-        } else if (behind.starts_with(packet_time_name)) {
+        } else if ((beginning & counted) == beginning_word(packet_time_name)) {
             if (packet_time.data() == nullptr)
                 packet_time = drop(packet_time_name.size(), behind);
-        } else if (behind.starts_with("SilcenceSupp")) { // spelling is part of the interface
+        } else if (starts_with(behind, "SilcenceSupp")) { // spelling is part of the interface
             silence = true;
         }
     }
 };
 
 // Every mark is told by its "=", the rarest byte of what a body is searched for, and the letter before it.
-body_marks find_marks(text body) {
+body_marks find_marks(text body, const message &msg) {
     body_marks marks;
-    for_each_byte(body.data(), body.size(), '=', [&](std::size_t place) {
+    const auto readable = static_cast<std::size_t>(std::end(msg.split.content) - body.data());
+    for_each_byte(body.data(), body.size(), readable, '=', [&marks, body](std::size_t place) {
         const char letter = place == 0 ? '\0' : body[place - 1];
-        const text behind = drop(place + 1, body);
+        if (letter != 'a' && letter != 'm')
+            return;
+        const text behind(body.data() + place + 1, body.size() - place - 1);
         if (letter == 'a') {
             marks.see_attribute(behind);
-        } else if (letter == 'm') {
+        } else {
             marks.audio.see_media(behind);
             marks.video.see_media(behind);
         }
@@ -400,7 +428,7 @@ void Parse_Sdp_Video_Content(SIP_SDP *SDP, const message &msg, const media_secti
     if (const std::size_t at = section.find(address_mark); at != text::npos) {
         terminated scratch(drop(at, section));
         char *cursor = scratch.data();
-        if (const char *const address = Str_Two_Tok(&cursor, address_mark.data(), line_end.data()); address != nullptr)
+        if (const char *const address = Str_Two_Tok(&cursor, address_mark.data(), line_end); address != nullptr)
             msg.store(SDP->v_addr.ip, address);
     }
     std::printf("sdp video content=\n%s\n", SDP->v_content);
@@ -415,7 +443,7 @@ void Parse_Sdp_Vbd_Content(SIP_SDP *SDP, const message &msg, const media_section
     const bool fits = section.size() <= longest_section && audio.has_direction();
     const text kept = fits ? section : whole_lines(section);
     store_section(msg, SDP->a_content, section, kept);
-    if (fits || find_marks(kept).media != no_direction)
+    if (fits || find_marks(kept, msg).media != no_direction)
         return;
     writer direction_line(SDP->a_content + kept.size(), direction_line_length + 1);
     direction_line.append("a=");
@@ -489,7 +517,7 @@ void Parse_Sdp(SIP_SDP *SDP, const message &msg) {
     if (!for_each_line(lines.media, msg, [&](text value) { return media.read(value); }))
         return;
 
-    const body_marks found = find_marks(msg.body());
+    const body_marks found = find_marks(msg.body(), msg);
     Parse_Sdp_Audio_Media(SDP, found);
     Parse_Sdp_Video_Content(SDP, msg, found.video);
     Parse_Sdp_Vbd_Content(SDP, msg, found.audio);

@@ -68,7 +68,8 @@ constexpr std::size_t longest_name =
         return a.size() < b.size();
     })->size();
 
-// A name finds its header in one step: no two names share a slot, which measuring the names when compiling ensures.
+// A name finds its header in one step: no two names share a slot, which measuring the names when compiling ensures. A slot that
+// is left over names any header: the name is compared all the same.
 constexpr std::size_t slot_count = 256;
 constexpr std::uint8_t no_header = 0xFF;
 
@@ -79,22 +80,23 @@ struct name_slots {
 
 constexpr unsigned case_bit = 'a' - 'A'; // set in every character; what looks alike then is told apart by comparing
 
-constexpr std::size_t slot_of(unsigned factor, const char *name, std::size_t length) {
-    const auto letter = [name](std::size_t at) -> unsigned { return static_cast<unsigned char>(name[at]) | case_bit; };
-    const unsigned key =
-        letter(0) + (letter(length / 2) << 7) + (letter(length - 1) << 14) + (static_cast<unsigned>(length) << 21);
-    return (key * factor) >> 24;
+// Of a name with its colon: its first two characters, its last and its length.
+constexpr std::size_t slot_of(unsigned factor, std::uint64_t first_two, char last, std::size_t length) {
+    const auto letters = static_cast<unsigned>(first_two) | static_cast<unsigned>(static_cast<unsigned char>(last))
+                                                                << 16;
+    return ((letters | case_bit * 0x010101U | static_cast<unsigned>(length) << 24) * factor) >> 24;
 }
 
 consteval bool place_names(name_slots &slots) {
-    for (std::uint8_t &slot : slots.header_of)
-        slot = no_header;
+    bool taken[slot_count] = {};
     for (std::size_t i = 0; i < header_count; ++i) {
         const text name = header_names[i];
-        std::uint8_t &slot = slots.header_of[slot_of(slots.factor, name.data(), name.size())];
-        if (slot != no_header)
+        const char first_two[] = {name[0], name.size() == 1 ? ':' : name[1]};
+        const std::size_t slot = slot_of(slots.factor, word_of(first_two, 2), name.back(), name.size());
+        if (taken[slot])
             return false;
-        slot = static_cast<std::uint8_t>(i);
+        taken[slot] = true;
+        slots.header_of[slot] = static_cast<std::uint8_t>(i);
     }
     return true;
 }
@@ -107,43 +109,44 @@ consteval name_slots find_slots() {
 }
 constexpr name_slots slots = find_slots();
 
-// The beginning of a line, with as many readable bytes as its name is compared by.
+// The beginning of a terminated line, with as many readable bytes as its name is compared by. What stands there behind the
+// terminator is never taken for a part of the name, which holds no NUL.
 class line_start {
   public:
-    static constexpr std::size_t readable = 32;
-    static_assert(longest_name < readable);
+    static constexpr std::size_t length = 32;
+    static_assert(longest_name < length);
 
-    explicit line_start(text line) : bytes(line.data()) {
-        if (line.size() >= readable)
+    line_start(text line, std::size_t readable) : bytes(line.data()) {
+        if (readable >= length)
             return;
         std::memset(padded, 0, sizeof padded);
-        copy_bytes(padded, line.data(), line.size());
+        copy_bytes(padded, line.data(), at_most(length, line).size());
         bytes = padded;
     }
     line_start(const line_start &) = delete;
     line_start &operator=(const line_start &) = delete;
 
-    char first_letter() const { return static_cast<char>(bytes[0] | case_bit); }
-
     bool begins(const nocase &name) const { return name.begins_roomy(bytes); }
 
     // Characters before the first colon; 0 when there is none, or none near enough for a name.
     std::size_t name_length() const {
-        const unsigned colons = matches16(bytes, ':') | matches16(bytes + 16, ':') << 16;
+        unsigned colons = matches16(bytes, ':');
+        if (colons == 0)
+            colons = matches16(bytes + 16, ':') << 16;
         return colons == 0 ? 0 : static_cast<std::size_t>(std::countr_zero(colons));
     }
 
-    // Number of the header with this name, no_header when it is none of ours.
-    std::uint8_t header_of(std::size_t length) const {
-        const std::uint8_t candidate = slots.header_of[slot_of(slots.factor, bytes, length)];
-        const bool known =
-            candidate != no_header && header_names[candidate].size() == length && begins(header_names[candidate]);
-        return known ? candidate : no_header;
+    // Number of the header whose name has this length, no_header when it is none of ours.
+    std::uint8_t header_of(std::size_t name_length) const {
+        const std::size_t slot = slot_of(slots.factor, load_word(bytes, 2), bytes[name_length - 1], name_length);
+        const std::uint8_t candidate = slots.header_of[slot];
+        const nocase &name = header_names[candidate];
+        return name.size() == name_length && begins(name) ? candidate : no_header;
     }
 
   private:
     const char *bytes;
-    char padded[readable];
+    char padded[length];
 };
 
 // ------------------------------------------------------------------------------------------------ cutting into lines
@@ -153,30 +156,33 @@ struct received {
     char *end;
 };
 
-// Walks the places where a line may end: every LF, and every CR that does not stand right before one. The text is terminated
-// with zeros up to a whole block.
-class line_ends {
+// Walks the bytes from 0 to CR, which hold every line end and hardly anything else: one comparison finds both kinds. The text
+// can be read up to a whole block.
+class line_end_finder {
   public:
-    explicit line_ends(received whole) : block(whole.begin), end(whole.end), mask(mask_of(whole.begin)) {}
+    explicit line_end_finder(received whole) : block(whole.begin), end(whole.end), mask(mask_of(whole.begin)) {}
 
-    // The next place, or the end.
-    char *next() {
+    // Whether there is another place.
+    bool find() {
         while (mask == 0) {
             block += block_size;
             if (block >= end)
-                return end;
+                return false;
             mask = mask_of(block);
         }
-        char *const at = block + std::countr_zero(mask);
-        mask &= mask - 1;
-        return at;
+        return true;
     }
 
+    char *place() const { return block + std::countr_zero(mask); }
+
+    // Passes over the place that was found. What is left of its block may hold none.
+    void pass() { mask &= mask - 1; }
+
   private:
-    // A CR at the end of a block counts whatever follows; cut_lines takes it either way.
-    static std::uint64_t mask_of(const char *at) {
-        const std::uint64_t line_feeds = matches(at, '\n');
-        return line_feeds | (matches(at, '\r') & ~(line_feeds >> 1));
+    std::uint64_t mask_of(const char *at) const {
+        const std::uint64_t places = matches_up_to(at, '\r');
+        const auto left = static_cast<std::size_t>(end - at);
+        return left >= block_size ? places : places & ((std::uint64_t{1} << left) - 1);
     }
 
     char *block;
@@ -196,50 +202,71 @@ void log_overflow(section part) {
 // Cuts one section into lines, in place: a line end becomes a terminator unless a comma stands before it, and a CR ends the text
 // of its line. The header section ends behind its first empty line. Returns the number of lines and moves begin to where the
 // next section starts.
-int cut_lines(section part, const received whole, line_ends &ends, char *&begin, char **lines, unsigned *lengths) {
-    line_ends walk = ends; // in registers while the section lasts
-    int n = 0;
+template <section Part>
+int cut_lines(const received whole, line_end_finder &finder, char *&begin, char **const lines, unsigned *lengths) {
+    static constexpr char line_end[2] = {'\r', '\n'};
+    line_end_finder places = finder; // in registers while the section lasts
+    char **entry = lines;
     char *line = begin;
     char *cut = nullptr; // where a CR, no LF behind it, ended the text of this line
     const auto keep_line = [&](char *text_end) {
-        lines[n] = line;
-        lengths[n] = static_cast<unsigned>((cut == nullptr ? text_end : cut) - line);
-        cut = nullptr;
-        return lengths[n] != 0;
+        if (cut != nullptr) [[unlikely]]
+            text_end = std::exchange(cut, nullptr);
+        *entry = line;
+        *lengths = static_cast<unsigned>(text_end - line);
+        return text_end != line;
     };
 
-    for (char *at = walk.next(); at != whole.end; at = walk.next()) {
-        if (*at == '\r') {
-            if (at != whole.begin && at[-1] == ',')
+    while (places.find()) {
+        char *const at = places.place();
+        char *next_line = at + 2;
+        places.pass();
+        if (load<std::uint16_t>(at) == load<std::uint16_t>(line_end)) [[likely]] {
+            if (at != line && at[-1] == ',')
+                continue;
+            std::memset(at, 0, 2);
+            places.pass();
+        } else if (*at == '\n') {
+            // An LF before the line belongs to a CR at the end of the block before.
+            if (at < line || (at - whole.begin >= 2 && at[-2] == ','))
                 continue;
             *at = '\0';
-            cut = cut == nullptr ? at : cut;
+            next_line = at + 1;
+        } else {
+            if (*at == '\r' && (at == line || at[-1] != ',')) {
+                *at = '\0';
+                cut = cut == nullptr ? at : cut;
+            }
             continue;
         }
-        if (at - whole.begin >= 2 && at[-2] == ',')
-            continue;
-        char *const text_end = at != whole.begin && at[-1] == '\r' ? at - 1 : at;
-        *at = '\0';
-        *text_end = '\0';
-        const bool filled = keep_line(text_end);
-        line = at + 1;
-        if (part == section::headers && !filled) {
-            ends = walk;
+        const bool filled = keep_line(at);
+        line = next_line;
+        if (Part == section::headers && !filled) {
+            finder = places;
             begin = line;
-            return n;
+            return static_cast<int>(entry - lines);
         }
         // Later lines take the last entry in turn; the last of them is lost when an empty line follows.
-        if (n < max_lines - 1)
-            ++n;
-        else
-            log_overflow(part);
+        if (entry != lines + max_lines - 1) {
+            ++entry;
+            ++lengths;
+        } else {
+            log_overflow(Part);
+        }
     }
-    ends = walk;
+    finder = places;
     begin = whole.end;
-    return keep_line(whole.end) ? n + 1 : n;
+    return static_cast<int>(entry - lines) + keep_line(whole.end);
 }
 
 // ------------------------------------------------------------------------------------------------ start line
+
+// The first byte that is no blank.
+char *behind_blanks(char *at, char *end) {
+    while (at != end && is_blank(*at))
+        ++at;
+    return at;
+}
 
 // Cuts the first token off, in place; the rest is what follows behind its blanks.
 char *take_token(char *&rest, char *end) {
@@ -247,7 +274,7 @@ char *take_token(char *&rest, char *end) {
     rest += find_blank({token, static_cast<std::size_t>(end - token)});
     if (rest != end)
         *rest++ = '\0';
-    rest = std::find_if_not(rest, end, is_blank);
+    rest = behind_blanks(rest, end);
     return token;
 }
 
@@ -257,7 +284,7 @@ int Parse_StartLine_Parts(const message &msg) {
     SIP_MSG &split = msg.split;
     char *const line = split.header[0];
     char *end = line + msg.header_line(0).size();
-    char *rest = std::find_if_not(line, end, is_blank);
+    char *rest = behind_blanks(line, end);
     if (rest == end)
         return msg.refuse(SIP_DECODE_NO_START_LINE, "", line);
     split.rlPart1 = take_token(rest, end);
@@ -272,11 +299,11 @@ int Parse_StartLine_Parts(const message &msg) {
     }
     if (*rest == '<') {
         SIPCODE_TRACE(0, "bogus uri in <> %s", rest);
-        Parse_Brackets(rest); // the message is refused all the same: only its log line counts
+        Parse_Brackets(text(rest)); // the message is refused all the same: only its log line counts
         return msg.refuse(SIP_DECODE_BAD_URI, "", rest);
     }
     split.rlPart2 = take_token(rest, end);
-    if (!equals_nocase({rest, static_cast<std::size_t>(end - rest)}, protocol)) {
+    if (!equals_nocase(text(rest, static_cast<std::size_t>(end - rest)), protocol)) {
         SIPCODE_TRACE(0, "Bad request protocol %s", rest);
         return msg.refuse(SIP_DECODE_BAD_PROTOCOL, "", rest);
     }
@@ -287,25 +314,62 @@ int Parse_StartLine_Parts(const message &msg) {
 
 // ---------------------------------------------------------------------------------------------------- split message
 
+// The bytes that can be read at a line are for the caller to tell.
+template <class ReadableBytes>
+void message::index_headers(ReadableBytes readable_bytes) {
+    constexpr nocase via = "Via";
+    constexpr nocase record_route = "Record-Route";
+    for (int i = 0; i < header_line_count; ++i) {
+        const text line = header_line(i);
+        const line_start start(line, readable_bytes(line));
+        const std::size_t length = start.name_length();
+        const std::uint8_t name = length == 0 ? no_header : start.header_of(length);
+        const line_set this_line = line_set{1} << i;
+        if (name == no_header) { // but lines count as Via or Record-Route by how they begin
+            vias |= start.begins(via) ? this_line : 0;
+            record_routes |= start.begins(record_route) ? this_line : 0;
+        } else if (first_line[name] != 0) {
+            count_line(static_cast<header>(name), this_line);
+        } else {
+            first_line[name] = static_cast<std::uint8_t>(i + 1);
+            const char *value = line.data() + length + 1;
+            while (is_blank(*value))
+                ++value;
+            first_value[name] = {value, static_cast<std::size_t>(line.end() - value)};
+        }
+    }
+    for (const header counted : {header::via, header::compact_via, header::record_route})
+        if (const int line = first_line[static_cast<std::size_t>(counted)]; line != 0)
+            count_line(counted, line_set{1} << (line - 1));
+}
+
+void message::count_line(header name, line_set line) {
+    if (name == header::via || name == header::compact_via)
+        vias |= line;
+    else if (name == header::record_route)
+        record_routes |= line;
+}
+
 int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
     SIP_MSG &split = msg.split;
-    std::memset(split.data + length, 0, block_size - length % block_size); // the rest of the last block
     const received whole{split.data, split.data + length};
-    line_ends ends(whole);
+    // The rest of the last block, and more where there is room, so that what follows a text can be read.
+    std::memset(whole.end, 0, std::min(2 * block_size - length % block_size, sizeof split.data - length));
+    line_end_finder finder(whole);
     char *begin = whole.begin;
     split.headers = msg.header_line_count =
-        cut_lines(section::headers, whole, ends, begin, split.header, msg.header_length);
+        cut_lines<section::headers>(whole, finder, begin, split.header, msg.header_length);
 
     // The body is kept whole before it is cut.
     msg.body_begin = begin;
     msg.content_length = static_cast<std::size_t>(whole.end - begin);
     std::memcpy(split.content, begin, msg.content_length + 1);
-    split.lines = msg.body_line_count = cut_lines(section::body, whole, ends, begin, split.line, msg.body_length);
+    split.lines = msg.body_line_count = cut_lines<section::body>(whole, finder, begin, split.line, msg.body_length);
 
     if (Parse_StartLine_Parts(msg) < 0)
         return -1;
     msg.header_length[0] = static_cast<unsigned>(std::strlen(split.header[0]));
-    msg.index_headers();
+    msg.index_headers([&split](text line) { return static_cast<std::size_t>(std::end(split.data) - line.data()); });
     return 0;
 }
 
@@ -325,35 +389,13 @@ message::message(SIP_MSG &host_split)
     : split(host_split), header_line_count(measure_lines(split.header, split.headers, header_length)),
       body_line_count(measure_lines(split.line, split.lines, body_length)),
       content_length(strnlen(split.content, sizeof split.content)) {
-    index_headers();
+    index_headers([](text line) { return line.size(); });
 }
 
 void message::trim_body() {
     const std::size_t kept = trim_end(body()).size();
     std::memset(split.content + kept, 0, content_length - kept);
     content_length = kept;
-}
-
-void message::index_headers() {
-    constexpr nocase via = "Via";
-    constexpr nocase compact_via = "v:";
-    constexpr nocase record_route = "Record-Route";
-    for (int i = 0; i < header_line_count; ++i) {
-        const text line = header_line(i);
-        const line_start start(line);
-        const char first = start.first_letter();
-        if (first == 'v' && (start.begins(via) || start.begins(compact_via)))
-            vias |= line_set{1} << i;
-        else if (first == 'r' && start.begins(record_route))
-            record_routes |= line_set{1} << i;
-
-        const std::size_t length = start.name_length();
-        const std::uint8_t name = length == 0 ? no_header : start.header_of(length);
-        if (name == no_header || first_line[name] != 0)
-            continue;
-        first_line[name] = static_cast<std::uint8_t>(i + 1);
-        value_begin[i] = static_cast<unsigned>(skip_blanks(drop(length + 1, line)).data() - line.data());
-    }
 }
 
 } // namespace sipcode

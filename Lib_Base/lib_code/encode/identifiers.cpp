@@ -113,7 +113,7 @@ void Build_Date(char *pchDate) {
     const auto [day, second] = divide_down(now, 24 * 60 * 60);
     const calendar_date date = date_of(day);
     writer out(pchDate, SIP_DATE_SIZE);
-    out.line<"%s, %02d %s %d %02d:%02d:%02d GMT">(text(days[divide_down(day, 7).rest]), date.day,
-                                                  text(months[date.month]), date.year, second / 3600, second / 60 % 60,
-                                                  second % 60);
+    out.line<"%s, %02d %s %d %02d:%02d:%02d GMT">(text(days[divide_down(day, 7).rest], 3), date.day,
+                                                  text(months[date.month], 3), date.year, second / 3600,
+                                                  second / 60 % 60, second % 60);
 }

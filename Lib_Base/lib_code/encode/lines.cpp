@@ -28,16 +28,20 @@ bool prepare(SIP_CODE_MSG &record) {
     return false;
 }
 
-text transport_text(TRANS_TYPE_E transport) {
+const transport_token &transport_text(TRANS_TYPE_E transport) {
+    static constexpr transport_token udp = "UDP";
+    static constexpr transport_token tcp = "TCP";
+    static constexpr transport_token tls = "TLS";
+    static constexpr transport_token none = "";
     switch (transport) {
     case E_UDP:
-        return "UDP";
+        return udp;
     case E_TCP:
-        return "TCP";
+        return tcp;
     case E_TLS:
-        return "TLS";
+        return tls;
     default:
-        return "";
+        return none;
     }
 }
 
@@ -127,7 +131,7 @@ void write_from(writer &out, const SIP_FROMTO &from, phone user_phone, bare_form
 
 // ------------------------------------------------------------------------------------------------------ other lines
 
-void write_via(writer &out, text transport, const SIP_VIA &via) {
+void write_via(writer &out, const transport_token &transport, const SIP_VIA &via) {
     out.line<"Via: SIP/2.0/%s %s:%d;branch=%s\r\n">(transport, via.addr.ip, via.addr.port, via.branch);
 }
 
@@ -135,7 +139,7 @@ bool has_contact(const SIP_CONTACT &contact) {
     return contact.user[0] != '\0' && contact.addr.ip[0] != '\0' && contact.addr.port > 0;
 }
 
-void write_contact(writer &out, text transport, const SIP_CONTACT &contact) {
+void write_contact(writer &out, const transport_token &transport, const SIP_CONTACT &contact) {
     out.line<"Contact: <sip:%s@%s:%d;transport=%s>\r\n">(contact.user, contact.addr.ip, contact.addr.port, transport);
 }
 

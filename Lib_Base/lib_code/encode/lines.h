@@ -52,8 +52,9 @@ bool prepare(SIP_CODE_MSG &record);
 void write_request(writer &out, SIP_CODE_MSG &record);
 void write_response(writer &out, SIP_CODE_MSG &record);
 
-// The transport token of the Via and Contact lines; empty for SCTP and anything unknown.
-text transport_text(TRANS_TYPE_E transport);
+// The transport token of the Via and Contact lines; empty for SCTP and anything unknown. As long as what is put in one block.
+using transport_token = char[8];
+const transport_token &transport_text(TRANS_TYPE_E transport);
 
 // Where ";user=phone" stands in a To or From line.
 enum class phone { none, inside, outside };
@@ -63,10 +64,10 @@ enum class bare_form { never, when_user_is_empty };
 
 void write_to(writer &out, const SIP_FROMTO &to, phone user_phone, bare_form bare);
 void write_from(writer &out, const SIP_FROMTO &from, phone user_phone, bare_form bare);
-void write_via(writer &out, text transport, const SIP_VIA &via);
+void write_via(writer &out, const transport_token &transport, const SIP_VIA &via);
 
 bool has_contact(const SIP_CONTACT &contact);
-void write_contact(writer &out, text transport, const SIP_CONTACT &contact);
+void write_contact(writer &out, const transport_token &transport, const SIP_CONTACT &contact);
 
 void write_call_id(writer &out, const SIP_CODE_MSG &record);
 void write_cseq(writer &out, const SIP_CODE_MSG &record);

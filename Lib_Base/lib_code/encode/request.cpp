@@ -32,7 +32,7 @@ void write_request_line(writer &out, const SIP_CODE_MSG &r) {
     }
 }
 
-void write_vias(writer &out, text transport, const SIP_CODE_MSG &r) {
+void write_vias(writer &out, const transport_token &transport, const SIP_CODE_MSG &r) {
     const SIP_VIA &via = r.via;
     if (r.via_count == 2)
         write_via(out, transport, r.via1);
@@ -167,7 +167,7 @@ void write_accept(writer &out, const SIP_EVENT &event) {
 } // namespace
 
 void write_request(writer &out, SIP_CODE_MSG &r) {
-    const text transport = transport_text(r.trans_type);
+    const transport_token &transport = transport_text(r.trans_type);
     const bool is_invite = r.method == SIP_REQUEST_MSG_INVITE;
     const bool is_register = r.method == SIP_REQUEST_MSG_REGISTER;
     write_request_line(out, r);

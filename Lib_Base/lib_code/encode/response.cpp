@@ -8,7 +8,7 @@ namespace {
 
 constexpr int default_port = 5060;
 
-void write_vias(writer &out, text transport, SIP_CODE_MSG &r) {
+void write_vias(writer &out, const transport_token &transport, SIP_CODE_MSG &r) {
     const SIP_VIA &via = r.via;
     if (r.via_count == 2) {
         if (r.via1.addr.port == 0)
@@ -38,7 +38,7 @@ void write_session_timer(writer &out, const SIP_SESSION_EXPIRES &session_expires
 }
 
 // A registrar and a notifier tell how long the contact holds.
-void write_contact_of_response(writer &out, text transport, const SIP_CODE_MSG &r, bool with_expiry) {
+void write_contact_of_response(writer &out, const transport_token &transport, const SIP_CODE_MSG &r, bool with_expiry) {
     const SIP_CONTACT &contact = r.contact;
     if (!has_contact(contact))
         return;
@@ -61,7 +61,7 @@ void write_challenge(writer &out, const SIP_AUTHEN &authen) {
 } // namespace
 
 void write_response(writer &out, SIP_CODE_MSG &r) {
-    const text transport = transport_text(r.trans_type);
+    const transport_token &transport = transport_text(r.trans_type);
     const bool is_ringing = r.method == SIP_RESPONSE_MSG_180_RING;
     const bool is_progress = is_ringing || r.method == SIP_RESPONSE_MSG_183_RING;
     const auto is_ok_to = [&r](int request) { return r.method == SIP_RESPONSE_MSG_200_OK && r.cseq.method == request; };

@@ -14,7 +14,7 @@ constexpr int max_video_payloads = 4;
 
 struct static_codec {
     e_codec codec;
-    text payload;
+    char payload[8]; // put in one block
     text rtpmap;
 };
 constexpr static_codec static_codecs[] = {
@@ -37,13 +37,15 @@ constexpr auto codec_places = [] {
     std::array<std::int8_t, DVI4 + 1> places{};
     places.fill(-1);
     for (std::size_t i = 0; i < std::size(static_codecs); ++i)
-        places[static_codecs[i].codec] = static_cast<std::int8_t>(i);
+        places[static_cast<std::size_t>(static_codecs[i].codec)] = static_cast<std::int8_t>(i);
     return places;
 }();
 
 const static_codec *find_static(e_codec codec) {
     const auto number = static_cast<unsigned>(codec); // wild ones too
-    return number < codec_places.size() && codec_places[number] >= 0 ? &static_codecs[codec_places[number]] : nullptr;
+    return number < codec_places.size() && codec_places[number] >= 0
+               ? &static_codecs[static_cast<std::size_t>(codec_places[number])]
+               : nullptr;
 }
 
 // Calls write with the payload number of every dynamic entry of this codec.
@@ -112,7 +114,7 @@ void write_audio_media_line(writer &out, SIP_SDP &sdp) {
         if (codec == UNKONW)
             continue;
         if (const static_codec *const known = find_static(codec); known != nullptr)
-            out.append(known->payload);
+            out.line<"%s">(known->payload);
         for_each_dynamic(sdp, codec, [&out](int payload) { out.line<" %d">(payload); });
     }
     out.append("\r\n");
