@@ -8,7 +8,7 @@
 // terminated.
 //
 // A line whose longest form fits is written without looking at the room again, its members sixteen bytes at a time: this halves
-// the cost of a message. Any other line, and every line of a careful writer, is written piece by piece.
+// the cost of a message. Any other line, and every line of an exact writer, is written piece by piece.
 #pragma once
 
 #include <array>
@@ -211,12 +211,12 @@ class writer {
   public:
     // What a message may be refused for; the first one stays.
     enum class fault { none, no_room, no_body, broken_text };
-    // A careful writer judges every text by its place, and never touches what stands behind the text.
-    enum class mode { quick, careful };
+    // A careful writer judges every text by its place. An exact one never touches what stands behind the text.
+    enum class mode { quick, careful, exact };
 
     // room counts the terminator and is at least 1.
     writer(char *buffer, std::size_t room, mode chosen = mode::quick)
-        : begin(buffer), cursor(buffer), last(buffer + room - 1), quick_end(chosen == mode::quick ? last : buffer),
+        : begin(buffer), cursor(buffer), last(buffer + room - 1), quick_end(chosen == mode::exact ? buffer : last),
           how(chosen) {
         *cursor = '\0';
     }
@@ -228,10 +228,10 @@ class writer {
     void line(const Values &...values) {
         static_assert(pieces_of<Format>.size() == sizeof...(Values) + 1,
                       "as many values as the format has conversions");
-        if (!put_pieces<Format>(std::index_sequence_for<Values...>{}, values...)) {
-            const line_value list[] = {values..., 0};
-            write_pieces(Format.chars, pieces_of<Format>.data(), list, sizeof...(Values));
-        }
+        if (how == mode::careful) [[unlikely]]
+            list_values<Format>(&writer::judge, values...);
+        if (!put_pieces<Format>(std::index_sequence_for<Values...>{}, values...)) [[unlikely]]
+            list_values<Format>(&writer::write_pieces, values...);
     }
 
     void append(text t) {
@@ -279,14 +279,22 @@ class writer {
         return room;
     }
 
+    // Hands the values of a line to one of the two below.
+    using whole_line = void (writer::*)(const char *, const format_piece *, const line_value *, std::size_t);
+    template <format_string Format, class... Values>
+    [[gnu::noinline, gnu::cold]] void list_values(whole_line use, const Values &...values) {
+        const line_value list[] = {values..., 0};
+        (this->*use)(Format.chars, pieces_of<Format>.data(), list, sizeof...(Values));
+    }
+
+    void judge(const char *format, const format_piece *pieces, const line_value *values, std::size_t count);
     void write_pieces(const char *format, const format_piece *pieces, const line_value *values, std::size_t count);
-    void write_value(const format_piece &piece, const line_value &value, bool ends_line);
+    void write_value(conversion kind, const line_value &value);
 
     char *begin;
     char *cursor;
-    char *last; // where the terminator of a full buffer stands
-    char *
-        quick_end; // how far a line may be written in blocks; the buffer's beginning when every line is written in pieces
+    char *last;      // where the terminator of a full buffer stands
+    char *quick_end; // how far a line may be written in blocks: of an exact writer the buffer's beginning
     mode how;
     fault found = fault::none;
 };

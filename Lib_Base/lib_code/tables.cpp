@@ -3,6 +3,8 @@
 //   "INVITE" -> 5    "180 Ringing" -> 17    "200 anything" -> 20    "302 Moved Temporarily" -> 0
 #include "methods.h"
 
+#include <algorithm>
+
 #include "decode.h"
 #include "host.h"
 
@@ -104,7 +106,10 @@ constexpr auto row_beginnings = [] {
     return beginnings;
 }();
 
-// The first row that matches, of those that begin as the text does; no row is shorter than that.
+static_assert(std::all_of(std::begin(decode_methods), std::end(decode_methods),
+                          [](const SIP_METHOD_TEXT &row) { return text(row.text).size() >= code_length; }));
+
+// The first row that matches, of those that begin as the text does.
 template <class Match>
 int find_row(text msg, Match match) {
     if (msg.empty())

@@ -53,12 +53,12 @@ constexpr text trim_end(text t) {
     return t;
 }
 
-// Place of the first wanted byte of a text, its size when there is none.
+// Place of the first wanted byte of a text, its size or more when there is none.
 inline std::size_t find(text t, char wanted) { return find_byte(t.data(), t.size(), wanted); }
 [[gnu::always_inline]] inline std::size_t find(roomy_text t, char wanted) {
     for (std::size_t at = 0; at < t.size(); at += 16)
         if (const unsigned mask = matches16(t.data() + at, wanted); mask != 0)
-            return at_most(at + static_cast<std::size_t>(std::countr_zero(mask)), t).size();
+            return at + static_cast<std::size_t>(std::countr_zero(mask));
     return t.size();
 }
 
@@ -75,7 +75,7 @@ using parts = basic_parts<text>;
 template <class Text>
 [[gnu::always_inline]] inline basic_parts<Text> cut_at(char mark, Text t) {
     const std::size_t at = find(t, mark);
-    if (at == t.size())
+    if (at >= t.size())
         return {t, {}, false};
     return {{t.data(), at}, {t.data() + at + 1, t.size() - at - 1}, true};
 }
@@ -96,7 +96,7 @@ basic_parts<Text> cut_at(const char (&mark)[N], Text t) {
 
 template <class Text>
 bool contains(Text t, char mark) {
-    return find(t, mark) != t.size();
+    return find(t, mark) < t.size();
 }
 
 // A text member, read to its end when a host left it unterminated.
@@ -210,6 +210,21 @@ struct number {
     std::size_t length; // characters read, leading white space included; 0 when there is no number
 };
 
+// The number of these digits, or the largest when that is less.
+constexpr std::uint64_t saturated(const char *digits, const char *end, std::uint64_t largest) {
+    constexpr std::ptrdiff_t longest = 19; // digits of the largest
+    while (digits != end && *digits == '0')
+        ++digits;
+    if (end - digits > longest)
+        return largest;
+    std::uint64_t magnitude = 0;
+    for (; digits != end; ++digits) {
+        const auto digit = static_cast<std::uint64_t>(*digits - '0');
+        magnitude = magnitude > (largest - digit) / 10 ? largest : magnitude * 10 + digit;
+    }
+    return magnitude;
+}
+
 // Reads a number as "%d" does: white space, one sign, decimal digits. A number too large for 64 bits saturates there, and
 // the low 32 bits are kept, as the C library does on LP64. Reads up to where is_end holds.
 template <class IsEnd>
@@ -228,14 +243,8 @@ constexpr number read_number_until(const char *const begin, IsEnd is_end) {
     for (; !is_end(at) && is_digit(*at); ++at)
         magnitude = magnitude * 10 + static_cast<std::uint64_t>(*at - '0');
     constexpr std::ptrdiff_t never_too_large = 18; // digits
-    if (at - digits > never_too_large) {
-        const std::uint64_t largest = static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0);
-        magnitude = 0;
-        for (const char *again = digits; again != at; ++again) {
-            const auto digit = static_cast<std::uint64_t>(*again - '0');
-            magnitude = magnitude > (largest - digit) / 10 ? largest : magnitude * 10 + digit;
-        }
-    }
+    if (at - digits > never_too_large)
+        magnitude = saturated(digits, at, static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0));
     if (at == digits)
         return {0, 0};
     const auto low = static_cast<std::uint32_t>(magnitude);

@@ -69,8 +69,8 @@ void store_user(const decode_notes &notes, char (&user)[32], Text value) {
 // Parameters of the user part ("123;cpc=ordinary@10.0.0.1") are taken out, into scratch when there are any.
 roomy_text without_user_parameters(roomy_text uri, char (&scratch)[longest_value + 16]) {
     const std::size_t name_length = find(uri, ';');
-    const std::size_t user_length = name_length == uri.size() ? 0 : find(uri, '@');
-    if (user_length <= name_length || user_length == uri.size())
+    const std::size_t user_length = name_length >= uri.size() ? 0 : find(uri, '@');
+    if (user_length <= name_length || user_length >= uri.size())
         return uri;
     const text host = drop(user_length, uri);
     std::memset(scratch, 0, sizeof scratch);

@@ -13,7 +13,7 @@ const char *codec_name(e_codec codec) {
 
 void SIP_Decode_Msg_Printf(char *buf, SIP_CODE_MSG *pcode_msg) {
     const SIP_CODE_MSG &r = *pcode_msg;
-    sipcode::writer out(buf, SIP_DUMP_SIZE, sipcode::writer::mode::careful);
+    sipcode::writer out(buf, SIP_DUMP_SIZE, sipcode::writer::mode::exact);
     out.line<"CALL-ID = [ callid = %s ]\n">(r.callid);
     out.line<"URI     = [ user = %s  addr = %s : %d ]\n">(r.uri.user, r.uri.addr.ip, r.uri.addr.port);
     out.line<"Method  = [ method = %d ]\n">(r.method);

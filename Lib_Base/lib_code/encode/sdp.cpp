@@ -37,13 +37,15 @@ constexpr auto codec_places = [] {
     std::array<std::int8_t, DVI4 + 1> places{};
     places.fill(-1);
     for (std::size_t i = 0; i < std::size(static_codecs); ++i)
-        places[static_codecs[i].codec] = static_cast<std::int8_t>(i);
+        places[static_cast<std::size_t>(static_codecs[i].codec)] = static_cast<std::int8_t>(i);
     return places;
 }();
 
 const static_codec *find_static(e_codec codec) {
     const auto number = static_cast<unsigned>(codec); // wild ones too
-    return number < codec_places.size() && codec_places[number] >= 0 ? &static_codecs[codec_places[number]] : nullptr;
+    return number < codec_places.size() && codec_places[number] >= 0
+               ? &static_codecs[static_cast<std::size_t>(codec_places[number])]
+               : nullptr;
 }
 
 // Calls write with the payload number of every dynamic entry of this codec.
