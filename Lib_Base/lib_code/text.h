@@ -210,6 +210,21 @@ struct number {
     std::size_t length; // characters read, leading white space included; 0 when there is no number
 };
 
+// The number of these digits, or the largest when that is less.
+constexpr std::uint64_t saturated(const char *digits, const char *end, std::uint64_t largest) {
+    constexpr std::ptrdiff_t longest = 19; // digits of the largest
+    while (digits != end && *digits == '0')
+        ++digits;
+    if (end - digits > longest)
+        return largest;
+    std::uint64_t magnitude = 0;
+    for (; digits != end; ++digits) {
+        const auto digit = static_cast<std::uint64_t>(*digits - '0');
+        magnitude = magnitude > (largest - digit) / 10 ? largest : magnitude * 10 + digit;
+    }
+    return magnitude;
+}
+
 // Reads a number as "%d" does: white space, one sign, decimal digits. A number too large for 64 bits saturates there, and
 // the low 32 bits are kept, as the C library does on LP64. Reads up to where is_end holds.
 template <class IsEnd>
@@ -228,14 +243,8 @@ constexpr number read_number_until(const char *const begin, IsEnd is_end) {
     for (; !is_end(at) && is_digit(*at); ++at)
         magnitude = magnitude * 10 + static_cast<std::uint64_t>(*at - '0');
     constexpr std::ptrdiff_t never_too_large = 18; // digits
-    if (at - digits > never_too_large) {
-        const std::uint64_t largest = static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0);
-        magnitude = 0;
-        for (const char *again = digits; again != at; ++again) {
-            const auto digit = static_cast<std::uint64_t>(*again - '0');
-            magnitude = magnitude > (largest - digit) / 10 ? largest : magnitude * 10 + digit;
-        }
-    }
+    if (at - digits > never_too_large)
+        magnitude = saturated(digits, at, static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0));
     if (at == digits)
         return {0, 0};
     const auto low = static_cast<std::uint32_t>(magnitude);

@@ -265,7 +265,9 @@ const Case cases[] = {
      "5:From : <sip:: ignored: a blank stands before the colon\n"
      "6:Via : SIP/2.: ignored: a blank stands before the colon\n"},
     {"continued without and with a comma", head + "Event: reg\n ;id=1\nUser-Agent: a,\r\n b\n\n",
-     "6: ;id=1\nUser-: ignored: it begins with a blank and goes on from a line that does not end in a comma\n"},
+     "6: ;id=1\nUser-: ignored: it begins with a blank and goes on from a line that does not end in a comma and CR LF\n"},
+    {"continued behind a comma and LF alone", head + "Event: reg,\n b=1\n\n",
+     "6: b=1\n\n: ignored: it begins with a blank and goes on from a line that does not end in a comma and CR LF\n"},
     {"no colon", head + "Event reg\n\n", "5:Event reg\n\n: ignored: it has no colon\n"},
     {"line behind the 63rd", head + repeated("Content-Length: 1\n", 59) + "Event: reg\nTo: <sip:a@b>\n\n",
      "64:Event: reg\nT: ignored: it stands behind the first 63 lines\n"

@@ -143,7 +143,7 @@ class Check {
     // Why a line may be passed over, as far as its form tells; empty when nothing is wrong with that.
     std::string fault_of(const HeaderLine &line, std::size_t index) const {
         if (line.begins_blank)
-            return "it begins with a blank and goes on from a line that does not end in a comma";
+            return "it begins with a blank and goes on from a line that does not end in a comma and CR LF";
         if (!line.has_colon)
             return "it has no colon";
         if (line.name_ends_blank)

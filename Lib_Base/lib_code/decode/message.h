@@ -1,6 +1,7 @@
 // The split message as the decoders see it: lines as slices, and headers found by name without a search.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "decode.h"
@@ -96,8 +97,12 @@ class message : public decode_notes {
         return first_line[number] == 0 ? text() : text(first_value[number].begin, first_value[number].size);
     }
 
-    // A slice of a message that SIP_Decode_Parse_Msg split: what stands behind it in its SIP_MSG can be read.
-    static roomy_text roomy(text slice) { return roomy_text(slice); }
+    // A slice of a message that SIP_Decode_Parse_Msg split: other members of its SIP_MSG stand behind it.
+    static roomy_text roomy(text slice) {
+        static_assert(offsetof(SIP_MSG, content) + sizeof split.content == offsetof(SIP_MSG, data));
+        static_assert(offsetof(SIP_MSG, data) + sizeof split.data + 15 <= sizeof(SIP_MSG));
+        return roomy_text(slice);
+    }
 
     // The same, by the full name or, when there is no such line, by the compact form.
     text value(header name, header compact) const {

@@ -19,15 +19,25 @@ void clear(SIP_CODE_MSG &record) {
     clear_from_to(second + sizeof record.msg_sdp.content, sizeof record);
 }
 
-// Line and column of a place, counted from 1.
+// Line and column of a place, counted from 1. In blocks, as up to seventeen places are looked for in one text.
 void locate(text data, int at, int &line, int &column) {
     line = 0;
     column = 0;
     if (at < 0)
         return;
+    line = 1;
+    std::size_t line_begin = 0;
     const text before = at_most(static_cast<std::size_t>(at), data);
-    line = 1 + static_cast<int>(std::count(before.begin(), before.end(), '\n'));
-    column = static_cast<int>(before.size() - (before.rfind('\n') + 1)) + 1; // npos + 1 is 0
+    for (std::size_t block = 0; block < before.size(); block += block_size) {
+        const std::size_t left = before.size() - block;
+        const std::uint64_t ends = left >= block_size ? matches(before.data() + block, '\n')
+                                                      : matches_of_rest(before.data() + block, left, '\n');
+        if (ends == 0)
+            continue;
+        line += std::popcount(ends);
+        line_begin = block + block_size - static_cast<std::size_t>(std::countl_zero(ends));
+    }
+    column = static_cast<int>(before.size() - line_begin) + 1;
 }
 
 // What is missing is missing where the header section ends: before the line end of its last line.
