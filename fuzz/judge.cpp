@@ -143,17 +143,43 @@ bool is_within(std::string_view member, const Leaf &leaf) {
            (member.empty() || path.size() == member.size() || path[member.size()] == '.' || path[member.size()] == '[');
 }
 
-void demand_equal(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
-    demand_equal_within("", a, b, reason);
+namespace {
+
+std::string_view path_of(const Leaf *leaf) { return leaf->path; }
+
+// In the order of their paths: those within a member stand together.
+std::span<const Leaf *const> leaves_by_path() {
+    static const std::vector<const Leaf *> sorted = [] {
+        std::vector<const Leaf *> all;
+        for (const Leaf &leaf : leaves())
+            all.push_back(&leaf);
+        std::ranges::sort(all, {}, path_of);
+        return all;
+    }();
+    return sorted;
+}
+
+} // namespace
+
+const Leaf *leaf_named(std::string_view path) {
+    const auto all = leaves_by_path();
+    const auto found = std::ranges::lower_bound(all, path, {}, path_of);
+    return found != all.end() && path_of(*found) == path ? *found : nullptr;
 }
 
 void demand_equal_within(std::string_view member, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
-    for (const Leaf &leaf : leaves())
-        if (is_within(member, leaf) && !equal(leaf, a, b)) {
-            show(leaf, a);
-            show(leaf, b);
+    const auto all = leaves_by_path();
+    for (auto at = std::ranges::lower_bound(all, member, {}, path_of);
+         at != all.end() && path_of(*at).starts_with(member); ++at)
+        if (is_within(member, **at) && !equal(**at, a, b)) {
+            show(**at, a);
+            show(**at, b);
             demand(false, reason);
         }
+}
+
+void demand_equal(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
+    demand_equal_within("", a, b, reason);
 }
 
 void demand_terminated_texts(const SIP_CODE_MSG &record) {

@@ -77,6 +77,9 @@ struct Leaf {
 // All texts, numbers and pointers, in the order of the record.
 std::span<const Leaf> leaves();
 
+// The one with this path, null when there is none.
+const Leaf *leaf_named(std::string_view path);
+
 // Texts count up to their terminator.
 bool equal(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b);
 

@@ -81,9 +81,8 @@ void read_assignment(std::string_view line, SIP_CODE_MSG &record) {
         record.xml.xml = nullptr;
         return;
     }
-    for (const Leaf &leaf : leaves())
-        if (name == leaf.path)
-            set_member(leaf, record, value);
+    if (const Leaf *const leaf = leaf_named(name); leaf != nullptr)
+        set_member(*leaf, record, value);
 }
 
 } // namespace

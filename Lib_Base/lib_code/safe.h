@@ -86,10 +86,12 @@ int SIP_Decode_Buffer(const char *data, size_t length, SIP_CODE_MSG *record, SIP
  *   INVITE ... v=0 LF BYE ...                 SIP_FRAME_COMPLETE: *message_length ends before BYE
  *
  * Lines end, and the header section ends, where the decoder ends them. Content-Length may be written in its compact form "l",
- * with blanks before the colon, and more than once when all agree; it counts at the start of any line of the header section.
+ * with blanks before the colon, and more than once when all agree; it counts at the start of any line of the header section, of
+ * one that a comma joins to another as well. A CR that is no part of a line end is none: at the start of a line it makes that
+ * line empty, also the first one, elsewhere it ends nothing.
  */
 typedef enum SIP_FRAME_OUTCOME {
-    SIP_FRAME_KEEP_ALIVE = 2, /* the first *message_length bytes are line ends: drop them */
+    SIP_FRAME_KEEP_ALIVE = 2, /* the first *message_length bytes are line ends, LF or CR LF: drop them */
     SIP_FRAME_COMPLETE = 1,   /* the first *message_length bytes are one message */
     SIP_FRAME_MORE = 0,       /* call again with more bytes behind these */
 
@@ -99,7 +101,7 @@ typedef enum SIP_FRAME_OUTCOME {
     SIP_FRAME_LONG_HEADERS = -2,  /* no empty line within SIP_LONGEST_MESSAGE bytes */
     SIP_FRAME_LONG_MESSAGE = -3,  /* header section and body are longer than SIP_LONGEST_MESSAGE; the end is known */
     SIP_FRAME_NO_LENGTH = -4,     /* no Content-Length, which a stream demands */
-    SIP_FRAME_BAD_LENGTH = -5,    /* one that is empty, no number, negative, or larger than 2147483647 */
+    SIP_FRAME_BAD_LENGTH = -5,    /* one that is no number from 0 to 2147483647, or has a CR in its line */
     SIP_FRAME_DIFFERENT_LENGTHS = -6,
     SIP_FRAME_NUL = -7 /* a NUL, at which the decoder would stop; in the body the end is known */
 } SIP_FRAME_OUTCOME;
