@@ -59,7 +59,7 @@ inline unsigned matches8(const char *at, char wanted) { return matches_plain(at,
 // The same for a whole block.
 template <class Matches16>
 inline std::uint64_t matches_of_block(const char *at, Matches16 matches_16) {
-    const auto quarter = [&](unsigned i) { return static_cast<std::uint64_t>(matches_16(at + 16 * i)) << (16 * i); };
+    const auto quarter = [&](std::size_t i) { return static_cast<std::uint64_t>(matches_16(at + 16 * i)) << (16 * i); };
     return quarter(0) | quarter(1) | quarter(2) | quarter(3);
 }
 inline std::uint64_t matches(const char *at, char wanted) {
