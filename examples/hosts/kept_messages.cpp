@@ -12,21 +12,15 @@ constexpr std::chrono::seconds lifetime{32}; // 64 times T1: by then nobody asks
 
 void KeptMessages::keep(const std::string &name, std::string message) {
     const auto now = Clock::now();
-    while (!turns_.empty() && (turns_.size() == capacity || turns_.front().until <= now))
-        drop_first();
-    messages_.insert_or_assign(name, Kept{std::move(message), now + lifetime});
-    turns_.push_back({name, now + lifetime});
+    while (!turns_.empty() && (turns_.size() == capacity || turns_.front().until <= now)) {
+        messages_.erase(turns_.front().name);
+        turns_.pop_front();
+    }
+    if (messages_.insert_or_assign(name, std::move(message)).second)
+        turns_.push_back({name, now + lifetime});
 }
 
 const std::string *KeptMessages::find(const std::string &name) const {
     const auto found = messages_.find(name);
-    return found != messages_.end() ? &found->second.message : nullptr;
-}
-
-// A message that was kept anew since has a later turn.
-void KeptMessages::drop_first() {
-    const auto found = messages_.find(turns_.front().name);
-    if (found != messages_.end() && found->second.until == turns_.front().until)
-        messages_.erase(found);
-    turns_.pop_front();
+    return found != messages_.end() ? &found->second : nullptr;
 }

@@ -9,7 +9,7 @@
 
 class KeptMessages {
   public:
-    // Takes the place of what was kept under this name.
+    // Takes the place of what was kept under this name, for the rest of its time.
     void keep(const std::string &name, std::string message);
 
     // Null when there is none.
@@ -18,17 +18,11 @@ class KeptMessages {
   private:
     using Clock = std::chrono::steady_clock;
 
-    struct Kept {
-        std::string message;
-        Clock::time_point until;
-    };
     struct Turn {
         std::string name;
         Clock::time_point until;
     };
 
-    void drop_first();
-
-    std::unordered_map<std::string, Kept> messages_;
-    std::deque<Turn> turns_; // one for each keep(), in the order in which they end
+    std::unordered_map<std::string, std::string> messages_;
+    std::deque<Turn> turns_; // one for each message, from when its name was first kept
 };
