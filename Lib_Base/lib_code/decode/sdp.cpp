@@ -146,7 +146,7 @@ text connection_host(const message &msg, text value) {
 struct media_line {
     bool matches = false;
     int port = 0;
-    text payloads = "";
+    text payloads{"", 0}; // terminated
 };
 
 // What follows the profile word, secure and feedback profiles included; a line without one has no list.

@@ -209,7 +209,7 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
     char **entry = lines;
     char *line = begin;
     char *cut = nullptr; // where a CR, no LF behind it, ended the text of this line
-    const auto keep_line = [&](char *text_end) {
+    const auto keep_line = [&](const char *text_end) {
         if (cut != nullptr) [[unlikely]]
             text_end = std::exchange(cut, nullptr);
         *entry = line;
@@ -262,7 +262,7 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
 // ------------------------------------------------------------------------------------------------ start line
 
 // The first byte that is no blank.
-char *behind_blanks(char *at, char *end) {
+char *behind_blanks(char *at, const char *end) {
     while (at != end && is_blank(*at))
         ++at;
     return at;

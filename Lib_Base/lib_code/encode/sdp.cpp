@@ -33,19 +33,19 @@ constexpr video_rtpmap video_rtpmaps[] = {
     {109, "a=rtpmap:109 H264/90000\r\n"}, {103, "a=rtpmap:103 H263/90000\r\n"}, {96, "a=rtpmap:96 H263/90000\r\n"},
 };
 
+// By codec: its place among the static ones, or their number when it is none.
 constexpr auto codec_places = [] {
-    std::array<std::int8_t, DVI4 + 1> places{};
-    places.fill(-1);
+    std::array<std::size_t, DVI4 + 1> places{};
+    places.fill(std::size(static_codecs));
     for (std::size_t i = 0; i < std::size(static_codecs); ++i)
-        places[static_cast<std::size_t>(static_codecs[i].codec)] = static_cast<std::int8_t>(i);
+        places[static_cast<std::size_t>(static_codecs[i].codec)] = i;
     return places;
 }();
 
 const static_codec *find_static(e_codec codec) {
     const auto number = static_cast<unsigned>(codec); // wild ones too
-    return number < codec_places.size() && codec_places[number] >= 0
-               ? &static_codecs[static_cast<std::size_t>(codec_places[number])]
-               : nullptr;
+    const std::size_t place = number < codec_places.size() ? codec_places[number] : std::size(static_codecs);
+    return place < std::size(static_codecs) ? &static_codecs[place] : nullptr;
 }
 
 // Calls write with the payload number of every dynamic entry of this codec.
