@@ -142,11 +142,13 @@ text connection_host(const message &msg, text value) {
 
 // ------------------------------------------------------------------------------------------------------- media lines
 
+constexpr const char *no_payloads = ""; // a list is read up to its terminator
+
 // "audio 4000/2 RTP/AVP 0 8": the port, the payload list behind the profile word, and the port count when there is one.
 struct media_line {
     bool matches = false;
     int port = 0;
-    text payloads{"", 0}; // terminated
+    text payloads = no_payloads;
 };
 
 // What follows the profile word, secure and feedback profiles included; a line without one has no list.
