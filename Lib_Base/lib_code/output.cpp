@@ -52,12 +52,11 @@ std::size_t count_digits(unsigned long value) {
 // Ports, sequence numbers and sizes: half the cost of the general form.
 constexpr std::uint32_t small_end = 100000;
 char *put_small(char *to, std::uint32_t value) {
-    const bool has_five = value >= 10000;
-    if (has_five) {
-        *to++ = static_cast<char>('0' + value / 10000);
-        value %= 10000;
-    }
-    if (has_five || value >= 1000) {
+    if (value >= 1000) {
+        if (value >= 10000) {
+            *to++ = static_cast<char>('0' + value / 10000);
+            value %= 10000;
+        }
         put_pair(to, value / 100);
         put_pair(to + 2, value % 100);
         return to + 4;

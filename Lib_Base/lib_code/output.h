@@ -228,7 +228,7 @@ class writer {
     void line(const Values &...values) {
         static_assert(pieces_of<Format>.size() == sizeof...(Values) + 1,
                       "as many values as the format has conversions");
-        if (how == mode::careful) [[unlikely]]
+        if (sizeof...(Values) != 0 && how == mode::careful) [[unlikely]]
             list_values<Format>(&writer::judge, values...);
         if (!put_pieces<Format>(std::index_sequence_for<Values...>{}, values...)) [[unlikely]]
             list_values<Format>(&writer::write_pieces, values...);

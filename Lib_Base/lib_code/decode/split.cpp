@@ -156,37 +156,26 @@ struct received {
     char *end;
 };
 
-// Walks the bytes from 0 to CR, which hold every line end and hardly anything else: one comparison finds both kinds. The text
-// can be read up to a whole block.
+// Walks the bytes from 0 to CR, which hold every line end, the terminator and hardly anything else: one comparison finds them
+// all. The text can be read up to a whole block.
 class line_end_finder {
   public:
-    explicit line_end_finder(received whole) : block(whole.begin), end(whole.end), mask(mask_of(whole.begin)) {}
+    explicit line_end_finder(char *begin) : block(begin), mask(matches_up_to(begin, '\r')) {}
 
-    // Whether there is another place.
-    bool find() {
+    // The next place. That of the terminator is never passed, so there is one.
+    char *find() {
         while (mask == 0) {
             block += block_size;
-            if (block >= end)
-                return false;
-            mask = mask_of(block);
+            mask = matches_up_to(block, '\r');
         }
-        return true;
+        return block + std::countr_zero(mask);
     }
-
-    char *place() const { return block + std::countr_zero(mask); }
 
     // Passes over the place that was found. What is left of its block may hold none.
     void pass() { mask &= mask - 1; }
 
   private:
-    std::uint64_t mask_of(const char *at) const {
-        const std::uint64_t places = matches_up_to(at, '\r');
-        const auto left = static_cast<std::size_t>(end - at);
-        return left >= block_size ? places : places & ((std::uint64_t{1} << left) - 1);
-    }
-
     char *block;
-    char *end;
     std::uint64_t mask;
 };
 
@@ -217,8 +206,7 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
         return text_end != line;
     };
 
-    while (places.find()) {
-        char *const at = places.place();
+    for (char *at = places.find(); at < whole.end; at = places.find()) {
         char *next_line = at + 2;
         places.pass();
         if (load<std::uint16_t>(at) == load<std::uint16_t>(line_end)) [[likely]] {
@@ -355,7 +343,7 @@ int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
     const received whole{split.data, split.data + length};
     // The rest of the last block, and more where there is room, so that what follows a text can be read.
     std::memset(whole.end, 0, std::min(2 * block_size - length % block_size, sizeof split.data - length));
-    line_end_finder finder(whole);
+    line_end_finder finder(whole.begin);
     char *begin = whole.begin;
     split.headers = msg.header_line_count =
         cut_lines<section::headers>(whole, finder, begin, split.header, msg.header_length);

@@ -11,7 +11,7 @@ void write_length_and_body(writer &out, int length, text body) {
 
 void write_counted(writer &out, text body) { write_length_and_body(out, static_cast<int>(body.size()), body); }
 
-void write_no_body(writer &out) { out.append("Content-Length: 0\r\n\r\n"); }
+void write_no_body(writer &out) { out.line<"Content-Length: 0\r\n\r\n">(); }
 
 // The record tells of a body that it does not have.
 void write_missing_body(writer &out) {

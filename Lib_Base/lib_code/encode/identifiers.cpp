@@ -11,7 +11,7 @@
 #include <unistd.h>
 
 #include "encode.h"
-#include "output.h"
+#include "lines.h"
 
 namespace sipcode {
 namespace {
@@ -80,6 +80,19 @@ void generate_random_string(writer &out) {
 }
 
 } // namespace
+
+void write_time(writer &out) {
+    static constexpr char days[][4] = {"Thu", "Fri", "Sat", "Sun", "Mon", "Tue", "Wed"}; // day 0 was a Thursday
+    static constexpr char months[][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    const std::time_t now = std::time(nullptr);
+    const auto [day, second] = divide_down(now, 24 * 60 * 60);
+    const calendar_date date = date_of(day);
+    out.line<"%s, %02d %s %d %02d:%02d:%02d GMT">(text(days[divide_down(day, 7).rest], 3), date.day,
+                                                  text(months[date.month], 3), date.year, second / 3600,
+                                                  second / 60 % 60, second % 60);
+}
+
 } // namespace sipcode
 
 void Build_Tag(char *buf) {
@@ -105,15 +118,6 @@ void Bulid_Call_id(char *callid, char *ip) {
 }
 
 void Build_Date(char *pchDate) {
-    using namespace sipcode;
-    static constexpr char days[][4] = {"Thu", "Fri", "Sat", "Sun", "Mon", "Tue", "Wed"}; // day 0 was a Thursday
-    static constexpr char months[][4] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                         "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-    const std::time_t now = std::time(nullptr);
-    const auto [day, second] = divide_down(now, 24 * 60 * 60);
-    const calendar_date date = date_of(day);
-    writer out(pchDate, SIP_DATE_SIZE);
-    out.line<"%s, %02d %s %d %02d:%02d:%02d GMT">(text(days[divide_down(day, 7).rest], 3), date.day,
-                                                  text(months[date.month], 3), date.year, second / 3600,
-                                                  second / 60 % 60, second % 60);
+    sipcode::writer out(pchDate, SIP_DATE_SIZE);
+    sipcode::write_time(out);
 }

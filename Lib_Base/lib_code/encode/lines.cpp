@@ -155,14 +155,13 @@ void write_korvadex(writer &out, const SIP_CODE_MSG &record) {
 }
 
 void write_allow(writer &out) {
-    out.append("Allow: INVITE,MESSAGE,INFO,PRACK,PUBLISH,SUBSCRIBE,OPTIONS,UPDATE,BYE,CANCEL,NOTIFY,ACK,REFER\r\n");
+    out.line<"Allow: INVITE,MESSAGE,INFO,PRACK,PUBLISH,SUBSCRIBE,OPTIONS,UPDATE,BYE,CANCEL,NOTIFY,ACK,REFER\r\n">();
 }
 
 void write_date(writer &out) {
-    char date[64] = {};
-    static_assert(sizeof date >= SIP_DATE_SIZE);
-    Build_Date(date);
-    out.line<"Date: %s\r\n">(date);
+    out.line<"Date: ">();
+    write_time(out);
+    out.line<"\r\n">();
 }
 
 void write_session_expires(writer &out, const SIP_SESSION_EXPIRES &session_expires) {

@@ -74,6 +74,7 @@ void write_cseq(writer &out, const SIP_CODE_MSG &record);
 void write_korvadex(writer &out, const SIP_CODE_MSG &record); // when it is not empty
 void write_allow(writer &out);
 void write_date(writer &out);
+void write_time(writer &out); // the current one, as the Date header has it
 void write_session_expires(writer &out, const SIP_SESSION_EXPIRES &session_expires); // with its refresher
 void write_rack(writer &out, const SIP_CODE_MSG &record);                            // when rack is not 0
 void write_rseq(writer &out, const SIP_CODE_MSG &record);                            // when it is present

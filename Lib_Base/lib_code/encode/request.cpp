@@ -5,8 +5,6 @@
 namespace sipcode {
 namespace {
 
-constexpr int max_forwards = 70;
-
 bool is_one_of(int method, int a, int b) { return method == a || method == b; }
 
 void write_request_line(writer &out, const SIP_CODE_MSG &r) {
@@ -125,17 +123,17 @@ void write_asserted_identity(writer &out, const SIP_P_ASSERTED_IDENTITY &party) 
 
 // One header folded over a line for each entry: the run of used entries that starts at the first.
 void write_history(writer &out, const SIP_HISTORY_INFO (&entries)[4]) {
-    out.append("History-Info: ");
+    out.line<"History-Info: ">();
     for (std::size_t i = 0; i < std::size(entries) && entries[i].use == 1; ++i) {
         const auto &[use, user, addr, index, cause] = entries[i];
         if (i > 0)
-            out.append(",\r\n ");
+            out.line<",\r\n ">();
         if (cause[0] != '\0')
             out.line<"<sip:%s@%s:%d;cause=%s>;index=%d">(user, addr.ip, addr.port, cause, index);
         else
             out.line<"<sip:%s@%s:%d>;index=%d">(user, addr.ip, addr.port, index);
     }
-    out.append("\r\n");
+    out.line<"\r\n">();
 }
 
 void write_transfer(writer &out, const SIP_CODE_MSG &r) {
@@ -159,9 +157,9 @@ int requested_expiry(const SIP_CODE_MSG &r) {
 
 void write_accept(writer &out, const SIP_EVENT &event) {
     if (same_text(event.content, "reg"))
-        out.append("Accept: application/reginfo+xml\r\n");
+        out.line<"Accept: application/reginfo+xml\r\n">();
     else if (same_text(event.content, "dialog"))
-        out.append("Accept: application/dialog-info+xml\r\n");
+        out.line<"Accept: application/dialog-info+xml\r\n">();
 }
 
 } // namespace
@@ -224,7 +222,7 @@ void write_request(writer &out, SIP_CODE_MSG &r) {
         out.line<"Event: %s\r\n">(r.event.content);
     if (r.method == SIP_REQUEST_MSG_SUBCRIBE)
         write_accept(out, r.event);
-    out.line<"Max-Forwards: %d\r\n">(max_forwards);
+    out.line<"Max-Forwards: 70\r\n">();
     write_body(out, r, body_sources::of_request);
 }
 

@@ -96,7 +96,7 @@ void write_response(writer &out, SIP_CODE_MSG &r) {
     if (r.require.use == 1 && r.require.REQUIRE[0] != '\0')
         write_require(out, r);
     if (ok_to_options)
-        out.append("Accept: application/sdp\r\nAccept-Language: en\r\n");
+        out.line<"Accept: application/sdp\r\nAccept-Language: en\r\n">();
     write_cseq(out, r);
     write_contact_of_response(out, transport, r, ok_to_register || ok_to_subscribe);
     write_rseq(out, r);

@@ -75,13 +75,13 @@ void write_direction(writer &out, int media, const char (&ip)[24]) {
     enum { sendrecv, sendonly, recvonly, inactive };
     const bool is_held = media != sendrecv && same_text(ip, "0.0.0.0"); // the hold address only sends
     if (media == sendonly || is_held)
-        out.append("a=sendonly\r\n");
+        out.line<"a=sendonly\r\n">();
     else if (media == recvonly)
-        out.append("a=recvonly\r\n");
+        out.line<"a=recvonly\r\n">();
     else if (media == inactive)
-        out.append("a=inactive\r\n");
+        out.line<"a=inactive\r\n">();
     else
-        out.append("a=sendrecv\r\n");
+        out.line<"a=sendrecv\r\n">();
 }
 
 void write_connection(writer &out, const char (&ip)[24]) { out.line<"c=IN IP4 %s\r\n">(ip); }
@@ -117,7 +117,7 @@ void write_audio_media_line(writer &out, SIP_SDP &sdp) {
             out.line<"%s">(known->payload);
         for_each_dynamic(sdp, codec, [&out](int payload) { out.line<" %d">(payload); });
     }
-    out.append("\r\n");
+    out.line<"\r\n">();
 }
 
 void write_generated_audio(writer &out, const SIP_SDP &sdp, bool session_connection) {
@@ -139,7 +139,7 @@ void write_video_media_line(writer &out, const SIP_SDP &sdp) {
     for (int slot = 0; slot < max_video_payloads; ++slot)
         if (sdp.v_coders[slot] > 0)
             out.line<" %d">(sdp.v_coders[slot]);
-    out.append("\r\n");
+    out.line<"\r\n">();
 }
 
 void write_generated_video(writer &out, const SIP_SDP &sdp, bool session_connection) {
@@ -178,11 +178,11 @@ void write_fax(writer &out, const FAX_INFO &fax) {
 } // namespace
 
 void Bulid_Sdp(writer &out, SIP_SDP &sdp) {
-    out.append("v=0\r\n");
+    out.line<"v=0\r\n">();
     write_origin(out, sdp);
-    out.append("s=1\r\n");
+    out.line<"s=1\r\n">();
     const bool session_connection = write_session_connection(out, sdp);
-    out.append("t=0 0\r\n");
+    out.line<"t=0 0\r\n">();
     if (sdp.a_use == 1 && sdp.fax_use != 1)
         write_audio_media_line(out, sdp);
     if (sdp.a_use == 1 && sdp.a_conten_nouse == 1)
