@@ -99,6 +99,10 @@ TEST(SafeDecode, tells_which_values_it_cut) {
     const auto with = [](const std::string &header) { return message(header + "\n"); };
     const std::string sdp = wire("Content-Type: application/sdp\n\nv=0\nc=IN IP4 192.0.2.1\nm=audio 1 RTP/AVP 0\n");
     const std::string invite = wire("INVITE sip:b SIP/2.0\nVia: SIP/2.0/UDP h;branch=z\ni: a\nCSeq: 1 INVITE\n");
+    const auto challenge = [](const std::string &parameters) {
+        return wire("SIP/2.0 401 Unauthorized\nVia: SIP/2.0/UDP h;branch=z\ni: a\nCSeq: 1 INVITE\n") +
+               wire("WWW-Authenticate: Digest " + parameters + "\n");
+    };
     const Row rows[] = {
         {with("User-Agent: " + letters(62)), ""},
         {with("User-Agent: " + letters(63)), "user_agent.useragent 63>62 5:13"},
@@ -111,6 +115,13 @@ TEST(SafeDecode, tells_which_values_it_cut) {
         {with("Expires: 1" + letters(500)), ""},
         {with("Min-SE: 1" + letters(63)), "- 64>63 5:9"},
         {with("Record-Route: " + letters(100) + "\nRecord-Route: " + letters(200)), "record_route.content 301>127 0:0"},
+        {with("History-Info: <sip:a@h;cause=302>"), ""},
+        {with("History-Info: <sip:a@h;cause=3021>"), "history_info[0].cause 4>3 0:0"},
+        {challenge("algorithm=MD5," + letters(40)), ""},
+        {challenge("algorithm=" + letters(40)), "authen.algorithm 40>15 5:36"},
+        {challenge("algorithm=" + std::string(25, ',') + "MD5-sess"), "authen.algorithm 8>6 5:61"},
+        {invite + sdp + wire("a=ptime:20\n"), ""},
+        {invite + sdp + wire("a=ptime:100\n"), "sdp.a_ptime 3>2 10:9"},
         {invite + sdp + letters(512), "sdp.a_content 512>0 10:1"},
     };
     for (const Row &row : rows)

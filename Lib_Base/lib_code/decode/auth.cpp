@@ -58,14 +58,17 @@ class quoted_value {
     std::size_t width = 0;
 };
 
-// The first item of an algorithm list, or the list as it is when it has none.
-text first_algorithm(text list) {
+// The first item of an algorithm list, as far as it stands at the beginning of the list, or the list as it is when it has none.
+void store_algorithm(const message &msg, char (&algorithm)[16], text list) {
     constexpr std::size_t longest_list = 31;
     text items = at_most(longest_list, list);
     while (!items.empty() && items.front() == ',')
         items.remove_prefix(1);
-    const text item = cut_at(',', items).before;
-    return item.empty() ? list : item;
+    const std::size_t seen = cut_at(',', items).before.size();
+    if (seen == 0)
+        return msg.store(algorithm, list);
+    const text whole = cut_at(',', drop(static_cast<std::size_t>(items.data() - list.data()), list)).before;
+    msg.store(algorithm, whole, std::min(seen, sizeof algorithm - 1));
 }
 
 // True when the name that ends before `end` is `name`, which includes its "=".
@@ -101,14 +104,14 @@ constexpr text_parameter<SIP_AUTHOR> credential_parameters[] = {
     {"uri=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.uri, value); }},
     {"response=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.response, value); }},
     {"algorithm=",
-     [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.algorithm, first_algorithm(value)); }},
+     [](const message &msg, SIP_AUTHOR &author, text value) { store_algorithm(msg, author.algorithm, value); }},
 };
 
 constexpr text_parameter<SIP_AUTHEN> challenge_parameters[] = {
     {"realm=", [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.realm, value); }},
     {"nonce=", [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.nonce, value); }},
     {"algorithm=",
-     [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.algorithm, first_algorithm(value)); }},
+     [](const message &msg, SIP_AUTHEN &authen, text value) { store_algorithm(msg, authen.algorithm, value); }},
     {"qop=", [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.qop, value); }},
 };
 

@@ -15,10 +15,10 @@ namespace {
 constexpr std::size_t longest_value = 511;
 constexpr std::size_t cause_length = 3;
 
-void Parse_HistoryInfo_Cause(text entry, char (&cause)[16]) {
+void Parse_HistoryInfo_Cause(const message &msg, text entry, char (&cause)[16]) {
     const parts found = cut_at("cause=", entry);
     if (found.found)
-        store(cause, at_most(cause_length, found.after));
+        store(cause, msg.within_digits(cause, cause_length, found.after));
 }
 
 } // namespace
@@ -39,7 +39,7 @@ void Parse_History_info(const message &msg, SIP_CODE_MSG *pcode_msg) {
         if (entry == nullptr)
             return;
         slot->use = 1;
-        Parse_HistoryInfo_Cause(entry, slot->cause);
+        Parse_HistoryInfo_Cause(msg, entry, slot->cause);
         Parse_Uri(msg, text(entry), slot->user, slot->addr);
     }
 }

@@ -27,6 +27,8 @@ class decode_notes {
         return at_most(longest, value);
     }
     roomy_text within(std::size_t longest, roomy_text value) const { return roomy_text(within(longest, text(value))); }
+    // A number that is read to a fixed width, for the member that it goes to: further digits are cut.
+    text within_digits(const void *member, std::size_t width, text value) const;
     // The store of headers kept verbatim: the host's, whose bound counts the terminator.
     template <int N>
     void copy_verbatim(char (&member)[N], text value, int bound = N - 1) const {

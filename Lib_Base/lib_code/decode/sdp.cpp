@@ -319,14 +319,15 @@ direction direction_of(std::uint64_t beginning) {
 // The part of a body behind the first media line of a medium, up to the next media line.
 class media_section {
   public:
-    explicit media_section(text wanted_medium) : medium(wanted_medium) {}
+    explicit constexpr media_section(text wanted_medium)
+        : medium(beginning_word(wanted_medium)), counted((std::uint64_t{1} << (8 * wanted_medium.size())) - 1) {}
 
     // A media line, told by what stands behind its "m=".
-    void see_media(text behind) {
+    void see_media(text behind, std::uint64_t beginning) {
         if (found) {
             if (behind.data() - media_mark >= begin && end == nullptr)
                 end = behind.data() - media_mark;
-        } else if (behind.starts_with(medium)) {
+        } else if ((beginning & counted) == medium) {
             found = true;
             if (const parts line = cut_at(line_end, behind); line.found)
                 begin = line.after.data();
@@ -346,7 +347,8 @@ class media_section {
   private:
     static constexpr std::ptrdiff_t media_mark = 2; // characters of "m="
 
-    text medium;
+    std::uint64_t medium;
+    std::uint64_t counted; // its bytes
     bool found = false;
     bool directed = false;
     const char *begin = nullptr;
@@ -361,10 +363,9 @@ struct body_marks {
     media_section audio{"audio"};
     media_section video{"video"};
 
-    void see_attribute(text behind) {
+    void see_attribute(text behind, std::uint64_t beginning) {
         constexpr text packet_time_name = "ptime:";
         constexpr std::uint64_t counted = (std::uint64_t{1} << (8 * packet_time_name.size())) - 1;
-        const std::uint64_t beginning = beginning_of(behind);
         if (const direction given = direction_of(beginning); given != no_direction) {
             media = std::min(media, given);
             audio.see_direction(behind.data());
@@ -386,20 +387,22 @@ body_marks find_marks(text body, const message &msg) {
         if (letter != 'a' && letter != 'm')
             return;
         const text behind(body.data() + place + 1, body.size() - place - 1);
+        const std::uint64_t beginning = beginning_of(behind);
         if (letter == 'a') {
-            marks.see_attribute(behind);
+            marks.see_attribute(behind, beginning);
         } else {
-            marks.audio.see_media(behind);
-            marks.video.see_media(behind);
+            marks.audio.see_media(behind, beginning);
+            marks.video.see_media(behind, beginning);
         }
     });
     return marks;
 }
 
-void Parse_Sdp_Audio_Media(SIP_SDP *SDP, const body_marks &found) {
+void Parse_Sdp_Audio_Media(SIP_SDP *SDP, const message &msg, const body_marks &found) {
     if (found.packet_time.data() != nullptr) {
-        constexpr std::size_t longest = 2; // 100 is taken as 10
-        SDP->a_ptime = Str_Atoi(terminated<longest>(found.packet_time).c_str());
+        constexpr std::size_t width = 2; // 100 is taken as 10
+        const text digits = msg.within_digits(&SDP->a_ptime, width, found.packet_time);
+        SDP->a_ptime = Str_Atoi(terminated<width>(digits).c_str());
     }
     SDP->a_media = found.media == no_direction ? sendrecv : found.media;
 }
@@ -520,7 +523,7 @@ void Parse_Sdp(SIP_SDP *SDP, const message &msg) {
         return;
 
     const body_marks found = find_marks(msg.body(), msg);
-    Parse_Sdp_Audio_Media(SDP, found);
+    Parse_Sdp_Audio_Media(SDP, msg, found);
     Parse_Sdp_Video_Content(SDP, msg, found.video);
     Parse_Sdp_Vbd_Content(SDP, msg, found.audio);
     Parse_Sdp_Bypass_Content(SDP, found);
