@@ -25,17 +25,18 @@ enum author_header { authorization_header = 100, proxy_authorization_header = 10
 enum authen_header { www_authenticate_header = 102, proxy_authenticate_header = 103 };
 
 // A parameter's value, with its double quotes taken out.
+template <class Text>
 class quoted_value {
   public:
     // Reads up to the second double quote of t, or to its end when there are fewer.
-    explicit quoted_value(text t) {
-        const parts before_quote = cut_at('"', t);
-        const parts quoted = cut_at('"', before_quote.after);
+    explicit quoted_value(Text t) {
+        const auto before_quote = cut_at('"', t);
+        const auto quoted = cut_at('"', before_quote.after);
         before = before_quote.before;
         between = quoted.before;
         if (!quoted.found)
             return;
-        const parts before_comma = cut_at(',', before);
+        const auto before_comma = cut_at(',', before);
         width = before_comma.before.size() + (before_comma.found ? 0 : cut_at(',', between).before.size());
     }
 
@@ -53,8 +54,8 @@ class quoted_value {
     std::size_t skip() const { return width; }
 
   private:
-    text before;
-    text between;
+    Text before;
+    Text between;
     std::size_t width = 0;
 };
 
@@ -72,8 +73,9 @@ void store_algorithm(const message &msg, char (&algorithm)[16], text list) {
 }
 
 // True when the name that ends before `end` is `name`, which includes its "=".
-bool name_ends_at(text header, std::size_t end, std::size_t scan_from, const nocase &name) {
-    if (end - scan_from < name.size() || !name.begins(header.data() + end - name.size()))
+template <class Text>
+bool name_ends_at(Text header, std::size_t end, std::size_t scan_from, const nocase &name) {
+    if (end - scan_from < name.size() || !starts_nocase(drop(end - name.size(), header), name))
         return false;
     // "nonce=" that ends "cnonce=" is another parameter.
     const std::size_t begin = end - name.size();
@@ -81,7 +83,8 @@ bool name_ends_at(text header, std::size_t end, std::size_t scan_from, const noc
 }
 
 // Stores stale and returns how many characters its value takes; a quoted one, like any other text, sets nothing.
-std::size_t read_stale(text value, int &stale) {
+template <class Text>
+std::size_t read_stale(Text value, int &stale) {
     constexpr nocase no = "FALSE";
     constexpr nocase yes = "TRUE";
     const bool is_yes = starts_nocase(value, yes);
@@ -121,11 +124,11 @@ constexpr text_parameter<NEXT_NONCE> info_parameters[] = {
 
 // Finds the parameters of a header value from `from` on. A name holds no "=" but its last character, so only the texts that
 // end in one are compared. Without a place for it, stale is a name like any other.
-template <class Record, std::size_t N>
-void scan_parameters(const message &msg, text value, std::size_t from, const text_parameter<Record> (&names)[N],
+template <class Text, class Record, std::size_t N>
+void scan_parameters(const message &msg, Text value, std::size_t from, const text_parameter<Record> (&names)[N],
                      Record &record, int *stale) {
     for (;;) {
-        const parts name_value = cut_at('=', drop(from, value));
+        const auto name_value = cut_at('=', drop(from, value));
         if (!name_value.found)
             return;
         const std::size_t begin = value.size() - name_value.after.size();
@@ -150,14 +153,15 @@ void scan_parameters(const message &msg, text value, std::size_t from, const tex
 }
 
 // Credentials and challenges begin with a scheme name and a space; without the space there is nothing to read.
-template <class Record, std::size_t N>
-void scan_behind_scheme(const message &msg, text value, const text_parameter<Record> (&names)[N], Record &record) {
-    const parts scheme = cut_at(' ', value);
+template <class Text, class Record, std::size_t N>
+void scan_behind_scheme(const message &msg, Text value, const text_parameter<Record> (&names)[N], Record &record) {
+    const auto scheme = cut_at(' ', value);
     if (scheme.found)
         scan_parameters(msg, value, scheme.before.size() + 1, names, record, &record.stale);
 }
 
-bool read_author(const message &msg, SIP_AUTHOR &author, text value, author_header type) {
+template <class Text>
+bool read_author(const message &msg, SIP_AUTHOR &author, Text value, author_header type) {
     if (value.empty())
         return false;
     author.use = 1;
@@ -166,7 +170,8 @@ bool read_author(const message &msg, SIP_AUTHOR &author, text value, author_head
     return true;
 }
 
-bool read_authen(const message &msg, SIP_AUTHEN &authen, text value, authen_header type) {
+template <class Text>
+bool read_authen(const message &msg, SIP_AUTHEN &authen, Text value, authen_header type) {
     if (value.empty())
         return false;
     authen.use = 1;
@@ -175,29 +180,46 @@ bool read_authen(const message &msg, SIP_AUTHEN &authen, text value, authen_head
     return true;
 }
 
+template <class Text>
+void read_authors(SIP_AUTHOR &author, const message &msg, Text authorization, Text proxy_authorization) {
+    store(author.username, {});
+    store(author.realm, {});
+    store(author.nonce, {});
+    store(author.uri, {});
+    store(author.response, {});
+    store(author.algorithm, {});
+    author.stale = -1;
+    if (!read_author(msg, author, authorization, authorization_header))
+        read_author(msg, author, proxy_authorization, proxy_authorization_header);
+}
+
+template <class Text>
+void read_authens(SIP_AUTHEN &authen, const message &msg, Text www_authenticate, Text proxy_authenticate) {
+    if (!read_authen(msg, authen, www_authenticate, www_authenticate_header))
+        read_authen(msg, authen, proxy_authenticate, proxy_authenticate_header);
+}
+
+template <class Text>
+void read_next_nonce(NEXT_NONCE &next_nonce, const message &msg, Text authentication_info) {
+    const Text value = msg.within(longest_info, authentication_info);
+    next_nonce.use = !value.empty();
+    scan_parameters(msg, value, 0, info_parameters, next_nonce, nullptr);
+}
+
 } // namespace
 
 void Parse_Author(SIP_AUTHOR *pauthor, const message &msg) {
-    store(pauthor->username, {});
-    store(pauthor->realm, {});
-    store(pauthor->nonce, {});
-    store(pauthor->uri, {});
-    store(pauthor->response, {});
-    store(pauthor->algorithm, {});
-    pauthor->stale = -1;
-    if (!read_author(msg, *pauthor, msg.value(header::authorization), authorization_header))
-        read_author(msg, *pauthor, msg.value(header::proxy_authorization), proxy_authorization_header);
+    read_authors(*pauthor, msg, message::roomy(msg.value(header::authorization)),
+                 message::roomy(msg.value(header::proxy_authorization)));
 }
 
 void Parse_Authen(SIP_AUTHEN *pauthen, const message &msg) {
-    if (!read_authen(msg, *pauthen, msg.value(header::www_authenticate), www_authenticate_header))
-        read_authen(msg, *pauthen, msg.value(header::proxy_authenticate), proxy_authenticate_header);
+    read_authens(*pauthen, msg, message::roomy(msg.value(header::www_authenticate)),
+                 message::roomy(msg.value(header::proxy_authenticate)));
 }
 
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, const message &msg) {
-    const text value = msg.within(longest_info, msg.value(header::authentication_info));
-    next_nonce->use = !value.empty();
-    scan_parameters(msg, value, 0, info_parameters, *next_nonce, nullptr);
+    read_next_nonce(*next_nonce, msg, message::roomy(msg.value(header::authentication_info)));
 }
 
 // --------------------------------------------------------------------------------- the older challenge decoders
@@ -258,15 +280,21 @@ int Del_Quote_Mark(char *src, char *dst) {
 }
 
 void Parse_Author(SIP_AUTHOR *pauthor, SIP_MSG *psip_msg) {
-    sipcode::Parse_Author(pauthor, sipcode::message(*psip_msg));
+    using namespace sipcode;
+    const message msg(*psip_msg);
+    read_authors(*pauthor, msg, msg.value(header::authorization), msg.value(header::proxy_authorization));
 }
 
 void Parse_Authen(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg) {
-    sipcode::Parse_Authen(pauthen, sipcode::message(*psip_msg));
+    using namespace sipcode;
+    const message msg(*psip_msg);
+    read_authens(*pauthen, msg, msg.value(header::www_authenticate), msg.value(header::proxy_authenticate));
 }
 
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, SIP_MSG *psip_msg) {
-    sipcode::Parse_Authen_Info(next_nonce, sipcode::message(*psip_msg));
+    using namespace sipcode;
+    const message msg(*psip_msg);
+    read_next_nonce(*next_nonce, msg, msg.value(header::authentication_info));
 }
 
 void Parse_Authen_bak(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf) {
