@@ -23,7 +23,7 @@ std::size_t find_in_two_words(const char *begin, std::size_t size, char wanted) 
 std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted) {
     char block[block_size] = {};
     std::memcpy(block, at, size);
-    return matches(block, wanted) & ((std::uint64_t{1} << size) - 1);
+    return matches(block, wanted);
 }
 
 std::size_t find_blank(const char *begin, std::size_t size) {

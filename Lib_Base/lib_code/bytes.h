@@ -69,7 +69,7 @@ inline std::uint64_t matches_up_to(const char *at, char largest) {
     return matches_of_block(at, [largest](const char *sixteen) { return matches_up_to16(sixteen, largest); });
 }
 
-// The same for what is left of a text, less than a block.
+// The same for what is left of a text, less than a block, and a byte that is not NUL.
 std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted);
 
 // Calls visit with the place of every wanted byte, in order. Whole blocks are read while there are as many readable bytes.

@@ -23,6 +23,7 @@ const Case parameters[] = {
     {"a client nonce is another", R"(nonce="n",cnonce="c",qop=auth,nc=00000001,CNONCE="d",algorithm=MD5)",
      "author nonce=n algorithm=MD5"},
     {"nonce behind a c and a blank", R"(abc nonce="n")", "author nonce=n"},
+    {"other name behind a c", R"(crealm="r")", "author realm=r"},
     {"two of a name", R"(realm="a",realm="b")", "author realm=b"},
     {"name in a quoted value", R"(realm="nonce=x",uri="u")", "author realm=nonce=x uri=u"},
     {"name behind a quoted comma", R"(realm="a,nonce="n")", "author realm=a,nonce= nonce=n"},

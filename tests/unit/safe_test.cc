@@ -103,6 +103,9 @@ TEST(SafeDecode, tells_which_values_it_cut) {
         return wire("SIP/2.0 401 Unauthorized\nVia: SIP/2.0/UDP h;branch=z\ni: a\nCSeq: 1 INVITE\n") +
                wire("WWW-Authenticate: Digest " + parameters + "\n");
     };
+    const auto connection = [](std::size_t length) {
+        return wire("Content-Type: application/sdp\n\nc=IN IP4 " + letters(length) + "\nm=image 1 x\n");
+    };
     const Row rows[] = {
         {with("User-Agent: " + letters(62)), ""},
         {with("User-Agent: " + letters(63)), "user_agent.useragent 63>62 5:13"},
@@ -122,6 +125,12 @@ TEST(SafeDecode, tells_which_values_it_cut) {
         {challenge("algorithm=" + std::string(25, ',') + "MD5-sess"), "authen.algorithm 8>6 5:61"},
         {invite + sdp + wire("a=ptime:20\n"), ""},
         {invite + sdp + wire("a=ptime:100\n"), "sdp.a_ptime 3>2 10:9"},
+        {with("Record-Route: " + letters(63) + "\nRecord-Route: " + letters(63)), ""},
+        {with("Record-Route: " + letters(63) + "\nRecord-Route: " + letters(64)), "record_route.content 128>127 0:0"},
+        {with("Record-Route: a\nRecord-Route: " + letters(241)), "record_route.content 243>127 0:0"},
+        {with("Record-Route: a\nRecord-Route: " + letters(242)), "- 256>255 6:1 | record_route.content 243>127 0:0"},
+        {invite + connection(256), "sdp.fax.fax_addr.ip 256>23 7:10"},
+        {invite + connection(257), "- 257>256 7:10 | sdp.fax.fax_addr.ip 256>23 7:10"},
         {invite + sdp + letters(512), "sdp.a_content 512>0 10:1"},
     };
     for (const Row &row : rows)

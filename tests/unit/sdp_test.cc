@@ -72,7 +72,7 @@ const Frame with_connection{invite(type) + "c=IN IP4 h\r\n", "", ""};
 const Case media[] = {
     {"audio", "m=audio 4000 RTP/AVP 0 8 18 101", "a_use=1 a_coders=2,1,3 a_addr=h:4000"},
     {"other static payloads", "m=audio 1 RTP/AVP 4 3 2 9 5 6", "a_use=1 a_coders=4,6,7,8,11,11 a_addr=h:1"},
-    {"unknown payloads", "m=audio 1 RTP/AVP 1 7 -8 " + std::string(30, '9') + " 97 8", "a_use=1 a_coders=1 a_addr=h:1"},
+    {"unknown payloads", "m=audio 1 RTP/AVP 1 7 19 -8 " + std::string(30, '9') + " 97 8", "a_use=1 a_coders=1 a_addr=h:1"},
     {"signs and blanks", "m=audio 1 RTP/AVP\t +8\x01 -0 ", "a_use=1 a_coders=1,2 a_addr=h:1"},
     {"nine codecs and no number", "a=rtpmap:97 ilbc/8000\nm=audio 1 RTP/AVP 8 8 8 8 8 8 8 8 8 x",
      "a_use=1 a_coders=1,1,1,1,1,1,1,1 a_addr=h:1 rtpmap=10:97"},
@@ -110,6 +110,8 @@ const Case media[] = {
      "a=rtpmap:5\nb=rtpmap:6 speex/8000\na=rtpmap:7 " +
          letters(300) + "\nm=audio 1",
      "a_use=1 a_addr=h:1"},
+    {"codec behind one that is none", "a=x\na=rtpmap:1 speex/16000\na=rtpmap:2 speex/8000\nm=audio 1",
+     "a_use=1 a_coders=9 a_addr=h:1 rtpmap=9:2"},
     {"more dynamic codecs than slots",
      repeat(3, "a=rtpmap:97 ilbc/8000\n") + repeat(7, "a=rtpmap:98 speex/8000\n") + "m=audio 1 RTP/AVP 0 8",
      "a_use=1 a_coders=2,1,10,10,10,9,9,9 a_addr=h:1 rtpmap=10:97,10:97,10:97,9:98"},
@@ -135,6 +137,7 @@ const Case media[] = {
      "fax_use=1 fax.udptlport=1 fax.T38FaxRateManagement=" + letters(31) + " fax.T38FaxUdpEC=" + letters(31) +
          " fax.fax_addr=h:1"},
     {"fax without a port", "a=T38FaxVersion:1\nm=image x udptl t38", "", unsupported + "image x udptl t38"},
+    {"number in place of image", "m=5 udptl t38", "", unsupported + "5 udptl t38"},
     {"refused fax", "a=T38FaxVersion:1\nm=image 0 udptl t38", "fax_use=1 fax.udptlport=0 fax.fax_addr=h:0"},
     {"fax of a negative port", "a=T38FaxVersion:1\nm=image -1 x", "fax_use=1 fax.udptlport=-1 fax.fax_addr=h:-1"},
     {"silence suppression", "m=image 1 udptl t38\nx a=SilcenceSupp:off", "fax_use=2 fax.udptlport=1 fax.fax_addr=h:1"},
@@ -192,6 +195,7 @@ TEST(SdpSection, is_cut_between_lines) {
         {line(488) + line(12) + sendrecv, line(488) + sendrecv, line(488)},
         {line(100) + line(411), line(100) + sendrecv, line(100) + line(411)},
         {line(100) + line(412), line(100) + sendrecv, line(100)},
+        {letters(499), letters(499) + sendrecv, letters(499)},
         {letters(511), sendrecv, letters(511)},
         {letters(3000), sendrecv, ""},
     };

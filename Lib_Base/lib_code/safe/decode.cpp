@@ -40,11 +40,12 @@ void locate(text data, int at, int &line, int &column) {
     column = static_cast<int>(before.size() - line_begin) + 1;
 }
 
-// What is missing is missing where the header section ends: before the line end of its last line.
+// What is missing is missing where the header section ends: before the line end of its last line, which is at least a start
+// line.
 int before_line_end(text data, int at) {
-    if (at > 0 && data[static_cast<std::size_t>(at) - 1] == '\n')
+    if (data[static_cast<std::size_t>(at) - 1] == '\n')
         --at;
-    if (at > 0 && data[static_cast<std::size_t>(at) - 1] == '\r')
+    if (data[static_cast<std::size_t>(at) - 1] == '\r')
         --at;
     return at;
 }
