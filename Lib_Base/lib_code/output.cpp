@@ -29,13 +29,6 @@ constexpr auto escaping = [] {
     return places;
 }();
 
-bool stays_in(place where, text t) {
-    unsigned found = 0;
-    for (const char c : t)
-        found |= escaping[static_cast<unsigned char>(c)];
-    return (found >> static_cast<unsigned>(where) & 1) == 0;
-}
-
 constexpr auto powers_of_ten = [] {
     std::array<unsigned long, longest_number> powers{1};
     for (std::size_t i = 1; i < powers.size(); ++i)
@@ -74,6 +67,13 @@ char *put_small(char *to, std::uint32_t value) {
 
 } // namespace
 
+bool stays_in(place where, bool ends_line, text value) {
+    unsigned found = 0;
+    for (const char c : value)
+        found |= escaping[static_cast<unsigned char>(c)];
+    return (found >> static_cast<unsigned>(where) & 1) == 0 && !(ends_line && value.ends_with(','));
+}
+
 char *put_decimal(char *to, long value) {
     if (value >= 0 && value < small_end)
         return put_small(to, static_cast<std::uint32_t>(value));
@@ -98,10 +98,8 @@ void writer::judge(const char *format, const format_piece *pieces, const line_va
     for (std::size_t i = 0; i < count; ++i) {
         if (pieces[i].value != conversion::string)
             continue;
-        const text value = values[i].string;
         const bool ends_line = format[pieces[i + 1].begin] == '\r';
-        if (!stays_in(pieces[i].where, value) ||
-            (ends_line && value.ends_with(','))) // a comma joins the next line to it
+        if (!stays_in(pieces[i].where, ends_line, values[i].string))
             refuse(fault::broken_text);
     }
 }

@@ -256,6 +256,45 @@ TEST(SafeEncode, refuses_what_would_break_the_message_apart) {
     }
 }
 
+TEST(SafeEncode, judges_each_byte_by_its_place) {
+    SIP_CODE_MSG record = invite_with("to.tag_use=1");
+    const std::string blanks = [] {
+        std::string all;
+        for (char c = 1; c <= ' '; ++c)
+            all += c;
+        return all;
+    }();
+    const struct {
+        char *member;
+        std::size_t room;
+        std::string refused;
+        bool ends_line;
+    } rows[] = {
+        {record.callid, sizeof record.callid, "\r\n", true},
+        {record.to.tag, sizeof record.to.tag, "\r\n", true},
+        {record.via.addr.ip, sizeof record.via.addr.ip, "\r\n", false},
+        {record.from.user, sizeof record.from.user, "\r\n\"\\<>", false}, // between quotes, and between brackets
+        {record.contact.user, sizeof record.contact.user, "\r\n\"<>", false},
+        {record.uri.user, sizeof record.uri.user, blanks, false},
+    };
+    char buffer[SIP_REQUEST_SIZE];
+    for (const auto &[member, room, refused, ends_line] : rows) {
+        const SIP_CODE_MSG before = record;
+        for (const std::size_t length : {1U, 7U, 15U, 16U, 17U, 23U, 24U, 31U, 127U, 128U})
+            for (const std::size_t at : {std::size_t{0}, length / 2, length - 1})
+                for (int c = 1; c < 256 && length <= room; ++c) {
+                    std::memset(member, 'x', length);
+                    std::memset(member + length, '\0', room - length);
+                    member[at] = static_cast<char>(c);
+                    const bool is_refused = refused.find(static_cast<char>(c)) != std::string::npos ||
+                                            (ends_line && c == ',' && at == length - 1);
+                    ASSERT_EQ(SIP_Encode_Request_Buffer(buffer, sizeof buffer, &record) < 0, is_refused)
+                        << length << " characters, " << c << " at " << at;
+                }
+        record = before;
+    }
+}
+
 TEST(SafeEncode, knows_its_room) {
     const SIP_CODE_MSG record = invite_with("content.use=1 | sdp.a_use=1 | sdp.a_coders[0]=5 | via_count=2");
     const std::string whole = encode_request(record).text;
