@@ -69,6 +69,7 @@ TEST(Dtmf, table) {
         {relay + "Signal=" + letters(32), "1 " + letters(31), "Signal=" + letters(32)},
         {relay + "Signal=", "(untouched) (untouched)", "Signal=", no_signal},
         {relay, "(untouched) (untouched)", "", no_signal},
+        {relay + "Symbol=1\nSignal=5", "1 5", "Symbol=1\\r\\nSignal=5"},
         {relay + "Signal\nSignal=5", "1 5", "Signal\\r\\nSignal=5"},
         {"Content-Type: application/DTMF\n\n 7 8 \n\n", "1  7 8", " 7 8"},
         {"c: application/dtmf\n\n" + letters(32), "1 " + letters(31), letters(32)},

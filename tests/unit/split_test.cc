@@ -53,6 +53,7 @@ std::string stood_in(const std::string &status) {
 const Case start_lines[] = {
     {"blanks of all kinds", " \t\x01OPTIONS \t\x01sip:h\x1F SIP/2.0 \t\x01 ", ""},
     {"a CR behind a comma that is the first byte", ",\rsip:h SIP/2.0", "method=0"},
+    {"no blank but the lowest visible character", "OPTIONS sip:!@h SIP/2.0", "uri user=!"},
     {"method and protocol in any letter case", "options sip:h sip/2.0", ""},
     {"a method that is not known", "OPTION sip:h SIP/2.0", "method=0"},
     {"a method that goes on", "OPTIONSX sip:h SIP/2.0", "method=0"},
