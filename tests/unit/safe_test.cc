@@ -131,6 +131,9 @@ TEST(SafeDecode, tells_which_values_it_cut) {
         {with("Record-Route: a\nRecord-Route: " + letters(242)), "- 256>255 6:1 | record_route.content 243>127 0:0"},
         {invite + connection(256), "sdp.fax.fax_addr.ip 256>23 7:10"},
         {invite + connection(257), "- 257>256 7:10 | sdp.fax.fax_addr.ip 256>23 7:10"},
+        {wire("INFO sip:b SIP/2.0\nVia: SIP/2.0/UDP h;branch=z\ni: a\nCSeq: 1 INFO\nc: application/dtmf\n\n") +
+             letters(32),
+         "info.key 32>31 7:1"},
         {invite + sdp + letters(512), "sdp.a_content 512>0 10:1"},
     };
     for (const Row &row : rows)
