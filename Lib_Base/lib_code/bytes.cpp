@@ -31,7 +31,8 @@ std::size_t find_blank(const char *begin, std::size_t size) {
     for (; at + 16 <= size; at += 16)
         if (const unsigned mask = matches_up_to16(begin + at, ' '); mask != 0)
             return at + static_cast<std::size_t>(std::countr_zero(mask));
-    while (at<size &&static_cast<unsigned char>(begin[at])> 32)
+    const auto is_visible = [begin](std::size_t place) { return static_cast<unsigned char>(begin[place]) > ' '; };
+    while (at < size && is_visible(at))
         ++at;
     return at;
 }

@@ -14,6 +14,13 @@
 
 namespace sipcode {
 
+// Whether a number that is loaded from memory has its first byte lowest.
+#if defined(SIPCODE_PORTABLE)
+inline constexpr bool first_is_lowest = false;
+#else
+inline constexpr bool first_is_lowest = std::endian::native == std::endian::little;
+#endif
+
 inline constexpr std::size_t block_size = 64;
 
 // Bit i is set when byte i of the sixteen (eight) at `at` is the wanted one.
@@ -107,9 +114,10 @@ inline std::uint64_t load(const char *bytes) {
     return value;
 }
 
+// The same; of more bytes, the first eight.
 inline std::uint64_t load_word(const char *bytes, std::size_t count) {
-    if constexpr (std::endian::native != std::endian::little)
-        return word_of(bytes, count);
+    if constexpr (!first_is_lowest)
+        return word_of(bytes, count < 8 ? count : 8);
     if (count >= 8)
         return load<std::uint64_t>(bytes);
     if (count >= 4)

@@ -194,8 +194,8 @@ char *put_value(char *to, const Value &value) {
 // In output.cpp: whether no byte of a text lets it out of its place, and no comma joins the next line to it.
 bool stays_in(place where, bool ends_line, text value);
 
-// Nearly every text stays in its place, which sixteen bytes at a time tell in a tenth of the time. A bit is set for each byte
-// that may let it out: all that do so do, and a few others.
+// Nearly every text stays in its place, which sixteen bytes at a time tell in a tenth of the time. A set bit means: look closer.
+// Every byte that could let the text out sets one; a few harmless ones do too, and stays_in then decides.
 template <place Where>
 unsigned suspicious16(const char *at) {
     const unsigned controls = matches_up_to16(at, Where == place::request_line ? ' ' : '\r');
@@ -207,7 +207,7 @@ unsigned suspicious16(const char *at) {
 }
 
 template <place Where, bool EndsLine>
-[[gnu::noinline]] bool is_harmless(text value) {
+[[gnu::noinline]] bool is_surely_harmless(text value) {
     if (value.size() < 16)
         return stays_in(Where, EndsLine, value);
     for (std::size_t at = 0; at + 16 < value.size(); at += 16)
@@ -218,7 +218,7 @@ template <place Where, bool EndsLine>
 }
 
 template <place Where, bool EndsLine, std::size_t N>
-[[gnu::noinline]] bool is_harmless(const char (&member)[N]) {
+[[gnu::noinline]] bool is_surely_harmless(const char (&member)[N]) {
     for (std::size_t at = 0; at + 16 <= N; at += 16) {
         const unsigned suspicious = suspicious16<Where>(member + at);
         if (const unsigned terminators = matches16(member + at, '\0'); terminators != 0) {
@@ -229,15 +229,15 @@ template <place Where, bool EndsLine, std::size_t N>
         if (suspicious != 0)
             return false;
     }
-    return is_harmless<Where, EndsLine>(member_text(member)); // a short member, or a long text
+    return is_surely_harmless<Where, EndsLine>(member_text(member)); // a short member, or a long text
 }
 
 // A value of a line, in its place.
 template <format_string Format, std::size_t Index, class Value>
-bool is_harmless_in(const Value &value) {
+bool is_surely_harmless_in(const Value &value) {
     static constexpr auto &pieces = pieces_of<Format>;
     if constexpr (pieces[Index].value == conversion::string)
-        return is_harmless<pieces[Index].where, Format.chars[pieces[Index + 1].begin] == '\r'>(value);
+        return is_surely_harmless<pieces[Index].where, Format.chars[pieces[Index + 1].begin] == '\r'>(value);
     else
         return true;
 }
@@ -334,7 +334,7 @@ class writer {
 
     template <format_string Format, std::size_t... Index, class... Values>
     [[gnu::noinline]] void judge_line(std::index_sequence<Index...>, const Values &...values) {
-        if (!(... && is_harmless_in<Format, Index>(values))) [[unlikely]]
+        if (!(... && is_surely_harmless_in<Format, Index>(values))) [[unlikely]]
             list_values<Format>(&writer::judge, values...);
     }
 

@@ -47,7 +47,7 @@ typedef struct SIP_DECODE_CUT {
     int member;          /* offset in SIP_CODE_MSG of the member that took it, -1 when it was cut before it was read */
     unsigned int length; /* characters that stood in the message */
     unsigned int kept;   /* characters that were kept */
-    int at;              /* where the value stands: offset in data, -1 when it was put together from pieces, */
+    int at;              /* where the value stands, an offset in data; -1 when it was read from a copy or joined, */
     int line;            /* and line and column, counted from 1, 0 when at is -1 */
     int column;
 } SIP_DECODE_CUT;
@@ -62,8 +62,8 @@ typedef struct SIP_DECODE_REPORT {
     int column;         /* the header section */
     int left_out;       /* 1 when text behind SIP_LONGEST_MESSAGE characters was left out, else 0 */
     int cut_count;      /* values that were longer than their place */
-    SIP_DECODE_CUT
-    cuts[SIP_DECODE_CUTS]; /* the first of them, min(cut_count, SIP_DECODE_CUTS), in the order of decoding */
+    /* The first of them, min(cut_count, SIP_DECODE_CUTS), in the order of decoding. */
+    SIP_DECODE_CUT cuts[SIP_DECODE_CUTS];
 } SIP_DECODE_REPORT;
 
 /* Decodes the length bytes at data into record, as Sip_Decode does the same text.

@@ -95,6 +95,8 @@ int MT_Log_Process(int first, int second, int third, const char *format, ...) {
 }
 
 int Xml_Encode(pXmldoc document, char *out, int *room) {
+    if (*room != 4096)
+        support::host().log.push_back("? room for a document: " + std::to_string(*room));
     const int written = std::snprintf(out, static_cast<std::size_t>(*room), "<xml>%s</xml>", document->content);
     *room -= std::min(written, *room - 1);
     return 0;

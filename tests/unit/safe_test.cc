@@ -73,6 +73,7 @@ TEST(SafeDecode, tells_why_and_where_it_refused) {
     EXPECT_EQ(SIP_Decode_Buffer(nullptr, 1, &record, &report), SIP_DECODE_NULL_ARGUMENT);
     EXPECT_EQ(SIP_Decode_Buffer("", 0, nullptr, &report), SIP_DECODE_NULL_ARGUMENT);
     EXPECT_EQ(report.outcome, SIP_DECODE_NULL_ARGUMENT);
+    EXPECT_EQ(report.left_out, 0);
     EXPECT_EQ(SIP_Decode_Buffer(message().data(), message().size(), &record, nullptr), SIP_DECODE_DONE);
 }
 
@@ -118,12 +119,15 @@ TEST(SafeDecode, tells_which_values_it_cut) {
         {with("Expires: 1" + letters(500)), ""},
         {with("Min-SE: 1" + letters(63)), "- 64>63 5:9"},
         {with("Record-Route: " + letters(100) + "\nRecord-Route: " + letters(200)), "record_route.content 301>127 0:0"},
-        {with("History-Info: <sip:a@h;cause=302>"), ""},
+        {with("History-Info: <sip:a@h;cause=302>, <sip:a@h;cause=30;5x>"), ""},
+        {with("History-Info: <sip:a@h;cause=abcd;x>"), "history_info[0].cause 4>3 0:0"},
         {with("History-Info: <sip:a@h;cause=3021>"), "history_info[0].cause 4>3 0:0"},
         {challenge("algorithm=MD5," + letters(40)), ""},
         {challenge("algorithm=" + letters(40)), "authen.algorithm 40>15 5:36"},
         {challenge("algorithm=" + std::string(25, ',') + "MD5-sess"), "authen.algorithm 8>6 5:61"},
-        {invite + sdp + wire("a=ptime:20\n"), ""},
+        {invite + sdp + wire("a=ptime:20\na=ptime:100"), ""},
+        {invite + sdp + "a=ptime:5\n12", ""},
+        {invite + sdp + "a=ptime:x5123", ""},
         {invite + sdp + wire("a=ptime:100\n"), "sdp.a_ptime 3>2 10:9"},
         {with("Record-Route: " + letters(63) + "\nRecord-Route: " + letters(63)), ""},
         {with("Record-Route: " + letters(63) + "\nRecord-Route: " + letters(64)), "record_route.content 128>127 0:0"},
@@ -131,6 +135,9 @@ TEST(SafeDecode, tells_which_values_it_cut) {
         {with("Record-Route: a\nRecord-Route: " + letters(242)), "- 256>255 6:1 | record_route.content 243>127 0:0"},
         {invite + connection(256), "sdp.fax.fax_addr.ip 256>23 7:10"},
         {invite + connection(257), "- 257>256 7:10 | sdp.fax.fax_addr.ip 256>23 7:10"},
+        {wire("NOTIFY sip:b SIP/2.0\nVia: SIP/2.0/UDP h;branch=z\ni: a\nCSeq: 1 NOTIFY\n\n") + letters(510), ""},
+        {wire("NOTIFY sip:b SIP/2.0\nVia: SIP/2.0/UDP h;branch=z\ni: a\nCSeq: 1 NOTIFY\n\n") + letters(511),
+         "- 511>510 6:1"},
         {wire("INFO sip:b SIP/2.0\nVia: SIP/2.0/UDP h;branch=z\ni: a\nCSeq: 1 INFO\nc: application/dtmf\n\n") +
              letters(32),
          "info.key 32>31 7:1"},

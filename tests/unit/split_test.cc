@@ -39,6 +39,7 @@ const Case headers[] = {
     {"blanks behind the colon are skipped, at the end kept", "Date:\t\x01 d \t\r\n\r\n", "date use=1 datetime=d \\x09"},
     {"no blank before the colon", "Date : d\r\nEvent\t: e\r\n\r\n", ""},
     {"a longer name is another", "Dated: d\r\nxEvent: e\r\n\r\n", ""},
+    {"a compact name alone", "m\r\nk\r\n" + letters(40) + "\r\n\r\n", ""},
     {"a shorter name is another", "Dat: d\r\nE: e\r\n: x\r\n\r\n", ""},
     {"the first of two counts, empty or not", "Date:\r\nEvent: 1\r\nDate: d\r\nEvent: 2\r\n\r\n",
      "event use=1 content=1 | date use=1 datetime="},

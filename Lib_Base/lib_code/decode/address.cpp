@@ -73,10 +73,11 @@ roomy_text without_user_parameters(roomy_text uri, char (&scratch)[longest_value
     if (user_length <= name_length || user_length >= uri.size())
         return uri;
     const text host = drop(user_length, uri);
-    std::memset(scratch, 0, sizeof scratch);
+    const std::size_t length = name_length + host.size();
     std::memcpy(scratch, uri.data(), name_length);
     std::memcpy(scratch + name_length, host.data(), host.size());
-    return {scratch, name_length + host.size()};
+    std::memset(scratch + length, 0, 15);
+    return {scratch, length};
 }
 
 void read_tag(const message &msg, roomy_text value, char (&tag)[128]) {

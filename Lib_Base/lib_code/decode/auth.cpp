@@ -59,7 +59,8 @@ class quoted_value {
     std::size_t width = 0;
 };
 
-// The first item of an algorithm list, as far as it stands at the beginning of the list, or the list as it is when it has none.
+// Stores the first item of a comma list, of which 31 characters are searched. When those are commas alone, the list is stored
+// as it is.
 void store_algorithm(const message &msg, char (&algorithm)[16], text list) {
     constexpr std::size_t longest_list = 31;
     text items = at_most(longest_list, list);
@@ -181,7 +182,7 @@ bool read_authen(const message &msg, SIP_AUTHEN &authen, Text value, authen_head
 }
 
 template <class Text>
-void read_authors(SIP_AUTHOR &author, const message &msg, Text authorization, Text proxy_authorization) {
+void read_credentials(SIP_AUTHOR &author, const message &msg, Text authorization, Text proxy_authorization) {
     store(author.username, {});
     store(author.realm, {});
     store(author.nonce, {});
@@ -194,7 +195,7 @@ void read_authors(SIP_AUTHOR &author, const message &msg, Text authorization, Te
 }
 
 template <class Text>
-void read_authens(SIP_AUTHEN &authen, const message &msg, Text www_authenticate, Text proxy_authenticate) {
+void read_challenge(SIP_AUTHEN &authen, const message &msg, Text www_authenticate, Text proxy_authenticate) {
     if (!read_authen(msg, authen, www_authenticate, www_authenticate_header))
         read_authen(msg, authen, proxy_authenticate, proxy_authenticate_header);
 }
@@ -209,13 +210,13 @@ void read_next_nonce(NEXT_NONCE &next_nonce, const message &msg, Text authentica
 } // namespace
 
 void Parse_Author(SIP_AUTHOR *pauthor, const message &msg) {
-    read_authors(*pauthor, msg, message::roomy(msg.value(header::authorization)),
-                 message::roomy(msg.value(header::proxy_authorization)));
+    read_credentials(*pauthor, msg, message::roomy(msg.value(header::authorization)),
+                     message::roomy(msg.value(header::proxy_authorization)));
 }
 
 void Parse_Authen(SIP_AUTHEN *pauthen, const message &msg) {
-    read_authens(*pauthen, msg, message::roomy(msg.value(header::www_authenticate)),
-                 message::roomy(msg.value(header::proxy_authenticate)));
+    read_challenge(*pauthen, msg, message::roomy(msg.value(header::www_authenticate)),
+                   message::roomy(msg.value(header::proxy_authenticate)));
 }
 
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, const message &msg) {
@@ -282,13 +283,13 @@ int Del_Quote_Mark(char *src, char *dst) {
 void Parse_Author(SIP_AUTHOR *pauthor, SIP_MSG *psip_msg) {
     using namespace sipcode;
     const message msg(*psip_msg);
-    read_authors(*pauthor, msg, msg.value(header::authorization), msg.value(header::proxy_authorization));
+    read_credentials(*pauthor, msg, msg.value(header::authorization), msg.value(header::proxy_authorization));
 }
 
 void Parse_Authen(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg) {
     using namespace sipcode;
     const message msg(*psip_msg);
-    read_authens(*pauthen, msg, msg.value(header::www_authenticate), msg.value(header::proxy_authenticate));
+    read_challenge(*pauthen, msg, msg.value(header::www_authenticate), msg.value(header::proxy_authenticate));
 }
 
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, SIP_MSG *psip_msg) {

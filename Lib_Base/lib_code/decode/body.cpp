@@ -32,8 +32,10 @@ class summary_line {
 
     const char *value() const { return found; }
 
+    static constexpr std::size_t longest_body = 510;
+
   private:
-    char copy[511];
+    char copy[longest_body + 1];
     const char *found;
 };
 
@@ -82,6 +84,7 @@ void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg) {
 void Parse_Message_Summary(const decode_notes &notes, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary) {
     if (pchMesseagSummary == nullptr || *pchMesseagSummary == '\0')
         return;
+    notes.within(summary_line::longest_body, text(pchMesseagSummary));
     if (const summary_line waiting(pchMesseagSummary, "Messages-Waiting: "); waiting.value() != nullptr)
         notes.copy_verbatim(ptMsgSummary->messageswaiting, waiting.value());
     if (const summary_line account(pchMesseagSummary, "Message-Account: "); account.value() != nullptr)

@@ -17,8 +17,11 @@ constexpr std::size_t cause_length = 3;
 
 void Parse_HistoryInfo_Cause(const message &msg, text entry, char (&cause)[16]) {
     const parts found = cut_at("cause=", entry);
-    if (found.found)
-        store(cause, msg.within_digits(cause, cause_length, found.after));
+    if (!found.found)
+        return;
+    store(cause, at_most(cause_length, found.after)); // a ";" that comes earlier included
+    if (const text whole = cut_at(';', found.after).before; whole.size() > cause_length)
+        msg.note_cut(cause, whole, cause_length);
 }
 
 } // namespace

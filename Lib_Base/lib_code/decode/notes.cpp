@@ -20,21 +20,14 @@ int decode_notes::refuse(SIP_DECODE_OUTCOME outcome, const char *header_name, co
     return -1;
 }
 
-text decode_notes::within_digits(const void *member, std::size_t width, text value) const {
-    std::size_t length = width;
-    while (length < value.size() && is_digit(value[length]))
-        ++length;
-    if (length > width)
-        note_cut(static_cast<const char *>(member), at_most(length, value), width);
-    return at_most(width, value);
-}
-
-void decode_notes::note_cut(const char *member, text value, std::size_t kept) const {
+void decode_notes::note_cut(const void *member, text value, std::size_t kept) const {
     if (report == nullptr)
         return;
     if (report->cut_count < SIP_DECODE_CUTS) {
         SIP_DECODE_CUT &cut = report->cuts[report->cut_count];
-        cut.member = member != nullptr ? static_cast<int>(member - reinterpret_cast<const char *>(target)) : -1;
+        cut.member = member != nullptr
+                         ? static_cast<int>(static_cast<const char *>(member) - reinterpret_cast<const char *>(target))
+                         : -1;
         cut.length = static_cast<unsigned>(value.size());
         cut.kept = static_cast<unsigned>(kept);
         cut.at = offset_of(value.data());

@@ -27,8 +27,6 @@ class decode_notes {
         return at_most(longest, value);
     }
     roomy_text within(std::size_t longest, roomy_text value) const { return roomy_text(within(longest, text(value))); }
-    // A number that is read to a fixed width, for the member that it goes to: further digits are cut.
-    text within_digits(const void *member, std::size_t width, text value) const;
     // The store of headers kept verbatim: the host's, whose bound counts the terminator.
     template <int N>
     void copy_verbatim(char (&member)[N], text value, int bound = N - 1) const {
@@ -36,7 +34,7 @@ class decode_notes {
         if (const auto longest = static_cast<std::size_t>(bound - 1); value.size() > longest)
             note_cut(member, value, longest);
     }
-    void note_cut(const char *member, text value, std::size_t kept) const;
+    void note_cut(const void *member, text value, std::size_t kept) const;
 
     // Notes why the message is refused and where; a null place is the end of the header section. Returns -1.
     int refuse(SIP_DECODE_OUTCOME outcome, const char *header_name, const char *place) const;

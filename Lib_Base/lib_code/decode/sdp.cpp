@@ -151,14 +151,22 @@ struct media_line {
     text payloads = no_payloads;
 };
 
+// Of a character behind "RTP/AVP": whether it makes another profile of it, as in "RTP/AVPF". Those that RFC 4566 has in words do,
+// but for the digits, with which the list may begin.
+constexpr bool goes_on_as_profile(char c) {
+    const char letter = lower(c);
+    return (letter >= 'a' && letter <= 'z') || text("/!#$%&'*+-.^_`{|}~").find(c) != text::npos;
+}
+
 // What follows the profile word, secure and feedback profiles included; a line without one has no list.
 text payload_list(scanner items) {
     items.white_space();
     if (const text rest = items.rest(); rest.empty() || is_digit(rest.front()))
         return "";
-    if (scanner list = items; list.literal("RTP/AVP") && is_digit(*list.rest().data()))
-        return list.rest(); // "RTP/AVP0 8": no blank is needed there
-    items.word();
+    if (scanner list = items; list.literal("RTP/AVP") && !goes_on_as_profile(*list.rest().data()))
+        items = list; // "RTP/AVP0 8": no blank is needed there
+    else
+        items.word();
     items.white_space();
     return items.rest();
 }
@@ -398,12 +406,18 @@ body_marks find_marks(text body, const message &msg) {
     return marks;
 }
 
+void read_packet_time(const message &msg, text value, int &milliseconds) {
+    constexpr std::size_t longest = 2; // 100 is taken as 10
+    milliseconds = Str_Atoi(terminated<longest>(value).c_str());
+    const auto digits =
+        static_cast<std::size_t>(std::find_if_not(value.begin(), value.end(), is_digit) - value.begin());
+    if (digits > longest)
+        msg.note_cut(&milliseconds, at_most(digits, value), longest);
+}
+
 void Parse_Sdp_Audio_Media(SIP_SDP *SDP, const message &msg, const body_marks &found) {
-    if (found.packet_time.data() != nullptr) {
-        constexpr std::size_t width = 2; // 100 is taken as 10
-        const text digits = msg.within_digits(&SDP->a_ptime, width, found.packet_time);
-        SDP->a_ptime = Str_Atoi(terminated<width>(digits).c_str());
-    }
+    if (found.packet_time.data() != nullptr)
+        read_packet_time(msg, found.packet_time, SDP->a_ptime);
     SDP->a_media = found.media == no_direction ? sendrecv : found.media;
 }
 

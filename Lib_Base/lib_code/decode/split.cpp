@@ -157,7 +157,7 @@ struct received {
 };
 
 // Walks the bytes from 0 to CR, which hold every line end, the terminator and hardly anything else: one comparison finds them
-// all. The text can be read up to a whole block.
+// all. Every byte of the block that holds the terminator must be readable.
 class line_end_finder {
   public:
     explicit line_end_finder(char *begin) : block(begin), mask(matches_up_to(begin, '\r')) {}
@@ -215,8 +215,8 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
             std::memset(at, 0, 2);
             places.pass();
         } else if (*at == '\n') {
-            // An LF before the line belongs to a CR at the end of the block before.
-            if (at < line || (at - whole.begin >= 2 && at[-2] == ','))
+            // The comma is looked for two bytes before the LF, as if this were a CR LF.
+            if (at - whole.begin >= 2 && at[-2] == ',')
                 continue;
             *at = '\0';
             next_line = at + 1;
