@@ -312,12 +312,11 @@ void message::index_headers(ReadableBytes readable_bytes) {
         const line_start start(line, readable_bytes(line));
         const std::size_t length = start.name_length();
         const std::uint8_t name = length == 0 ? no_header : start.header_of(length);
-        const line_set this_line = line_set{1} << i;
         if (name == no_header) { // but lines count as Via or Record-Route by how they begin
-            vias |= start.begins(via) ? this_line : 0;
-            record_routes |= start.begins(record_route) ? this_line : 0;
+            vias |= line_set{start.begins(via)} << i;
+            record_routes |= line_set{start.begins(record_route)} << i;
         } else if (first_line[name] != 0) {
-            count_line(static_cast<header>(name), this_line);
+            count_line(static_cast<header>(name), line_set{1} << i);
         } else {
             first_line[name] = static_cast<std::uint8_t>(i + 1);
             const char *value = line.data() + length + 1;
