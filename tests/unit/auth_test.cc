@@ -43,6 +43,7 @@ const Case parameters[] = {
     {"stale and what follows it", R"(STALE=faLSErealm="r")", "author stale=0 realm=r"},
     {"quoted stale", R"(stale="TRUE")", ""},
     {"stale that is neither", R"(stale=TRU,realm="r")", "author realm=r"},
+    {"name in place of stale", R"(stale=realm="r")", "author realm=r"},
     {"stale of both", "stale=TRUEstale=FALSE", "author stale=0"},
     {"long values",
      "username=\"" + letters(63) + "\",realm=\"" + letters(64) + "\",nonce=\"" + letters(127) +

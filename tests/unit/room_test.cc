@@ -6,6 +6,7 @@
 
 #include "support/clock.h"
 #include "support/encoding.h"
+#include "support/recording_host.h"
 #include "support/rendering.h"
 
 #include <sipcode/decode.h>
@@ -110,6 +111,15 @@ TEST_F(Room, of_a_response) {
     std::memset(document.content, 'x', sizeof document.content - 1); // a length of four digits
     const SIP_CODE_MSG record = longest(response, "xml.use=1 | info.use=0 | sdp.a_use=0 | sdp.fax_use=0", &document);
     EXPECT_EQ(length_of(render_response, record) + 1, SIP_RESPONSE_SIZE);
+}
+
+TEST(DocumentRoom, is_told_to_the_host) {
+    Xmldoc document{};
+    SIP_CODE_MSG record = record_of("method=20 | cseq.method=5 | content.use=1 | xml.use=1");
+    record.xml.xml = &document;
+    host().log.clear();
+    EXPECT_NE(encode_response(record).text.find("<xml>"), std::string::npos);
+    EXPECT_EQ(host().log, std::vector<std::string>{}) << "4096 bytes";
 }
 
 TEST_F(Room, of_a_session_description) {
