@@ -191,7 +191,9 @@ TEST_F(Check, ValuesGrownToTheirLimits) {
                              finding.place.end > value.at));
                 });
                 const bool is_whole = held == text.substr(value.at, size);
-                ASSERT_EQ(found == findings.end(), is_whole) << held;
+                const bool is_told = found != findings.end();
+                const bool is_told_of_summary = is_told && found->member.empty() && value.member == "msg_sdp.content";
+                ASSERT_EQ(is_told && !is_told_of_summary, !is_whole) << held;
                 ++(is_whole ? kept : cut);
                 if (is_whole || found->member.empty())
                     continue;
