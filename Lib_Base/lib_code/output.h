@@ -222,9 +222,9 @@ template <place Where, bool EndsLine, std::size_t N>
     for (std::size_t at = 0; at + 16 <= N; at += 16) {
         const unsigned suspicious = suspicious16<Where>(member + at);
         if (const unsigned terminators = matches16(member + at, '\0'); terminators != 0) {
-            const unsigned in_text = (terminators - 1) & ~terminators;
-            const std::size_t size = at + static_cast<std::size_t>(std::countr_zero(terminators));
-            return (suspicious & in_text) == 0 && !(EndsLine && size != 0 && member[size - 1] == ',');
+            const auto left = static_cast<std::size_t>(std::countr_zero(terminators));
+            const unsigned in_text = (1U << left) - 1;
+            return (suspicious & in_text) == 0 && !(EndsLine && at + left != 0 && member[at + left - 1] == ',');
         }
         if (suspicious != 0)
             return false;
