@@ -243,9 +243,9 @@ void judge_cut(std::string_view text, const SIP_DECODE_CUT &cut) {
     if (cut.member == -1)
         return;
     const auto takes = [&cut](const Leaf &leaf) {
-        return leaf.is_text() && leaf.offset == static_cast<std::size_t>(cut.member) && cut.kept < leaf.member->size;
+        return leaf.offset == static_cast<std::size_t>(cut.member) && (!leaf.is_text() || cut.kept < leaf.member->size);
     };
-    demand(std::any_of(leaves().begin(), leaves().end(), takes), "what was kept fits in a text of the record");
+    demand(std::any_of(leaves().begin(), leaves().end(), takes), "what was kept fits in a member of the record");
 }
 
 void judge_report(std::string_view data, const SIP_DECODE_REPORT &report) {
