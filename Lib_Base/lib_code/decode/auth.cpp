@@ -127,7 +127,7 @@ constexpr text_parameter<NEXT_NONCE> info_parameters[] = {
 // end in one are compared. Without a place for it, stale is a name like any other.
 template <class Text, class Record, std::size_t N>
 void scan_parameters(const message &msg, Text value, std::size_t from, const text_parameter<Record> (&names)[N],
-                     Record &record, int *stale) {
+                     Record &record, int *stale) { // NOLINT(readability-non-const-parameter): read_stale sets it
     for (;;) {
         const auto name_value = cut_at('=', drop(from, value));
         if (!name_value.found)
