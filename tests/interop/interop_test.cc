@@ -49,6 +49,8 @@ SIP_CODE_MSG ready_to_send(SIP_CODE_MSG record, int method) {
     record.history_info[0].use = 0; // received without a host
     record.author.use = is_request(record) ? record.author.use : 0;
     record.authen.use = is_request(record) ? 0 : record.authen.use;
+    if (!is_request(record) && record.message_summary.use == 1)
+        record.content.use = 0; // a response carries no summary
     if (record.author.use == 1)
         record.author.author_type += 2; // the challenge that is answered
     record.korvadex[0] = record.callparty.user[0] = '\0';
@@ -57,11 +59,12 @@ SIP_CODE_MSG ready_to_send(SIP_CODE_MSG record, int method) {
 
 // Every sample with every method, or with every status.
 std::vector<Written> written_messages() {
-    testing::internal::CaptureStdout(); // the library prints the video section of a session description
     std::vector<Written> written;
     for (message &sample : sample_messages()) {
         SIP_CODE_MSG received;
+        testing::internal::CaptureStdout(); // the library prints the video section of a session description
         decode(sample.text, received);
+        testing::internal::GetCapturedStdout();
         for (int method = SIP_REQUEST_MSG_REGISTER; method < SIP_CODE_METHOD_COUNT; ++method) {
             SIP_CODE_MSG record = ready_to_send(received, method);
             if (method % 2 == 0 && record.sdp.a_use == 1) { // lines made from the codecs instead of the received ones
@@ -71,7 +74,6 @@ std::vector<Written> written_messages() {
             write(sample.name + " as " + decode_methods[method].text, record, written);
         }
     }
-    testing::internal::GetCapturedStdout();
     return written;
 }
 
