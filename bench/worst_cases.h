@@ -1,4 +1,4 @@
-// Messages that make one decoder work as hard as their length allows, and the ordinary ones that they are held against.
+// Messages that make one decoder work as hard as their length allows.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace linear {
+namespace bench {
 
 // One unit, repeated between a beginning and an end.
 struct WorstCase {
@@ -21,7 +21,4 @@ struct WorstCase {
 
 std::span<const WorstCase> worst_cases();
 
-// An INVITE as phones send it, of at most length bytes and little less: header lines and session description grow together.
-std::string plain_message(std::size_t length);
-
-} // namespace linear
+} // namespace bench
