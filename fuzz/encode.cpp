@@ -1,7 +1,6 @@
 // A record that anyone may have filled, written as a request and as a response.
 #include "judge.h"
 #include "judge_encode.h"
-#include "record_text.h"
 
 int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
     static SIP_CODE_MSG record;

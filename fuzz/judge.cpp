@@ -5,111 +5,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <vector>
 
 #include <sipcode/decode.h>
 #include <sipcode/safe.h>
-#include <sys/mman.h>
 
 namespace fuzz {
 
-void demand(bool holds, const char *reason) {
-    if (holds)
-        return;
-    std::fprintf(stderr, "violated: %s\n", reason);
-    std::abort();
-}
-
 // ---------------------------------------------------------------------------------------------------------------------
 
 namespace {
-
-constexpr std::size_t page = 4096;
-constexpr std::size_t fence_size = 64;
-constexpr char fence_byte = 0x5C;
-
-// Fresh from the heap, which memory checkers know to hold nothing. By a pointer, as compilers know that too and would leave out
-// a copy of it.
-char *allocate(std::size_t size) {
-    static void *(*volatile allocator)(std::size_t) = std::malloc;
-    void *const memory = allocator(size);
-    demand(memory != nullptr, "memory that holds nothing");
-    return static_cast<char *>(memory);
-}
-
-} // namespace
-
-Arena::Arena(std::size_t capacity) : room_((capacity + fence_size + page - 1) / page * page) {
-    void *const all = mmap(nullptr, room_ + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    demand(all != MAP_FAILED, "pages to place memory in");
-    pages_ = static_cast<char *>(all) + page;
-    demand(mprotect(pages_, room_, PROT_READ | PROT_WRITE) == 0, "pages to place memory in");
-}
-
-char *Arena::place(std::size_t size, Side guarded) {
-    demand(size + fence_size <= room_, "room for what is placed");
-    char *const placed = guarded == Side::before ? pages_ : pages_ + room_ - size;
-    fence_ = guarded == Side::before ? placed + size : placed - fence_size;
-    std::memset(fence_, fence_byte, fence_size);
-    return placed;
-}
-
-char *Arena::fill(std::size_t size, unsigned char byte, Side guarded) {
-    char *const placed = place(size, guarded);
-    std::memset(placed, byte, size);
-    return placed;
-}
-
-char *Arena::undefined(std::size_t size, Side guarded) {
-    char *const fresh = allocate(size);
-    char *const placed = copy({fresh, size}, guarded);
-    std::free(fresh);
-    return placed;
-}
-
-char *Arena::copy(std::string_view bytes, Side guarded) {
-    char *const placed = place(bytes.size(), guarded);
-    if (!bytes.empty())
-        std::memcpy(placed, bytes.data(), bytes.size());
-    return placed;
-}
-
-char *Arena::copy_terminated(std::string_view text, Side guarded) {
-    char *const placed = fill(text.size() + 1, 0, guarded);
-    if (!text.empty())
-        std::memcpy(placed, text.data(), text.size());
-    return placed;
-}
-
-void Arena::demand_intact() const {
-    demand(std::all_of(fence_, fence_ + fence_size, [](char c) { return c == fence_byte; }), "no write out of bounds");
-}
-
-Arena::Side side_for(std::size_t number) { return number % 2 == 0 ? Arena::Side::behind : Arena::Side::before; }
-
-// ---------------------------------------------------------------------------------------------------------------------
-
-namespace {
-
-void list_leaves(const sipcode::Record &description, std::size_t offset, const char *outer, std::vector<Leaf> &found) {
-    for (const sipcode::Member &member : description.members)
-        for (std::size_t i = 0; i < member.count; ++i) {
-            Leaf leaf{{}, &member, offset + member.offset + i * member.size};
-            const int name = std::snprintf(leaf.path, sizeof leaf.path, "%s%s%.*s", outer, *outer == '\0' ? "" : ".",
-                                           static_cast<int>(member.name.size()), member.name.data());
-            const auto end = static_cast<std::size_t>(name);
-            if (member.is_array)
-                std::snprintf(leaf.path + end, sizeof leaf.path - end, "[%zu]", i);
-            if (member.kind == sipcode::Kind::record)
-                list_leaves(*member.record, leaf.offset, leaf.path, found);
-            else
-                found.push_back(leaf);
-        }
-}
-
-std::string_view text_of(const Leaf &leaf, const SIP_CODE_MSG &record) {
-    return sipcode::text_of(*leaf.member, leaf.in(record));
-}
 
 void show(const Leaf &leaf, const SIP_CODE_MSG &record) {
     if (leaf.is_text())
@@ -123,57 +27,11 @@ void show(const Leaf &leaf, const SIP_CODE_MSG &record) {
 
 } // namespace
 
-std::span<const Leaf> leaves() {
-    static const std::vector<Leaf> all = [] {
-        std::vector<Leaf> found;
-        list_leaves(sipcode::code_record(), 0, "", found);
-        return found;
-    }();
-    return all;
-}
-
-bool equal(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
-    return leaf.is_text() ? text_of(leaf, a) == text_of(leaf, b)
-                          : std::memcmp(leaf.in(a), leaf.in(b), leaf.member->size) == 0;
-}
-
-bool is_within(std::string_view member, const Leaf &leaf) {
-    const std::string_view path = leaf.path;
-    return path.starts_with(member) &&
-           (member.empty() || path.size() == member.size() || path[member.size()] == '.' || path[member.size()] == '[');
-}
-
-namespace {
-
-std::string_view path_of(const Leaf *leaf) { return leaf->path; }
-
-// In the order of their paths: those within a member stand together.
-std::span<const Leaf *const> leaves_by_path() {
-    static const std::vector<const Leaf *> sorted = [] {
-        std::vector<const Leaf *> all;
-        for (const Leaf &leaf : leaves())
-            all.push_back(&leaf);
-        std::ranges::sort(all, {}, path_of);
-        return all;
-    }();
-    return sorted;
-}
-
-} // namespace
-
-const Leaf *leaf_named(std::string_view path) {
-    const auto all = leaves_by_path();
-    const auto found = std::ranges::lower_bound(all, path, {}, path_of);
-    return found != all.end() && path_of(*found) == path ? *found : nullptr;
-}
-
 void demand_equal_within(std::string_view member, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
-    const auto all = leaves_by_path();
-    for (auto at = std::ranges::lower_bound(all, member, {}, path_of);
-         at != all.end() && path_of(*at).starts_with(member); ++at)
-        if (is_within(member, **at) && !equal(**at, a, b)) {
-            show(**at, a);
-            show(**at, b);
+    for (const Leaf &leaf : leaves())
+        if (is_within(member, leaf) && !equal(leaf, a, b)) {
+            show(leaf, a);
+            show(leaf, b);
             demand(false, reason);
         }
 }

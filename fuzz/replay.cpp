@@ -1,4 +1,5 @@
-// A fuzz target as a test: judges each file of the directories that are named.
+// A fuzz target as a test: judges each file of the named directories, and variants of it: prefixes and replaced bytes.
+// Usage: fuzz_replay_TARGET [--variants N] DIRECTORY...     N of each kind a file; 300 unless given
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -9,6 +10,26 @@
 
 namespace {
 
+std::size_t variants = 300; // of each kind
+
+void judge(const char *bytes, std::size_t size) {
+    LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char *>(bytes), size);
+}
+
+// At places all over the text, in turn with the bytes that separate its parts.
+void judge_variants(char *text, std::size_t size) {
+    static constexpr char bytes[] = "\r\n,;:=\"<>@%/ \0\1a5\xFF";
+    const std::size_t step = size / (variants + 1) + 1;
+    std::size_t turn = size;
+    for (std::size_t at = 0; variants != 0 && at < size; at += step) {
+        judge(text, at);
+        const char kept = text[at];
+        text[at] = bytes[++turn % (sizeof bytes - 1)];
+        judge(text, size);
+        text[at] = kept;
+    }
+}
+
 // False when it cannot be read.
 bool replay_file(const char *path) {
     static char content[fuzz::longest_input];
@@ -18,8 +39,10 @@ bool replay_file(const char *path) {
     const std::size_t size = std::fread(content, 1, sizeof content, file);
     const bool is_whole = std::ferror(file) == 0 && std::fgetc(file) == EOF;
     std::fclose(file);
-    if (is_whole)
-        LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char *>(content), size);
+    if (is_whole) {
+        judge(content, size);
+        judge_variants(content, size);
+    }
     return is_whole;
 }
 
@@ -48,8 +71,13 @@ int replay_directory(const char *directory) {
 int main(int count, char **directories) {
     if (std::freopen("/dev/null", "w", stdout) == nullptr) // the library's own diagnostics
         return EXIT_FAILURE;
+    int first = 1;
+    if (count > 2 && std::strcmp(directories[1], "--variants") == 0) {
+        variants = std::strtoul(directories[2], nullptr, 10);
+        first = 3;
+    }
     int replayed = 0;
-    for (int i = 1; i < count; ++i) {
+    for (int i = first; i < count; ++i) {
         const int files = replay_directory(directories[i]);
         if (files <= 0) {
             std::fprintf(stderr, "no files, or one that cannot be read: %s\n", directories[i]);

@@ -5,33 +5,13 @@
 
 #include <gtest/gtest.h>
 
-#include "record.h"
 #include "support/guarded.h"
+#include "support/members.h"
 #include "support/recording_host.h"
 
 namespace support {
 
 namespace {
-
-// Where a text or number stands in the record; looked up once, as thousands of decodes are shown.
-struct Place {
-    std::string path;
-    const sipcode::Member &member;
-    std::size_t offset;
-};
-
-const std::vector<Place> &places() {
-    static const std::vector<Place> all = [] {
-        std::vector<Place> found;
-        const SIP_CODE_MSG record{};
-        sipcode::for_each_leaf(record, [&](const auto &leaf) {
-            const auto *const begin = reinterpret_cast<const std::byte *>(&record);
-            found.push_back({std::string(leaf.path), leaf.member, static_cast<std::size_t>(leaf.element - begin)});
-        });
-        return found;
-    }();
-    return all;
-}
 
 std::string printable(std::string_view text) {
     static constexpr char digits[] = "0123456789ABCDEF";
@@ -50,24 +30,24 @@ std::string printable(std::string_view text) {
     return shown;
 }
 
-std::string value_at(const Place &place, const std::byte *element) {
-    if (place.member.kind == sipcode::Kind::pointer)
+std::string value_of(const Leaf &leaf, const SIP_CODE_MSG &record) {
+    if (leaf.member->kind == sipcode::Kind::pointer)
         return "(pointer)";
-    if (place.member.kind == sipcode::Kind::number)
-        return std::to_string(sipcode::number_of(place.member, element));
-    const std::string_view text = sipcode::text_of(place.member, element);
-    return text.size() == place.member.size ? "(not terminated)" : printable(text);
+    if (leaf.is_number())
+        return std::to_string(sipcode::number_of(*leaf.member, leaf.in(record)));
+    const std::string_view text = text_of(leaf, record);
+    return text.size() == leaf.member->size ? "(not terminated)" : printable(text);
 }
 
 } // namespace
 
 Members members_of(const SIP_CODE_MSG &record, unsigned char before, int result) {
     Members members{{"result", std::to_string(result)}};
-    for (const Place &place : places()) {
-        const std::byte *const element = reinterpret_cast<const std::byte *>(&record) + place.offset;
+    for (const Leaf &leaf : leaves()) {
+        const std::byte *const element = leaf.in(record);
         const bool touched =
-            std::any_of(element, element + place.member.size, [=](std::byte b) { return b != std::byte{before}; });
-        members.emplace_back(place.path, touched ? std::optional(value_at(place, element)) : std::nullopt);
+            std::any_of(element, element + leaf.member->size, [=](std::byte b) { return b != std::byte{before}; });
+        members.emplace_back(leaf.path, touched ? std::optional(value_of(leaf, record)) : std::nullopt);
     }
     return members;
 }

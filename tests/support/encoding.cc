@@ -55,6 +55,20 @@ std::vector<std::string> line_changes(std::string_view from, std::string_view to
 
 } // namespace
 
+SIP_CODE_MSG record_of(std::string_view list) {
+    SIP_CODE_MSG record;
+    EXPECT_TRUE(read_record(list, record)) << list;
+    return record;
+}
+
+std::string difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
+    std::string paths;
+    for (const Leaf &leaf : leaves())
+        if (!equal(leaf, a, b))
+            paths.append(leaf.path).append("\n");
+    return paths;
+}
+
 Encoded encode_request(const SIP_CODE_MSG &record) {
     return written(SIP_REQUEST_SIZE, record, SIP_Encode_Message_Reuqest);
 }

@@ -18,6 +18,12 @@ struct Encoded {
     SIP_CODE_MSG record;
 };
 
+// A record whose members are set as read_record does. Every line must name a member.
+SIP_CODE_MSG record_of(std::string_view list);
+
+// The members in which two records differ; texts count up to their terminator.
+std::string difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b);
+
 // Encodes a record that ends at an unreadable page into a buffer of the stated room that does.
 Encoded encode_request(const SIP_CODE_MSG &record);
 Encoded encode_response(const SIP_CODE_MSG &record);

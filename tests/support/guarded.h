@@ -1,32 +1,26 @@
-// Memory between two unreadable pages. It begins behind the one or ends in front of the other, so that one byte before or one
-// past it faults; what is written into the rest of its pages shows.
+// One object in memory of its own that ends at an unreadable page.
 #pragma once
 
-#include <cstddef>
-#include <string_view>
+#include "support/arena.h"
 
 namespace support {
 
-enum class Side { before, behind };
-
 class Guarded {
   public:
-    // Writable, every byte as given.
-    Guarded(std::size_t size, unsigned char fill, Side guarded = Side::behind);
+    // Every byte as given.
+    Guarded(std::size_t size, unsigned char fill) : pages_(size), data_(pages_.fill(size, fill)) {}
 
-    // A terminated text that cannot be written.
-    explicit Guarded(std::string_view text, Side guarded = Side::behind);
+    // A terminated text.
+    explicit Guarded(std::string_view text) : pages_(text.size() + 1), data_(pages_.copy_terminated(text)) {}
 
-    // The bytes alone, which cannot be written.
-    static Guarded bytes(std::string_view bytes, Side guarded = Side::behind);
-
-    Guarded(Guarded &&other) noexcept;
-    ~Guarded();
+    // The bytes alone.
+    static Guarded bytes(std::string_view bytes) {
+        Guarded memory(bytes.size(), 0);
+        bytes.copy(memory.data_, bytes.size());
+        return memory;
+    }
 
     char *data() const { return data_; }
-
-    // Whether all bytes of the pages around the memory are as they were.
-    bool intact() const;
 
     template <typename T>
     T &as() const {
@@ -34,12 +28,7 @@ class Guarded {
     }
 
   private:
-    Guarded(std::size_t size, Side guarded);
-    void protect() const;
-
-    std::size_t size_;
-    std::size_t room_; // whole pages between the unreadable ones
-    char *pages_;
+    Arena pages_;
     char *data_;
 };
 

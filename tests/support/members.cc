@@ -1,87 +1,162 @@
 #include "support/members.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdio>
 #include <cstring>
-#include <stdexcept>
-#include <unordered_map>
-
-#include "support/decoding.h"
+#include <vector>
 
 namespace support {
 
-const std::vector<Place> &places() {
-    static const std::vector<Place> all = [] {
-        std::vector<Place> found;
-        const SIP_CODE_MSG record{};
-        sipcode::for_each_leaf(record, [&](const auto &leaf) {
-            const auto *const begin = reinterpret_cast<const std::byte *>(&record);
-            found.push_back({std::string(leaf.path), leaf.member, static_cast<std::size_t>(leaf.element - begin)});
-        });
+namespace {
+
+void list_leaves(const sipcode::Record &description, std::size_t offset, const char *outer, std::vector<Leaf> &found) {
+    for (const sipcode::Member &member : description.members)
+        for (std::size_t i = 0; i < member.count; ++i) {
+            Leaf leaf{{}, &member, offset + member.offset + i * member.size};
+            const int name = std::snprintf(leaf.path, sizeof leaf.path, "%s%s%.*s", outer, *outer == '\0' ? "" : ".",
+                                           static_cast<int>(member.name.size()), member.name.data());
+            const auto end = static_cast<std::size_t>(name);
+            if (member.is_array)
+                std::snprintf(leaf.path + end, sizeof leaf.path - end, "[%zu]", i);
+            if (member.kind == sipcode::Kind::record)
+                list_leaves(*member.record, leaf.offset, leaf.path, found);
+            else
+                found.push_back(leaf);
+        }
+}
+
+} // namespace
+
+std::string_view text_of(const Leaf &leaf, const SIP_CODE_MSG &record) {
+    return sipcode::text_of(*leaf.member, leaf.in(record));
+}
+
+void set_text(const Leaf &leaf, SIP_CODE_MSG &record, std::string_view text) {
+    std::memset(leaf.in(record), 0, leaf.member->size);
+    std::memcpy(leaf.in(record), text.data(), std::min(text.size(), leaf.member->size));
+}
+
+std::span<const Leaf> leaves() {
+    static const std::vector<Leaf> all = [] {
+        std::vector<Leaf> found;
+        list_leaves(sipcode::code_record(), 0, "", found);
         return found;
     }();
     return all;
 }
 
-const Place &place(std::string_view path) {
-    static const auto by_path = [] {
-        std::unordered_map<std::string_view, const Place *> map;
-        for (const Place &one : places())
-            map.emplace(one.path, &one);
-        return map;
-    }();
-    const auto found = by_path.find(path);
-    if (found == by_path.end())
-        throw std::invalid_argument("no such member: " + std::string(path));
-    return *found->second;
+bool equal(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
+    return leaf.is_text() ? text_of(leaf, a) == text_of(leaf, b)
+                          : std::memcmp(leaf.in(a), leaf.in(b), leaf.member->size) == 0;
 }
 
-long number_at(const SIP_CODE_MSG &record, std::string_view path) {
-    const Place &at = place(path);
-    return sipcode::number_of(at.member, at.in(record));
+bool is_within(std::string_view member, const Leaf &leaf) {
+    const std::string_view path = leaf.path;
+    return path.starts_with(member) &&
+           (member.empty() || path.size() == member.size() || path[member.size()] == '.' || path[member.size()] == '[');
 }
 
-std::string text_at(const SIP_CODE_MSG &record, std::string_view path) {
-    const Place &at = place(path);
-    return std::string(sipcode::text_of(at.member, at.in(record)));
+const Leaf *leaf_named(std::string_view path) {
+    const auto all = leaves();
+    const auto found = std::ranges::find_if(all, [path](const Leaf &leaf) { return path == leaf.path; });
+    return found != all.end() ? &*found : nullptr;
 }
 
-void set_text(SIP_CODE_MSG &record, const Place &at, std::string_view text) {
-    std::memset(at.in(record), 0, at.member.size);
-    std::memcpy(at.in(record), text.data(), std::min(text.size(), at.member.size));
+namespace {
+
+long to_number(std::string_view digits, int base) {
+    long number = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), number, base);
+    return number;
 }
 
-std::string difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b) {
-    std::string paths;
-    for (const Place &at : places())
-        if (at.is_text() ? text_at(a, at.path) != text_at(b, at.path)
-                         : std::memcmp(at.in(a), at.in(b), at.member.size) != 0)
-            paths += at.path + "\n";
-    return paths;
+// By the name of its value, or in digits.
+long to_value(const sipcode::Member &member, std::string_view text) {
+    constexpr long last = 110;
+    for (long value = 0; member.value_name != nullptr && !text.empty() && value <= last; ++value)
+        if (member.value_name(value) == text)
+            return value;
+    return to_number(text, 10);
 }
 
-SIP_CODE_MSG record_of(std::string_view list) {
-    constexpr long highest_named = 200;
-    SIP_CODE_MSG record{};
-    for (const std::string &entry : entries(list)) {
-        const std::size_t equals = std::min(entry.find('='), entry.size());
-        std::string value = entry.substr(std::min(equals + 1, entry.size()));
-        for (const auto &[written, meant] : {std::pair{"\\r", "\r"}, {"\\n", "\n"}, {"\\t", "\t"}})
-            for (std::size_t at = 0; (at = value.find(written)) != value.npos;)
-                value.replace(at, 2, meant);
-        if (entry.empty())
-            continue;
-        const Place &at = place(entry.substr(0, equals));
-        if (at.is_text()) {
-            set_text(record, at, value);
-            continue;
-        }
-        long number = 0;
-        while (at.member.value_name != nullptr && number < highest_named && at.member.value_name(number) != value)
-            ++number;
-        const bool is_named = at.member.value_name != nullptr && number < highest_named;
-        sipcode::store_number(at.member, at.in(record), is_named ? number : std::stol(value));
+// Takes one character of a value; false for the mark that repeats the one before.
+bool take_character(std::string_view &value, char &character) {
+    character = value.front();
+    value.remove_prefix(1);
+    if (character != '\\' || value.empty())
+        return true;
+    const char escape = value.front();
+    value.remove_prefix(1);
+    if (escape == '+')
+        return false;
+    if (escape == 'x') {
+        character = static_cast<char>(to_number(value.substr(0, 2), 16));
+        value.remove_prefix(std::min<std::size_t>(2, value.size()));
+    } else {
+        character = escape == 'r' ? '\r' : escape == 'n' ? '\n' : escape == 't' ? '\t' : escape;
     }
-    return record;
+    return true;
+}
+
+void set_escaped_text(const Leaf &leaf, SIP_CODE_MSG &record, std::string_view value) {
+    char *const begin = reinterpret_cast<char *>(leaf.in(record));
+    char *const end = begin + leaf.member->size;
+    char *at = begin;
+    while (at != end && !value.empty()) {
+        char character = '\0';
+        if (take_character(value, character))
+            *at++ = character;
+        else
+            at = std::fill_n(at, end - at, at == begin ? 'x' : at[-1]);
+    }
+    std::fill(at, end, '\0');
+}
+
+void set_document(SIP_CODE_MSG &record, std::string_view value) {
+    static Xmldoc document{};
+    document.xtype = static_cast<int>(to_number(value, 10) % 256);
+    record.xml.xml = value.empty() ? nullptr : &document;
+}
+
+void set_member(const Leaf &leaf, SIP_CODE_MSG &record, std::string_view value) {
+    if (leaf.is_text())
+        set_escaped_text(leaf, record, value);
+    else if (leaf.member->kind == sipcode::Kind::number)
+        sipcode::store_number(*leaf.member, leaf.in(record), to_value(*leaf.member, value));
+    else
+        set_document(record, value);
+}
+
+// False for a line that names no member; an empty one names none on purpose.
+bool read_assignment(std::string_view line, SIP_CODE_MSG &record) {
+    const std::size_t mark = std::min(line.find('='), line.size());
+    const std::string_view name = line.substr(0, mark);
+    const std::string_view value = line.substr(std::min(mark + 1, line.size()));
+    if (name == "*") {
+        std::memset(static_cast<void *>(&record), static_cast<int>(to_number(value, 16)), sizeof record);
+        record.xml.xml = nullptr;
+        return true;
+    }
+    const Leaf *const leaf = leaf_named(name);
+    if (leaf != nullptr)
+        set_member(*leaf, record, value);
+    return leaf != nullptr || line.empty();
+}
+
+} // namespace
+
+bool read_record(std::string_view text, SIP_CODE_MSG &record) {
+    std::memset(static_cast<void *>(&record), 0, sizeof record);
+    constexpr std::string_view mark = " | ";
+    bool all_named = true;
+    while (!text.empty()) {
+        const std::size_t line = std::min(text.find('\n'), text.size());
+        const std::size_t end = std::min(text.find(mark), line);
+        all_named &= read_assignment(text.substr(0, end), record);
+        text.remove_prefix(std::min(end + (end == line ? 1 : mark.size()), text.size()));
+    }
+    return all_named;
 }
 
 } // namespace support

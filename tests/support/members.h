@@ -1,43 +1,56 @@
-// Members of a record by their paths.
+// Members of a record by their paths, and records as text. Used by the unit tests and the fuzz targets; these run under
+// MemorySanitizer, so only header-only parts of the C++ library are used here.
 #pragma once
 
-#include <string>
+#include <span>
 #include <string_view>
-#include <vector>
+
+#include <sipcode/code.h>
 
 #include "record.h"
 
 namespace support {
 
-// A text or number somewhere in the record.
-struct Place {
-    std::string path;
-    const sipcode::Member &member;
+struct Leaf {
+    char path[64]; // "sdp.rtpmap[0].a_coder"
+    const sipcode::Member *member;
     std::size_t offset;
 
     const std::byte *in(const SIP_CODE_MSG &record) const {
         return reinterpret_cast<const std::byte *>(&record) + offset;
     }
     std::byte *in(SIP_CODE_MSG &record) const { return reinterpret_cast<std::byte *>(&record) + offset; }
-    bool is_text() const { return member.kind == sipcode::Kind::text; }
-    bool is_number() const { return member.kind == sipcode::Kind::number; }
+    bool is_text() const { return member->kind == sipcode::Kind::text; }
+    bool is_number() const { return member->kind == sipcode::Kind::number; }
 };
 
-// All of them, in the order of the record; and one by its path, which must be right.
-const std::vector<Place> &places();
-const Place &place(std::string_view path);
+// All texts, numbers and pointers, in the order of the record.
+std::span<const Leaf> leaves();
 
-long number_at(const SIP_CODE_MSG &record, std::string_view path);
-std::string text_at(const SIP_CODE_MSG &record, std::string_view path);
+// The one with this path, null when there is none.
+const Leaf *leaf_named(std::string_view path);
 
-// Stores a text, without a terminator when it fills the member to its end; what is too long for it is cut.
-void set_text(SIP_CODE_MSG &record, const Place &at, std::string_view text);
+// Texts count up to their terminator.
+bool equal(const Leaf &leaf, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b);
 
-// The members in which two records differ; what stands behind the terminator of a text does not count.
-std::string difference(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b);
+// "via.addr.ip" is within "via.addr" and "via".
+bool is_within(std::string_view member, const Leaf &leaf);
 
-// A zeroed record with members set: "via.branch=z9hG4bK1 | cseq.method=INVITE | sdp.a_content=a=x\r\n". A number may be written
-// as the name of its value.
-SIP_CODE_MSG record_of(std::string_view list);
+std::string_view text_of(const Leaf &leaf, const SIP_CODE_MSG &record);
+
+// Stores a text, without a terminator when it fills the member; what is too long is cut.
+void set_text(const Leaf &leaf, SIP_CODE_MSG &record, std::string_view text);
+
+// Sets the members that a text names, all others to zero:
+//
+//   method=INVITE | cseq.seq=1   on lines, or parted by " | "; a value may be given by its name
+//   *=A5                         all bytes of the record, in hexadecimal digits
+//   callid=ims-a@b               a text is cut at the end of its member, and has no terminator when it fills it
+//   via.branch=a\xFF\r\n         "\\" is a backslash
+//   uri.user=a\+                 the last character again and again, to the end of the member
+//   xml.xml=0                    a document; the number tells how wrong the host is about its length
+//
+// Lines that name no member are passed over. Returns false if there was one.
+bool read_record(std::string_view text, SIP_CODE_MSG &record);
 
 } // namespace support

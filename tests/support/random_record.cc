@@ -44,7 +44,7 @@ const Pool<std::string> texts[] = {
 };
 
 template <typename Value, std::size_t N>
-const std::vector<Value> &values_for(const Pool<Value> (&pools)[N], const std::string &path) {
+const std::vector<Value> &values_for(const Pool<Value> (&pools)[N], std::string_view path) {
     const auto *const pool = std::find_if(std::begin(pools), std::end(pools),
                                           [&path](const Pool<Value> &one) { return path.find(one.part) != path.npos; });
     return pool->values;
@@ -54,16 +54,16 @@ const std::vector<Value> &values_for(const Pool<Value> (&pools)[N], const std::s
 
 SIP_CODE_MSG RandomRecords::next() {
     SIP_CODE_MSG record{};
-    for (const Place &at : places()) {
-        const std::size_t room = at.member.size;
+    for (const Leaf &at : leaves()) {
+        const std::size_t room = at.member->size;
         if (at.is_number()) {
             const std::vector<long> &values = values_for(numbers, at.path);
             const long number = values[below(values.size())];
-            sipcode::store_number(at.member, at.in(record), room == sizeof(long) ? number : static_cast<int>(number));
+            sipcode::store_number(*at.member, at.in(record), room == sizeof(long) ? number : static_cast<int>(number));
         } else if (at.is_text()) {
             const std::vector<std::string> &values = values_for(texts, at.path);
             const std::string long_texts[] = {std::string(room, 'z'), letters(below(room))};
-            set_text(record, at, below(4) == 0 ? long_texts[below(2)] : values[below(values.size())]);
+            set_text(at, record, below(4) == 0 ? long_texts[below(2)] : values[below(values.size())]);
         }
     }
     record.method = static_cast<int>(below(4) == 0 ? 1 + below(48) : 2 + below(14));

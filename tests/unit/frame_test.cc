@@ -1,7 +1,4 @@
-// Framing of a stream: outcomes and lengths as tables, what growing data may change, and that decoding has the same idea of
-// where the header section and the message end.
-#include <random>
-
+// Framing of a stream: outcomes and lengths.
 #include <gtest/gtest.h>
 #include <sipcode/safe.h>
 
@@ -58,31 +55,14 @@ TEST_P(Frames, are_found) {
     EXPECT_EQ(frame(row.data), (Framed{row.outcome, row.length == whole ? row.data.size() : row.length}));
 }
 
-// Whatever grows at its end is undecided until it is decided, and then for good.
-TEST_P(Frames, are_found_at_the_same_place_as_data_grows) {
-    const std::string data = GetParam().data + "\r\n,x\n" + nul + four;
-    std::size_t n = 0;
-    while (n < data.size() && frame(data.substr(0, n)) == Framed{SIP_FRAME_MORE, 0})
-        ++n;
-    const Framed decided = frame(data.substr(0, n));
-    if (decided.outcome == SIP_FRAME_KEEP_ALIVE)
-        return;
-    EXPECT_TRUE(decided.outcome != SIP_FRAME_COMPLETE || decided.length == n) << n;
-    for (; n <= data.size(); ++n)
-        ASSERT_EQ(frame(data.substr(0, n)), decided) << n;
-}
-
 const FrameCase keep_alives[] = {
     {"nothing yet", "", SIP_FRAME_MORE},
     {"CR LF", "\r\n", SIP_FRAME_KEEP_ALIVE, 2},
-    {"twice CR LF, a ping", "\r\n\r\n", SIP_FRAME_KEEP_ALIVE, 4},
     {"LF", "\n", SIP_FRAME_KEEP_ALIVE, 1},
     {"line ends before a message", "\r\n\n\r\n" + four, SIP_FRAME_KEEP_ALIVE, 5},
     {"CR that may get its LF", "\r", SIP_FRAME_MORE},
     {"CR behind CR LF", "\r\n\r", SIP_FRAME_KEEP_ALIVE, 2},
     {"CR before a message is an empty start line", "\r" + four, SIP_FRAME_NO_LENGTH},
-    {"CR CR LF", "\r\r\n", SIP_FRAME_NO_LENGTH},
-    {"blank", " ", SIP_FRAME_MORE},
 };
 INSTANTIATE_TEST_SUITE_P(KeepAlive, Frames, testing::ValuesIn(keep_alives), Title());
 
@@ -101,21 +81,17 @@ const FrameCase ends[] = {
     {"a comma joins the second of two LF", start + "\nl: 1\nX: a,\n\nY: b\n\nx", SIP_FRAME_COMPLETE, whole},
     {"a comma two before LF joins the first of two LF", start + "\nl: 1\nX: ,a\n\nY: b\n\nx", SIP_FRAME_COMPLETE,
      whole},
-    {"a comma that is the first line", ",\nl: 0\n\n", SIP_FRAME_COMPLETE, whole},
-    {"a comma that joins the first line", ",a\n\nl: 0\n\n", SIP_FRAME_COMPLETE, whole},
 };
 INSTANTIATE_TEST_SUITE_P(End, Frames, testing::ValuesIn(ends), Title());
 
 const FrameCase limits[] = {
     {"longest header section", of_headers(4095, 0), SIP_FRAME_COMPLETE, whole},
     {"header section one longer", of_headers(4096, 0), SIP_FRAME_LONG_HEADERS},
-    {"header section of which 4094 bytes are here", of_headers(4096, 0).substr(0, 4094), SIP_FRAME_MORE},
     {"longest message", of_headers(4000, 95) + std::string(95, 'b'), SIP_FRAME_COMPLETE, whole},
     {"message one longer", of_headers(4000, 96) + std::string(96, 'b'), SIP_FRAME_LONG_MESSAGE, 4096},
     {"message one longer, its body to come", of_headers(4000, 96), SIP_FRAME_LONG_MESSAGE, 4096},
     {"body of two gigabytes", of_headers(100, 2147483647), SIP_FRAME_LONG_MESSAGE, 2147483747},
     {"no line end at all", std::string(4095, 'x'), SIP_FRAME_LONG_HEADERS},
-    {"keep-alive of any length", std::string(100000, '\n'), SIP_FRAME_KEEP_ALIVE, whole},
 };
 INSTANTIATE_TEST_SUITE_P(Limit, Frames, testing::ValuesIn(limits), Title());
 
@@ -126,9 +102,7 @@ const FrameCase nuls[] = {
     {"a NUL behind 4094 bytes of headers", std::string(4094, 'x') + nul, SIP_FRAME_NUL},
     {"a NUL behind 4095 bytes of headers", std::string(4095, 'x') + nul, SIP_FRAME_LONG_HEADERS},
     {"a NUL in the body", four + "a" + nul, SIP_FRAME_NUL, four.size() + 4},
-    {"a NUL last in the body", four + "abc" + nul, SIP_FRAME_NUL, four.size() + 4},
     {"a NUL behind the body", four + "abcd" + nul, SIP_FRAME_COMPLETE, four.size() + 4},
-    {"a NUL in a body that is too long", of_headers(100, 4000) + nul, SIP_FRAME_LONG_MESSAGE, 4100},
 };
 INSTANTIATE_TEST_SUITE_P(Nul, Frames, testing::ValuesIn(nuls), Title());
 
@@ -154,12 +128,10 @@ TEST_P(Lengths, are_read) {
 const LengthCase lengths[] = {
     {"in any letter case", "cOnTeNt-LENGTH: 7\r\n", SIP_FRAME_COMPLETE, 7},
     {"compact", "l: 7\r\n", SIP_FRAME_COMPLETE, 7},
-    {"compact, as a capital", "L:7\r\n", SIP_FRAME_COMPLETE, 7},
     {"blanks before the colon", "Content-Length \t: 7\r\n", SIP_FRAME_COMPLETE, 7},
     {"blanks around the value", "l:\t\x01 7 \t\x1F \r\n", SIP_FRAME_COMPLETE, 7},
     {"zeros in front", "l: 00000000000000000000000000007\r\n", SIP_FRAME_COMPLETE, 7},
     {"twice the same, written differently", "l: 7\r\nX: y\r\nContent-Length: 07\r\n", SIP_FRAME_COMPLETE, 7},
-    {"LF alone", "l: 7\n", SIP_FRAME_COMPLETE, 7},
     {"behind a comma that joins lines", "X: a,\r\nl: 7\r\n", SIP_FRAME_COMPLETE, 7},
     {"another behind a comma that joins lines", "l: 7\r\nX: a,\r\nl: 8\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
     {"in a line that begins with a blank", "l: 7\r\n l: 8\r\n", SIP_FRAME_COMPLETE, 7},
@@ -167,28 +139,17 @@ const LengthCase lengths[] = {
     {"none", "X: y\r\n", SIP_FRAME_NO_LENGTH},
     {"a longer name", "Content-Lengthy: 7\r\nll: 7\r\n", SIP_FRAME_NO_LENGTH},
     {"a shorter name", "Content-Lengt: 7\r\n: 7\r\n", SIP_FRAME_NO_LENGTH},
-    {"no colon", "Content-Length 7\r\nl\r\n", SIP_FRAME_NO_LENGTH},
     {"differing", "l: 7\r\nl: 8\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
-    {"the third differing", "l: 7\r\nl: 7\r\nl: 0\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
     {"the second broken", "l: 7\r\nl: x\r\n", SIP_FRAME_BAD_LENGTH},
     {"empty", "l:\r\n", SIP_FRAME_BAD_LENGTH},
-    {"blank", "l: \t\r\n", SIP_FRAME_BAD_LENGTH},
     {"on the next line", "l:\r\n 7\r\n", SIP_FRAME_BAD_LENGTH},
     {"negative", "l: -7\r\n", SIP_FRAME_BAD_LENGTH},
-    {"with a sign", "l: +7\r\n", SIP_FRAME_BAD_LENGTH},
-    {"no number", "l: seven\r\n", SIP_FRAME_BAD_LENGTH},
-    {"hexadecimal", "l: 0x7\r\n", SIP_FRAME_BAD_LENGTH},
     {"something behind it", "l: 7;x\r\n", SIP_FRAME_BAD_LENGTH},
-    {"two numbers", "l: 7 7\r\n", SIP_FRAME_BAD_LENGTH},
     {"a list", "l: 7, 7\r\n", SIP_FRAME_BAD_LENGTH},
     {"a comma that joins lines", "l: 7,\r\nX: y\r\n", SIP_FRAME_BAD_LENGTH},
     {"a CR behind it", "l: 7\rx\r\n", SIP_FRAME_BAD_LENGTH},
     {"a CR before it", "l: \r7\r\n", SIP_FRAME_BAD_LENGTH},
-    {"a CR before the colon", "l\r: 7\r\n", SIP_FRAME_BAD_LENGTH},
-    {"two CR", "l: 7\r\r\n", SIP_FRAME_BAD_LENGTH},
     {"one too large", "l: 2147483648\r\n", SIP_FRAME_BAD_LENGTH},
-    {"4294967303", "l: 4294967303\r\n", SIP_FRAME_BAD_LENGTH},
-    {"18446744073709551623", "l: 18446744073709551623\r\n", SIP_FRAME_BAD_LENGTH},
     {"thousands of digits", "l: " + std::string(3000, '9') + "\r\n", SIP_FRAME_BAD_LENGTH},
 };
 INSTANTIATE_TEST_SUITE_P(Stated, Lengths, testing::ValuesIn(lengths), Title());
@@ -203,30 +164,6 @@ TEST(Frame, null_arguments) {
 TEST(Frame, a_length_as_the_first_line) {
     EXPECT_EQ(frame("l: 1\r\n\r\nx"), (Framed{SIP_FRAME_COMPLETE, 9}));
     EXPECT_EQ(frame("l: 1 SIP/2.0\r\n\r\nx"), (Framed{SIP_FRAME_BAD_LENGTH, 0}));
-}
-
-// Messages of pieces that matter to lines: the body that the decoder finds is as long as framing says.
-TEST(Frame, agrees_with_decoding) {
-    const std::string pieces[] = {"\r",   "\n",   "\r\n", ",",        ",\r\n",    "\n\n",
-                                  ",a\n", "X: y", " ",    "\r\n\r\n", "\r\n,\r\n"};
-    std::mt19937 draw(1);
-    int complete = 0;
-    for (int i = 0; i < 20000; ++i) {
-        std::string text = "OPTIONS sip:h SIP/2.0\r\nVia: v\r\nCall-ID: c\r\nCSeq: 1 OPTIONS\r\nl: 9\r\n";
-        for (auto n = draw() % 8; n > 0; --n)
-            text += pieces[draw() % std::size(pieces)];
-        text += "\r\n\r\n123456789";
-        const Framed framed = frame(text);
-        if (framed.outcome != SIP_FRAME_COMPLETE)
-            continue;
-        ++complete;
-        const std::string message = text.substr(0, framed.length);
-        const std::string body = message.substr(message.size() - 9);
-        const Guarded record(sizeof(SIP_CODE_MSG), zero);
-        ASSERT_EQ(Sip_Decode(Guarded(message).data(), &record.as<SIP_CODE_MSG>()), 1) << message;
-        ASSERT_EQ(record.as<SIP_CODE_MSG>().xml_buf, body) << message;
-    }
-    EXPECT_GT(complete, 10000);
 }
 
 } // namespace

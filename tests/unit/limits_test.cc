@@ -165,14 +165,4 @@ TEST(Limits, characters_of_a_message) {
     }
 }
 
-TEST(Limits, characters_of_a_header) {
-    for (const std::string name :
-         {"Via", "From", "To", "Contact", "P-Called-Party-ID", "Session-Expires", "Expires", "RAck", "CSeq"})
-        for (const std::string &value :
-             {letters(3900), "sip:" + letters(3900), "<sip:" + letters(3900), "\"" + letters(3900) + "\" <",
-              repeat(1950, ";="), repeat(1300, "\"<>"), repeat(3900, "9"), "SIP/2.0/UDP " + letters(3900)})
-            expect_whole_members("OPTIONS sip:h SIP/2.0\r\n" + name + ": " + value +
-                                 "\r\ni: c\r\nCSeq: 1 X\r\nv: x\r\n\r\n");
-}
-
 } // namespace
