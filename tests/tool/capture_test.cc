@@ -31,7 +31,6 @@ const std::string bye = message("BYE");
 const std::string ack = message("ACK");
 const std::string long_message = message("MESSAGE", std::string(5000, 'm'));
 const std::string unmeasured = "OPTIONS sip:a@b SIP/2.0\r\nCall-ID: c\r\n\r\n";
-const std::string with_nul = message("NOTIFY", std::string_view("a\0b", 3));
 const std::string ok = "SIP/2.0 200 OK\r\nl : 2\r\n\r\nhi";
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -240,9 +239,6 @@ std::vector<Bytes> rest_of_lost_segment() {
 const Case cases[] = {
     // link layers
     {"Ethernet", pcap(ethernet, {datagram(bye), datagram(ok)}), line(1, "UDP", bye) + line(2, "UDP", ok)},
-    {"VLAN", pcap(ethernet, {bytes(Tins::EthernetII() / Tins::Dot1Q(42) / ip() / udp() / Tins::RawPDU(bye))}),
-     line(1, "UDP", bye)},
-    {"IPv6", pcap(ethernet, {bytes(Tins::EthernetII() / ip6() / udp() / Tins::RawPDU(bye))}), line6(1, bye)},
     {"Linux cooked", pcap(DLT_LINUX_SLL, {behind({0, 0, 0, 1, 0, 6, 1, 2, 3, 4, 5, 6, 0, 0, 8, 0}, bare)}),
      line(1, "UDP", bye)},
     {"Linux cooked, second version",
@@ -260,46 +256,25 @@ const Case cases[] = {
                      bytes(Tins::EthernetII() / ip() / Tins::UDP(9, 9) / Tins::RawPDU("GET / HTTP/1.1\r\n")),
                      bytes(Tins::EthernetII() / Tins::ARP()), segment(1, "GET / HTTP/1.1\r\n\r\n")}),
      ""},
-    {"text on the port of SIP", pcap(ethernet, {datagram("hello")}), line(1, "UDP", "hello")},
-    {"message on any port", pcap(ethernet, {bytes(Tins::EthernetII() / ip() / Tins::UDP(9, 9) / Tins::RawPDU(bye))}),
-     fmt::format("1 UDP 192.0.2.1:9 > 192.0.2.2:9 {} BYE\n", bye.size())},
-    {"padding behind a datagram", pcap(ethernet, {behind(datagram(bye), Bytes(8, 0))}), line(1, "UDP", bye)},
     {"malformed packet", pcap(101, {{0x45, 0, 0}, bare}), line(2, "UDP", bye), 1},
 
     // fragments
-    {"fragments in order", pcap(ethernet, fragments(invite)), line(4, "UDP", invite)},
     {"fragments the other way round", pcap(ethernet, reversed(fragments(invite))), line(4, "UDP", invite)},
-    {"fragments of two packets mixed",
-     pcap(ethernet, {fragments(invite)[0], fragments(invite, 8)[0], fragments(invite, 8)[1], fragments(invite)[1],
-                     fragments(invite)[2], fragments(invite)[3], fragments(invite, 8)[2], fragments(invite, 8)[3]}),
-     line(6, "UDP", invite) + line(8, "UDP", invite)},
-    {"fragment twice", pcap(ethernet, joined({fragments(invite)[1]}, fragments(invite))), line(5, "UDP", invite)},
     {"fragment lost", pcap(ethernet, {fragments(invite)[0], fragments(invite)[2], fragments(invite)[3]}), "", 0, 1},
     {"fragments, IPv6", pcap(ethernet, reversed(fragments6(invite))), line6(4, invite)},
 
     // streams
     {"message over segments", pcap(ethernet, joined({syn(100)}, stream(100, invite, 1000))), line(5, "TCP", invite)},
-    {"messages in a segment", pcap(ethernet, {syn(100), segment(100, bye + "\r\n\r\n" + ok + ack)}),
-     line(2, "TCP", bye) + line(2, "TCP", ok) + line(2, "TCP", ack)},
     {"segments out of order", pcap(ethernet, joined({syn(100)}, reversed(stream(100, bye + invite, 700)))),
      line(6, "TCP", bye) + line(6, "TCP", invite)},
-    {"segments sent again",
-     pcap(ethernet, {syn(100), segment(100, bye), segment(100, bye), syn(100),
-                     segment(100 + std::uint32_t(bye.size()), ack), segment(100, bye + ack)}),
-     line(2, "TCP", bye) + line(5, "TCP", ack)},
     {"sequence numbers wrap", pcap(ethernet, joined({syn(near_wrap)}, stream(near_wrap, invite + bye, 900))),
      line(5, "TCP", invite) + line(5, "TCP", bye)},
-    {"byte by byte", pcap(ethernet, stream(100, bye, 1)), line(bye.size(), "TCP", bye)},
-    {"ports used again", pcap(ethernet, {syn(100), segment(100, bye), syn(7), segment(7, ack)}),
-     line(2, "TCP", bye) + line(4, "TCP", ack)},
     {"message longer than the codec decodes", pcap(ethernet, stream(100, long_message + bye, 1400)),
      line(4, "TCP", long_message) + line(4, "TCP", bye)},
     {"no length told",
      pcap(ethernet,
           {segment(100, unmeasured), segment(100 + std::uint32_t(unmeasured.size()), unmeasured + "body\r\n" + bye)}),
      line(1, "TCP", unmeasured) + line(2, "TCP", unmeasured + "body\r\n") + line(2, "TCP", bye)},
-    {"NUL in a message", pcap(ethernet, {segment(100, with_nul + ack)}),
-     line(1, "TCP", with_nul) + line(1, "TCP", ack)},
     {"no beginning captured",
      pcap(ethernet, {segment(100, "z9hG4bK\r\nVia: SIP/2.0/TCP\r\n\r\nbody" + ("\r\n" + bye))}), line(1, "TCP", bye)},
     {"segment lost", pcap(ethernet, rest_of_lost_segment()),
@@ -366,18 +341,25 @@ TEST(Capture, TruncatedAnywhere) {
     EXPECT_EQ(read(pcap(DLT_PPP, {})).error, "packets with link layer PPP are not known");
 }
 
+// Damage changes nothing that stands in front of it.
 TEST(Capture, DamagedAnywhere) {
     std::mt19937 random(1);
     const std::string files[] = {
         pcap(ethernet, joined(fragments(invite), joined(fragments6(invite), stream(100, bye + invite, 700)))),
         pcapng(joined(fragments(invite), joined({syn(100)}, stream(100, bye + invite, 300))))};
-    for (int round = 0; round < 5000; ++round) {
+    std::size_t found = 0;
+    for (int round = 0; round < 2000; ++round) {
         std::string file = files[round % 2];
-        for (unsigned changes = 1 + random() % 4; changes > 0; --changes)
-            file[24 + random() % (file.size() - 24)] = static_cast<char>(random());
-        const Read got = read(file);
-        ASSERT_LT(got.messages.size(), 2000U);
+        const std::size_t at = 24 + random() % (file.size() - 24);
+        std::string before = read(file.substr(0, at)).messages;
+        before.resize(std::min(before.find(" only "), before.size())); // what the missing rest made incomplete
+        before.resize(before.rfind('\n') + 1);
+        for (std::size_t i = at; i < std::min(at + random() % 5 + 1, file.size()); ++i)
+            file[i] = static_cast<char>(random());
+        ASSERT_EQ(read(file).messages.substr(0, before.size()), before) << "byte " << at;
+        found += before.size();
     }
+    EXPECT_GT(found, 10000U);
 }
 
 TEST(Capture, IsRecognised) {
