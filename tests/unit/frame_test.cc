@@ -81,6 +81,7 @@ const FrameCase ends[] = {
     {"a comma joins the second of two LF", start + "\nl: 1\nX: a,\n\nY: b\n\nx", SIP_FRAME_COMPLETE, whole},
     {"a comma two before LF joins the first of two LF", start + "\nl: 1\nX: ,a\n\nY: b\n\nx", SIP_FRAME_COMPLETE,
      whole},
+    {"a comma that joins the first line", ",a\n\nl: 0\n\n", SIP_FRAME_COMPLETE, whole},
 };
 INSTANTIATE_TEST_SUITE_P(End, Frames, testing::ValuesIn(ends), Title());
 
