@@ -17,11 +17,11 @@ std::ostream &operator<<(std::ostream &out, const uri_fields &uri) {
 
 void show_session(std::ostream &out, const fields &f) {
     out << "audio " << f.audio.ip << ':' << f.audio.port;
-    for (int i = 0; i < f.audio.codecs.count; ++i)
-        out << ' ' << code_methods[f.audio.codecs.codecs[i]].text;
+    for (int i = 0; i < f.audio.count; ++i)
+        out << ' ' << code_methods[f.audio.formats[i]].text;
     out << "\nvideo " << f.video.ip << ':' << f.video.port;
-    for (int i = 0; i < f.video.payloads.count; ++i)
-        out << ' ' << f.video.payloads.payloads[i];
+    for (int i = 0; i < f.video.count; ++i)
+        out << ' ' << f.video.formats[i];
     out << '\n';
 }
 
@@ -41,13 +41,13 @@ void read_session(const SIP_SDP &sdp, fields &f) {
         f.audio.ip = sdp.a_addr.ip;
         f.audio.port = sdp.a_addr.port;
         for (const e_codec codec : sdp.a_coders)
-            f.audio.codecs.add(codec);
+            f.audio.add_codec(codec);
     }
     if (sdp.v_use == 1) {
         f.video.ip = sdp.v_addr.ip;
         f.video.port = sdp.v_addr.port;
         for (int i = 0; i < 4 && sdp.v_coders[i] != 0; ++i)
-            f.video.payloads.add(sdp.v_coders[i]);
+            f.video.add_payload(sdp.v_coders[i]);
     }
 }
 
@@ -92,33 +92,18 @@ fields fields_of(const SIP_CODE_MSG &record) {
 }
 
 e_codec codec_of(int payload, std::string_view name) {
-    switch (payload) {
-    case 0:
-        return G711_U;
-    case 2:
-        return G726;
-    case 3:
-        return GSM;
-    case 4:
-        return G723;
-    case 5:
-    case 6:
-        return DVI4;
-    case 8:
-        return G711_A;
-    case 9:
-        return G722;
-    case 18:
-        return G729;
-    default:
-        break;
-    }
-    if (same_name(name, "telephone-event"))
-        return TE101;
-    if (same_name(name, "iLBC"))
-        return ILBC;
-    if (same_name(name, "speex"))
-        return SPEEX;
+    constexpr struct {
+        int payload; // below 0: a dynamic one
+        std::string_view name;
+        e_codec codec;
+    } rows[] = {
+        {0, "", G711_U},    {2, "", G726},        {3, "", GSM},  {4, "", G723},  {5, "", DVI4},
+        {6, "", DVI4},      {8, "", G711_A},      {9, "", G722}, {18, "", G729}, {-1, "telephone-event", TE101},
+        {-1, "iLBC", ILBC}, {-1, "speex", SPEEX},
+    };
+    for (const auto &row : rows)
+        if (row.payload < 0 ? same_name(name, row.name) : payload == row.payload)
+            return row.codec;
     return UNKONW;
 }
 

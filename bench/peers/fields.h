@@ -1,5 +1,5 @@
-// What every stack has to read of a message. The texts are views into the structures of the stack, so that no stack is
-// charged for a copy into a record, as this library is.
+// The values that every stack has to find in a message. The texts are views into the structures of the stack, so that
+// no stack pays for a copy.
 #ifndef SIPCODE_BENCH_FIELDS_H
 #define SIPCODE_BENCH_FIELDS_H
 
@@ -28,36 +28,20 @@ struct via_fields {
     int port = 0;
 };
 
-struct codec_list {
+struct stream_fields {
+    std::string_view ip;
+    int port = 0;
     int count = 0;
-    e_codec codecs[8] = {};
+    int formats[8] = {}; // audio: e_codec; video: payload numbers, of which a record keeps four
 
-    void add(e_codec codec) {
+    void add_codec(e_codec codec) {
         if (codec != UNKONW && count < 8)
-            codecs[count++] = codec;
+            formats[count++] = codec;
     }
-};
-
-struct payload_list {
-    int count = 0;
-    int payloads[4] = {};
-
-    void add(int payload) {
+    void add_payload(int payload) {
         if (count < 4)
-            payloads[count++] = payload;
+            formats[count++] = payload;
     }
-};
-
-struct audio_fields {
-    std::string_view ip;
-    int port = 0;
-    codec_list codecs;
-};
-
-struct video_fields {
-    std::string_view ip;
-    int port = 0;
-    payload_list payloads;
 };
 
 struct digest_fields {
@@ -68,7 +52,7 @@ struct fields {
     std::string_view method; // of a request
     int status = 0;          // of a response
     uri_fields request_uri;
-    std::string_view call_id, call_id_host; // some stacks cut at the "@"
+    std::string_view call_id, call_id_host; // osip2 cuts the Call-ID at "@"
     int cseq = 0;
     std::string_view cseq_method;
     int via_count = 0;
@@ -76,18 +60,17 @@ struct fields {
     party_fields from, to;
     uri_fields contact;
     digest_fields digest;
-    audio_fields audio;
-    video_fields video;
+    stream_fields audio, video;
 
     via_fields *add_via() { return via_count < 2 ? &vias[via_count++] : nullptr; }
 };
 
-// The fields as lines of text, for comparison.
+// The fields as lines of text, to compare them.
 std::string shown(const fields &f);
 
 fields fields_of(const SIP_CODE_MSG &record);
 
-// Codec of a static payload number, or of the name that a=rtpmap gives to a dynamic one.
+// The codec of a static payload number, or of the name that a=rtpmap gives a dynamic one.
 e_codec codec_of(int payload, std::string_view name);
 
 inline std::string_view view(const char *text) { return text == nullptr ? std::string_view() : text; }

@@ -1,8 +1,7 @@
 // libosip2: osip_message_parse reads every header that it knows, sdp_message_parse the session description.
-#include "peers.h" // first: the headers of libosip2 define names of header lines as macros
+#include "peers.h" // first, because the headers of libosip2 define names of header lines as macros
 
 #include <cstring>
-#include <memory>
 
 #include <osipparser2/osip_parser.h>
 #include <osipparser2/sdp_message.h>
@@ -10,14 +9,8 @@
 namespace bench {
 namespace {
 
-struct free_message {
-    void operator()(osip_message_t *message) const { osip_message_free(message); }
-};
-struct free_session {
-    void operator()(sdp_message_t *session) const { sdp_message_free(session); }
-};
-using message_ptr = std::unique_ptr<osip_message_t, free_message>;
-using session_ptr = std::unique_ptr<sdp_message_t, free_session>;
+using message_ptr = std::unique_ptr<osip_message_t, freed_by<osip_message_free>>;
+using session_ptr = std::unique_ptr<sdp_message_t, freed_by<sdp_message_free>>;
 
 message_ptr parse_message(const std::string &text) {
     static const int initialised = parser_init();
@@ -78,7 +71,7 @@ void read_digest(const osip_message_t &message, fields &f) {
         f.digest = {{}, without_quotes(c->realm), without_quotes(c->nonce), {}, {}};
 }
 
-// Name of a dynamic payload, out of "99 name/rate".
+// The name of a dynamic payload, from "99 name/rate".
 std::string_view encoding_name(const sdp_media_t &media, const char *payload) {
     const std::size_t length = std::strlen(payload);
     for (int i = 0; i < osip_list_size(&media.a_attributes); ++i) {
@@ -95,21 +88,16 @@ std::string_view encoding_name(const sdp_media_t &media, const char *payload) {
 void read_media(const sdp_message_t &session, const sdp_media_t &media, fields &f) {
     const auto *own = static_cast<const sdp_connection_t *>(osip_list_get(&media.c_connections, 0));
     const sdp_connection_t *connection = own != nullptr ? own : session.c_connection;
-    const std::string_view ip = connection == nullptr ? std::string_view() : view(connection->c_addr);
     const bool is_audio = view(media.m_media) == "audio";
-    if (is_audio) {
-        f.audio.ip = ip;
-        f.audio.port = std::atoi(media.m_port);
-    } else {
-        f.video.ip = ip;
-        f.video.port = std::atoi(media.m_port);
-    }
+    stream_fields &stream = is_audio ? f.audio : f.video;
+    stream.ip = connection == nullptr ? std::string_view() : view(connection->c_addr);
+    stream.port = std::atoi(media.m_port);
     for (int i = 0; i < osip_list_size(&media.m_payloads); ++i) {
         const char *payload = static_cast<const char *>(osip_list_get(&media.m_payloads, i));
         if (is_audio)
-            f.audio.codecs.add(codec_of(std::atoi(payload), encoding_name(media, payload)));
+            stream.add_codec(codec_of(std::atoi(payload), encoding_name(media, payload)));
         else
-            f.video.payloads.add(std::atoi(payload));
+            stream.add_payload(std::atoi(payload));
     }
 }
 
@@ -134,11 +122,15 @@ void read_headers(osip_message_t &message, fields &f) {
     read_digest(message, f);
 }
 
+bool is_complete(const osip_message_t &message) {
+    return message.call_id != nullptr && message.cseq != nullptr && message.from != nullptr && message.to != nullptr;
+}
+
 reader reader_of(const std::string &text) {
     return [text](const consumer &use) {
         fields f;
         const message_ptr message = parse_message(text);
-        if (message == nullptr)
+        if (message == nullptr || !is_complete(*message))
             return use(f);
         read_headers(*message, f);
         const session_ptr session = parse_session(*message);
@@ -150,7 +142,7 @@ reader reader_of(const std::string &text) {
     };
 }
 
-// The session description is printed out of its own structure and set as the body, then the whole message is.
+// Prints the session description from its own structure, sets it as the body, then prints the whole message.
 class message_printer {
   public:
     explicit message_printer(const std::string &text)
@@ -164,7 +156,7 @@ class message_printer {
             print_session();
         osip_free(text_);
         std::size_t length = 0;
-        message_->message_property = 2; // changed: else the text of the call before is copied
+        message_->message_property = 2; // "changed": otherwise the text of the previous call is copied
         osip_message_to_str(message_.get(), &text_, &length);
         return {text_, length};
     }
@@ -185,13 +177,8 @@ class message_printer {
     char *text_ = nullptr;
 };
 
-printer printer_of(const std::string &text) {
-    auto own = std::make_shared<message_printer>(text);
-    return [own] { return own->print(); };
-}
-
 } // namespace
 
-const peer osip2 = {"osip2", reader_of, printer_of};
+const peer osip2 = {"osip2", reader_of, printer_of<message_printer>};
 
 } // namespace bench

@@ -1,6 +1,6 @@
-// libre: sip_msg_decode reads the start line and the headers that name a transaction; the other fields are read out of
-// their header values here, and the session description by an SDP session.
-#include <memory>
+// libre: sip_msg_decode reads the start line and the headers that name a transaction. Other decoders of libre read the
+// other fields from their header values, and an SDP session reads the session description.
+#include <cstdint> // re.h needs it
 #include <vector>
 
 #include <re/re.h>
@@ -10,16 +10,14 @@
 namespace bench {
 namespace {
 
-struct release {
-    void operator()(void *object) const { mem_deref(object); }
-};
+using release = freed_by<mem_deref>;
 using buffer_ptr = std::shared_ptr<mbuf>;
 using message_ptr = std::unique_ptr<sip_msg, release>;
 using session_ptr = std::unique_ptr<sdp_session, release>;
 
 std::string_view view(const pl &text) { return {text.p, text.l}; }
 
-// Filled once: a host would receive into it.
+// Filled once, because a host would receive into it.
 buffer_ptr buffer_of(const std::string &text) {
     buffer_ptr buffer(mbuf_alloc(text.size()), release{});
     mbuf_write_mem(buffer.get(), reinterpret_cast<const uint8_t *>(text.data()), text.size());
@@ -32,7 +30,7 @@ message_ptr parse_message(mbuf *buffer) {
     return message_ptr(sip_msg_decode(&message, buffer) == 0 ? message : nullptr);
 }
 
-// The buffer stands at the body once the headers are read.
+// Once the headers are read, the buffer stands at the body.
 session_ptr parse_session(const sip_msg &message) {
     if (!msg_ctype_cmp(&message.ctyp, "application", "sdp"))
         return {};
@@ -104,7 +102,7 @@ void read_headers(const sip_msg &message, fields &f) {
     read_digest(message, f);
 }
 
-// Addresses are binary in a session of libre, and their text is made here.
+// A session of libre keeps addresses in binary form; this is the room for their text.
 struct session_addresses {
     char audio[64] = "";
     char video[64] = "";
@@ -114,20 +112,15 @@ void read_media(const sdp_media *media, session_addresses &addresses, fields &f)
     const bool is_audio = bench::view(sdp_media_name(media)) == "audio";
     char(&ip)[64] = is_audio ? addresses.audio : addresses.video;
     sa_ntop(sdp_media_raddr(media), ip, sizeof ip);
-    const int port = sdp_media_rport(media);
-    if (is_audio) {
-        f.audio.ip = ip;
-        f.audio.port = port;
-    } else {
-        f.video.ip = ip;
-        f.video.port = port;
-    }
+    stream_fields &stream = is_audio ? f.audio : f.video;
+    stream.ip = ip;
+    stream.port = sdp_media_rport(media);
     for (const le *at = list_head(sdp_media_format_lst(media, false)); at != nullptr; at = at->next) {
         const auto *format = static_cast<const sdp_format *>(at->data);
         if (is_audio)
-            f.audio.codecs.add(codec_of(format->pt, bench::view(format->name)));
+            stream.add_codec(codec_of(format->pt, bench::view(format->name)));
         else
-            f.video.payloads.add(format->pt);
+            stream.add_payload(format->pt);
     }
 }
 
@@ -150,12 +143,9 @@ reader reader_of(const std::string &text) {
 // ---------------------------------------------------------------------------------------------------------- printing
 
 void add_local_format(sdp_media *media, const sdp_format &remote) {
-    if (remote.params != nullptr)
-        sdp_format_add(nullptr, media, false, remote.id, remote.name, remote.srate, remote.ch, nullptr, nullptr,
-                       nullptr, false, "%s", remote.params);
-    else
-        sdp_format_add(nullptr, media, false, remote.id, remote.name, remote.srate, remote.ch, nullptr, nullptr,
-                       nullptr, false, nullptr);
+    const char *const format = remote.params != nullptr ? "%s" : nullptr;
+    sdp_format_add(nullptr, media, false, remote.id, remote.name, remote.srate, remote.ch, nullptr, nullptr, nullptr,
+                   false, format, remote.params);
 }
 
 void add_local_media(sdp_session *session, const sdp_media *remote) {
@@ -168,7 +158,7 @@ void add_local_media(sdp_session *session, const sdp_media *remote) {
     sdp_media_set_ldir(media, SDP_SENDRECV);
 }
 
-// The session that offers what the received one did.
+// A session that makes the same offer as the received one.
 session_ptr local_session(const sip_msg &message) {
     const session_ptr remote = parse_session(message);
     if (remote == nullptr)
@@ -181,8 +171,7 @@ session_ptr local_session(const sip_msg &message) {
     return session_ptr(session);
 }
 
-// libre has no printer of messages: its users write each line with its formatter, as is done here, from the decoded
-// values.
+// libre has no function that prints a message. Its users write each line from the decoded values, as here.
 class message_printer {
   public:
     explicit message_printer(const std::string &text)
@@ -203,7 +192,7 @@ class message_printer {
     }
 
   private:
-    // A header with its value as the decoder gave it.
+    // A header and its decoded value.
     struct line {
         const sip_hdr *header;
         sip_via via;
@@ -279,13 +268,8 @@ class message_printer {
     std::vector<line> lines_;
 };
 
-printer printer_of(const std::string &text) {
-    auto own = std::make_shared<message_printer>(text);
-    return [own] { return own->print(); };
-}
-
 } // namespace
 
-const peer re = {"re", reader_of, printer_of};
+const peer re = {"re", reader_of, printer_of<message_printer>};
 
 } // namespace bench

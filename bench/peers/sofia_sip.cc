@@ -1,12 +1,10 @@
 // Sofia-SIP: msg_make copies the text and reads every header, sdp_parse the session description.
-#include <cstring>
-#include <memory>
-
 #include <sofia-sip/msg.h>
 #include <sofia-sip/msg_header.h>
 #include <sofia-sip/sdp.h>
 #include <sofia-sip/sip.h>
 #include <sofia-sip/sip_header.h>
+#include <sofia-sip/sip_util.h>
 #include <sofia-sip/su_alloc.h>
 #include <sofia-sip/url.h>
 
@@ -15,17 +13,9 @@
 namespace bench {
 namespace {
 
-struct free_message {
-    void operator()(msg_t *message) const { msg_destroy(message); }
-};
-struct free_parser {
-    void operator()(sdp_parser_t *parser) const { sdp_parser_free(parser); }
-};
-struct free_sdp_printer {
-    void operator()(sdp_printer_t *printed) const { sdp_printer_free(printed); }
-};
-using message_ptr = std::unique_ptr<msg_t, free_message>;
-using parser_ptr = std::unique_ptr<sdp_parser_t, free_parser>;
+using message_ptr = std::unique_ptr<msg_t, freed_by<msg_destroy>>;
+using parser_ptr = std::unique_ptr<sdp_parser_t, freed_by<sdp_parser_free>>;
+using sdp_printer_ptr = std::unique_ptr<sdp_printer_t, freed_by<sdp_printer_free>>;
 
 message_ptr parse_message(const std::string &text) {
     return message_ptr(msg_make(sip_default_mclass(), 0, text.data(), static_cast<ssize_t>(text.size())));
@@ -33,7 +23,7 @@ message_ptr parse_message(const std::string &text) {
 
 const sip_t *headers_of(const msg_t *message) { return reinterpret_cast<const sip_t *>(msg_object(message)); }
 
-// The session description has its memory from that of the message.
+// The session description lives in the memory of the message.
 parser_ptr parse_session(msg_t *message, const sip_t &sip) {
     if (sip.sip_payload == nullptr || sip.sip_content_type == nullptr ||
         view(sip.sip_content_type->c_type) != SDP_MIME_TYPE)
@@ -70,18 +60,15 @@ void read_digest(const sip_t &sip, fields &f) {
 
 void read_media(const sdp_session_t &session, const sdp_media_t &media, fields &f) {
     const sdp_connection_t *connection = media.m_connections != nullptr ? media.m_connections : session.sdp_connection;
-    const std::string_view ip = connection == nullptr ? std::string_view() : view(connection->c_address);
-    if (media.m_type == sdp_media_audio) {
-        f.audio.ip = ip;
-        f.audio.port = static_cast<int>(media.m_port);
-        for (const sdp_rtpmap_t *map = media.m_rtpmaps; map != nullptr; map = map->rm_next)
-            f.audio.codecs.add(codec_of(map->rm_pt, view(map->rm_encoding)));
-    } else {
-        f.video.ip = ip;
-        f.video.port = static_cast<int>(media.m_port);
-        for (const sdp_rtpmap_t *map = media.m_rtpmaps; map != nullptr; map = map->rm_next)
-            f.video.payloads.add(map->rm_pt);
-    }
+    const bool is_audio = media.m_type == sdp_media_audio;
+    stream_fields &stream = is_audio ? f.audio : f.video;
+    stream.ip = connection == nullptr ? std::string_view() : view(connection->c_address);
+    stream.port = static_cast<int>(media.m_port);
+    for (const sdp_rtpmap_t *map = media.m_rtpmaps; map != nullptr; map = map->rm_next)
+        if (is_audio)
+            stream.add_codec(codec_of(map->rm_pt, view(map->rm_encoding)));
+        else
+            stream.add_payload(map->rm_pt);
 }
 
 void read_headers(const sip_t &sip, fields &f) {
@@ -107,7 +94,7 @@ reader reader_of(const std::string &text) {
         fields f;
         const message_ptr message = parse_message(text);
         const sip_t *sip = message == nullptr ? nullptr : headers_of(message.get());
-        if (sip == nullptr || (sip->sip_flags & MSG_FLG_ERROR) != 0)
+        if (sip == nullptr || sip_sanity_check(sip) != 0)
             return use(f);
         read_headers(*sip, f);
         const parser_ptr parser = parse_session(message.get(), *sip);
@@ -118,8 +105,7 @@ reader reader_of(const std::string &text) {
     };
 }
 
-// The session description is printed out of its own structure and stands as the payload, then the whole message is
-// printed.
+// Prints the session description from its own structure, sets it as the payload, then prints the whole message.
 class message_printer {
   public:
     explicit message_printer(const std::string &text)
@@ -136,7 +122,7 @@ class message_printer {
 
   private:
     void print_session() {
-        std::unique_ptr<sdp_printer_t, free_sdp_printer> printed(
+        const sdp_printer_ptr printed(
             sdp_print(msg_home(message_.get()), session_, body_, sizeof body_, sdp_f_mode_always));
         sip_->sip_payload->pl_data = body_;
         sip_->sip_payload->pl_len = static_cast<usize_t>(sdp_message_size(printed.get()));
@@ -151,13 +137,8 @@ class message_printer {
     char text_[8192];
 };
 
-printer printer_of(const std::string &text) {
-    auto own = std::make_shared<message_printer>(text);
-    return [own] { return own->print(); };
-}
-
 } // namespace
 
-const peer sofia_sip = {"sofia-sip", reader_of, printer_of};
+const peer sofia_sip = {"sofia-sip", reader_of, printer_of<message_printer>};
 
 } // namespace bench
