@@ -14,11 +14,11 @@
 
 namespace sipcode {
 
-// Whether a number that is loaded from memory has its first byte lowest.
+// Whether a number loaded from memory is little-endian.
 #if defined(SIPCODE_PORTABLE)
-inline constexpr bool first_is_lowest = false;
+inline constexpr bool is_little_endian = false;
 #else
-inline constexpr bool first_is_lowest = std::endian::native == std::endian::little;
+inline constexpr bool is_little_endian = std::endian::native == std::endian::little;
 #endif
 
 inline constexpr std::size_t block_size = 64;
@@ -39,18 +39,24 @@ inline unsigned matches_up_to16(const char *at, char largest) {
     const __m128i above = _mm_subs_epu8(bytes, _mm_set1_epi8(largest));
     return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(above, _mm_setzero_si128())));
 }
-// Whether the sixteen are the wanted ones, with these bits set, in the bytes that count.
-inline bool equal16(const char *at, const std::uint64_t *set, const std::uint64_t *counted,
-                    const std::uint64_t *wanted) {
-    const auto load16 = [](const void *from) { return _mm_loadu_si128(static_cast<const __m128i *>(from)); };
-    const __m128i bytes = _mm_and_si128(_mm_or_si128(load16(at), load16(set)), load16(counted));
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, load16(wanted))) == 0xFFFF;
+// Of the sixteen: bytes that are the wanted ones, which are in lower case and aligned, ignoring the case of letters. See nocase in text.h.
+inline unsigned matches16_nocase(const char *at, const char *wanted) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
+    const __m128i lower_case = _mm_load_si128(reinterpret_cast<const __m128i *>(wanted));
+    const __m128i case_bits = _mm_srli_epi16(_mm_and_si128(lower_case, _mm_set1_epi8('@')), 1);
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_or_si128(bytes, case_bits), lower_case)));
 }
 #else
 inline unsigned matches_up_to16(const char *at, char largest) {
     unsigned mask = 0;
     for (unsigned i = 0; i < 16; ++i)
         mask |= static_cast<unsigned>(static_cast<unsigned char>(at[i]) <= static_cast<unsigned char>(largest)) << i;
+    return mask;
+}
+inline unsigned matches16_nocase(const char *at, const char *wanted) {
+    unsigned mask = 0;
+    for (unsigned i = 0; i < 16; ++i)
+        mask |= static_cast<unsigned>((at[i] | (wanted[i] & '@') >> 1) == wanted[i]) << i;
     return mask;
 }
 inline unsigned matches_plain(const char *at, unsigned count, char wanted) {
@@ -116,7 +122,7 @@ inline std::uint64_t load(const char *bytes) {
 
 // The same; of more bytes, the first eight.
 inline std::uint64_t load_word(const char *bytes, std::size_t count) {
-    if constexpr (!first_is_lowest)
+    if constexpr (!is_little_endian)
         return word_of(bytes, count < 8 ? count : 8);
     if (count >= 8)
         return load<std::uint64_t>(bytes);
@@ -126,16 +132,6 @@ inline std::uint64_t load_word(const char *bytes, std::size_t count) {
         return load<std::uint16_t>(bytes) | load<std::uint16_t>(bytes + count - 2) << (8 * (count - 2));
     return word_of(bytes, count);
 }
-
-#if !defined(SIPCODE_SSE2)
-inline bool equal16(const char *at, const std::uint64_t *set, const std::uint64_t *counted,
-                    const std::uint64_t *wanted) {
-    const auto difference = [=](std::size_t i) {
-        return ((load_word(at + 8 * i, 8) | set[i]) & counted[i]) ^ wanted[i];
-    };
-    return (difference(0) | difference(1)) == 0;
-}
-#endif
 
 // Copies a short text in a few moves: a call of memcpy costs more than most values are long.
 inline void copy_bytes(char *to, const char *from, std::size_t count) {

@@ -122,6 +122,36 @@ typedef enum sip_code_method SIPCODE_ENUM_INT {
     SIP_RESPONSE_MSG_405_METHOD_NOT_ALLOWED = 48
 } sip_code_method;
 
+/* Directions of a stream (RFC 4566 section 6), in SIP_SDP.a_media and v_media. */
+typedef enum SIP_MEDIA_DIRECTION SIPCODE_ENUM_INT {
+    SIP_MEDIA_SENDRECV = 0, /* written for any other value too */
+    SIP_MEDIA_SENDONLY = 1,
+    SIP_MEDIA_RECVONLY = 2,
+    SIP_MEDIA_INACTIVE = 3
+} SIP_MEDIA_DIRECTION;
+
+/* Headers of digest authentication, in SIP_AUTHOR.author_type and SIP_AUTHEN.authen_type. */
+typedef enum SIP_DIGEST_HEADER SIPCODE_ENUM_INT {
+    SIP_DIGEST_AUTHORIZATION = 100,
+    SIP_DIGEST_PROXY_AUTHORIZATION = 101,
+    SIP_DIGEST_WWW_AUTHENTICATE = 102,
+    SIP_DIGEST_PROXY_AUTHENTICATE = 103
+} SIP_DIGEST_HEADER;
+
+/* Kinds of URI, in SIP_FROMTO.flag. */
+typedef enum SIP_URI_KIND SIPCODE_ENUM_INT {
+    SIP_URI_NONE = 0,
+    SIP_URI_SIP = 1,  /* "sip:" */
+    SIP_URI_OTHER = 2 /* "tel:" or any other scheme */
+} SIP_URI_KIND;
+
+/* Body sources, in SIP_XML.use. */
+typedef enum SIP_XML_USE SIPCODE_ENUM_INT {
+    SIP_XML_NONE = 0,
+    SIP_XML_DOCUMENT = 1, /* SIP_XML.xml, rendered by the host's Xml_Encode */
+    SIP_XML_TEXT = 2      /* SIP_CODE_MSG.xml_buf; requests only */
+} SIP_XML_USE;
+
 /* Number of identifiers, and so of the rows of decode_methods. */
 #define SIP_CODE_METHOD_COUNT 49
 
@@ -204,7 +234,7 @@ typedef struct SIP_FROMTO {
     char tag[128];     /* D (From and To only) E P */
     IPV4_ADDRESS addr; /* D E P */
     DNS_ADDR dns;      /* E */
-    int flag;          /* kind of the To URI: 0 none, 1 "sip:", 2 "tel:" or any other; D (To only) */
+    int flag;          /* SIP_URI_KIND of the To URI; D (To only) */
 } SIP_FROMTO;
 
 /* "Request URI:" line (the blank is part of that name) and P-Asserted-Identity (RFC 3325), requests only. */
@@ -412,9 +442,9 @@ typedef struct SIP_SDP {
     long int o_sec;         /* version of the "o=" line when above 0; E */
     int o_sec_flag;         /* the host's own; the library never touches it */
     int a_conten_nouse;     /* 1: generate the audio attributes from the codecs; else a_content stands for them; E */
-    int a_media;            /* direction: 0 sendrecv, 1 sendonly, 2 recvonly, 3 inactive; D E */
+    int a_media;            /* SIP_MEDIA_DIRECTION; D E */
     int v_conten_nouse;     /* 1: generate the video attributes; else v_content stands for them; E */
-    int v_media;            /* direction, same values; E */
+    int v_media;            /* SIP_MEDIA_DIRECTION; E */
     int a_ptime;            /* packet time in milliseconds, written when above 0; decode: two digits are read; D E */
     CODEC_RTPMAP rtpmap[4]; /* D E; the SDP builder adds telephone events when a_coders holds TE101 */
 } SIP_SDP;
@@ -438,8 +468,9 @@ typedef struct SIP_INFO {
 /* Credentials: Authorization or Proxy-Authorization */
 typedef struct SIP_AUTHOR {
     int use;            /* D E P */
-    int author_type;    /* decode: 100 Authorization, 101 Proxy-Authorization. Encode: the code of the challenge that is
-                           answered, 102 writes Authorization, 103 Proxy-Authorization, others nothing; D E P */
+    int author_type;    /* SIP_DIGEST_HEADER. Decode: the header that was read. Encode: the challenge that is answered:
+                           ..._WWW_AUTHENTICATE writes Authorization, ..._PROXY_AUTHENTICATE writes
+                           Proxy-Authorization, any other value writes nothing; D E P */
     int stale;          /* decode: -1 when not given, 0 FALSE, 1 TRUE; encode: not 0 adds ",stale=true"; D E P */
     int noncecount;     /* written as eight hexadecimal digits when qop is not empty; E */
     char username[64];  /* D E P */
@@ -461,7 +492,7 @@ typedef struct NEXT_NONCE {
 /* Challenge: WWW-Authenticate or Proxy-Authenticate */
 typedef struct SIP_AUTHEN {
     int use;               /* D E P */
-    int authen_type;       /* decode: 102 WWW-Authenticate, 103 Proxy-Authenticate. Encode: 25, the identifier of a 407,
+    int authen_type;       /* Decode: SIP_DIGEST_HEADER of the header that was read. Encode: the identifier of a 407
                               writes Proxy-Authenticate, any other value WWW-Authenticate; D E P */
     int stale;             /* 0 FALSE, 1 TRUE; the encoder always writes FALSE; D P */
     char realm[64];        /* D E P */
@@ -518,7 +549,7 @@ typedef struct MESSAGE_SUMMARY {
 
 /* Body source of a message to encode; the decoder never touches it. */
 typedef struct SIP_XML {
-    int use; /* 1: xml, rendered by the host's Xml_Encode; 2: xml_buf of the record (requests only); 0: neither; E */
+    int use;     /* SIP_XML_USE; E */
     pXmldoc xml; /* owned by the host; E */
 } SIP_XML;
 
@@ -526,7 +557,7 @@ typedef struct SIP_XML {
  * The record: about 14 KB, members in fixed order
  */
 typedef struct SIP_CODE_MSG {
-    char xml_buf[4096];       /* decode: the message body; encode: the body text when xml.use is 2; D E */
+    char xml_buf[4096];       /* decode: the message body; encode: the body text when xml.use is SIP_XML_TEXT; D E */
     int method;               /* sip_code_method of the start line, 0 when unknown; the encoders take 1 to 48; D E P */
     int via_count;            /* number of Vias, a line with a comma counting twice; 2 writes via1 above via; D E */
     char callid[128];         /* longest 126; the encoders take a leading "ims-" off it; D E P */

@@ -82,9 +82,9 @@ consteval std::array<format_piece, Conversions + 1> cut_format(text format) {
         std::size_t at = begin;
         while (format[at] != '%')
             ++at;
-        pieces[i] = {begin, at - begin, conversion::none, place_behind(at_most(at, format), format)};
+        pieces[i] = {begin, at - begin, conversion::none, place_behind(at_most(format, at), format)};
         for (const conversion_mark &known : conversion_marks) {
-            if (drop(at, format).starts_with(known.mark)) {
+            if (drop(format, at).starts_with(known.mark)) {
                 pieces[i].value = known.value;
                 begin = at + known.mark.size();
             }

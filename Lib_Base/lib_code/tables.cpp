@@ -7,6 +7,7 @@
 
 #include "decode.h"
 #include "host.h"
+#include "slots.h"
 
 extern "C" {
 
@@ -72,8 +73,6 @@ constexpr SIP_CODEC_TEXT code_methods[SIP_CODE_CODEC_COUNT] = {
 namespace sipcode {
 namespace {
 
-constexpr int first_row = SIP_REQUEST_MSG_RESPONSE; // row 0 stands for no match
-
 consteval bool rows_are_indexed_by_id() {
     for (int row = 0; row < SIP_CODE_METHOD_COUNT; ++row)
         if (decode_methods[row].id != row)
@@ -82,56 +81,64 @@ consteval bool rows_are_indexed_by_id() {
 }
 static_assert(rows_are_indexed_by_id());
 
-// The texts once more, in the form that is compared.
-template <std::size_t... Row>
-consteval std::array<nocase, SIP_CODE_METHOD_COUNT> make_rows(std::size_t longest, std::index_sequence<Row...>) {
-    return {nocase(at_most(longest, decode_methods[Row].text))...};
+consteval bool rows_can_be_compared() {
+    for (const SIP_METHOD_TEXT &row : decode_methods)
+        for (const char c : text(row.text))
+            if (c >= '@' && (lower(c) < 'a' || lower(c) > 'z'))
+                return false;
+    return true;
 }
-constexpr auto row_numbers = std::make_index_sequence<SIP_CODE_METHOD_COUNT>{};
-constexpr auto rows = make_rows(nocase::longest, row_numbers);
+static_assert(rows_can_be_compared());
 
-constexpr std::size_t code_length = 3;
-constexpr auto codes = make_rows(code_length, row_numbers);
-
-// The first characters of a text, as a number in which the two cases of a letter are one: most rows differ in it.
-template <std::size_t Count>
-constexpr std::uint64_t fold_case(std::uint64_t word) {
-    return word | (0x2020202020202020 & ((std::uint64_t{1} << (8 * Count)) - 1));
-}
-constexpr auto row_beginnings = [] {
-    std::array<std::uint32_t, SIP_CODE_METHOD_COUNT> beginnings{};
-    for (std::size_t row = 0; row < beginnings.size(); ++row)
-        beginnings[row] =
-            static_cast<std::uint32_t>(fold_case<code_length>(word_of(decode_methods[row].text, code_length)));
-    return beginnings;
+// Without relocations, unlike the texts themselves.
+constexpr auto row_lengths = [] {
+    std::array<std::uint8_t, SIP_CODE_METHOD_COUNT> lengths{};
+    for (std::size_t row = 0; row < lengths.size(); ++row)
+        lengths[row] = static_cast<std::uint8_t>(text(decode_methods[row].text).size());
+    return lengths;
 }();
 
-static_assert(std::all_of(std::begin(decode_methods), std::end(decode_methods),
-                          [](const SIP_METHOD_TEXT &row) { return text(row.text).size() >= code_length; }));
+text row_text(int id) {
+    const auto row = static_cast<std::size_t>(id);
+    return {decode_methods[row].text, row_lengths[row]};
+}
 
-// The first row that matches, of those that begin as the text does.
+constexpr std::size_t code_length = 3;
+
+// The first characters of a text, in lower case: no two rows agree in them. The comparison that follows tells apart what becomes
+// alike.
+constexpr std::uint32_t beginning_key(std::uint64_t first_three) {
+    constexpr std::uint32_t case_bits = 0x202020;
+    return static_cast<std::uint32_t>(first_three) | case_bits;
+}
+
+constexpr key_slots row_slots([] {
+    std::array<std::uint32_t, SIP_CODE_METHOD_COUNT> keys{};
+    for (std::size_t row = 0; row < keys.size(); ++row)
+        keys[row] = beginning_key(word_of(decode_methods[row].text, code_length));
+    return keys;
+}());
+
+// The row that matches, which is not row 0.
 template <class Match>
 int find_row(text msg, Match match) {
     if (msg.empty())
         return -1;
     if (msg.size() < code_length)
         return SIP_REQUEST_MSG_UNKNOWN;
-    const std::uint64_t beginning = fold_case<code_length>(load_word(msg.data(), code_length));
-    for (int id = first_row; id < SIP_CODE_METHOD_COUNT; ++id)
-        if (row_beginnings[static_cast<std::size_t>(id)] == beginning && match(id, msg))
-            return id;
-    return SIP_REQUEST_MSG_UNKNOWN;
+    const int id = row_slots.candidate(beginning_key(load_word(msg.data(), code_length)));
+    return match(id, msg) ? id : SIP_REQUEST_MSG_UNKNOWN;
 }
 
 // The word, followed by a blank or the end: "INVITEX" is not INVITE.
 bool SIP_Decode_Parse_Method_Match(int id, text name) {
-    const nocase &word = rows[static_cast<std::size_t>(id)];
+    const text word = row_text(id);
     return starts_nocase(name, word) && (name.size() == word.size() || is_blank(name[word.size()]));
 }
 
 // The status code alone counts, not the reason phrase.
 bool SIP_Decode_Parse_Method_Match_Response(int id, text name) {
-    return starts_nocase(name, codes[static_cast<std::size_t>(id)]);
+    return starts_nocase(name, at_most(row_text(id), code_length));
 }
 
 text or_empty(const char *msg) { return msg == nullptr ? text() : text(msg); }
@@ -146,14 +153,14 @@ int SIP_Decode_Parse_Other_Response(text msg) {
     if (msg.empty())
         return SIP_REQUEST_MSG_UNKNOWN;
     char code[8];
-    store(code, at_most(3, msg));
+    store(code, at_most(msg, 3));
     const int status = Str_Atoi(code);
     return status >= 400 && status <= 699 ? SIP_RESPONSE_MSG_480_TEMPORARILY_UNAVAILABLE : SIP_REQUEST_MSG_UNKNOWN;
 }
 
 text method_text(int id) {
     const bool known = id >= 0 && id < SIP_CODE_METHOD_COUNT;
-    return rows[static_cast<std::size_t>(known ? id : SIP_REQUEST_MSG_UNKNOWN)];
+    return row_text(known ? id : SIP_REQUEST_MSG_UNKNOWN);
 }
 
 } // namespace sipcode

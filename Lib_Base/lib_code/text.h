@@ -4,6 +4,7 @@
 // need a C++ runtime are used; what could throw (substr) has its own name here.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
@@ -21,22 +22,22 @@ constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c
 // What the C library's number readers skip; fewer bytes than a blank.
 constexpr bool is_white_space(char c) { return c == ' ' || static_cast<unsigned char>(c - '\t') < 5; }
 
-constexpr text at_most(std::size_t n, text t) { return {t.data(), t.size() < n ? t.size() : n}; }
+constexpr text at_most(text t, std::size_t n) { return {t.data(), t.size() < n ? t.size() : n}; }
 
-constexpr text drop(std::size_t n, text t) {
+constexpr text drop(text t, std::size_t n) {
     const std::size_t dropped = t.size() < n ? t.size() : n;
     return {t.data() + dropped, t.size() - dropped};
 }
 
-// A text behind whose end fifteen bytes more can be read, and so behind that of each of its parts. A search in it takes ten
-// instructions where one in any other short text takes thirty.
-struct roomy_text : text {
-    roomy_text() = default;
-    explicit constexpr roomy_text(text t) : text(t) {}
-    constexpr roomy_text(const char *begin, std::size_t size) : text(begin, size) {}
+// A view that is readable 15 bytes past its end, as each of its parts is. A search in it takes ten instructions; in any other
+// short text it takes thirty.
+struct padded_text : text {
+    padded_text() = default;
+    explicit constexpr padded_text(text t) : text(t) {}
+    constexpr padded_text(const char *begin, std::size_t size) : text(begin, size) {}
 };
 
-constexpr roomy_text drop(std::size_t n, roomy_text t) { return roomy_text(drop(n, text(t))); }
+constexpr padded_text drop(padded_text t, std::size_t n) { return padded_text(drop(text(t), n)); }
 
 // Place of the first blank of a text without NUL, its size when there is none.
 inline std::size_t find_blank(text t) { return find_blank(t.data(), t.size()); }
@@ -47,7 +48,7 @@ constexpr text skip_blanks(text t) {
     return t;
 }
 
-constexpr text trim_end(text t) {
+constexpr text Parse_Trim_Blanks(text t) {
     while (!t.empty() && is_blank(t.back()))
         t.remove_suffix(1);
     return t;
@@ -55,7 +56,7 @@ constexpr text trim_end(text t) {
 
 // Place of the first wanted byte of a text, its size or more when there is none.
 inline std::size_t find(text t, char wanted) { return find_byte(t.data(), t.size(), wanted); }
-[[gnu::always_inline]] inline std::size_t find(roomy_text t, char wanted) {
+[[gnu::always_inline]] inline std::size_t find(padded_text t, char wanted) {
     for (std::size_t at = 0; at < t.size(); at += 16)
         if (const unsigned mask = matches16(t.data() + at, wanted); mask != 0)
             return at + static_cast<std::size_t>(std::countr_zero(mask));
@@ -70,10 +71,11 @@ struct basic_parts {
     bool found;
 };
 using parts = basic_parts<text>;
+using padded_parts = basic_parts<padded_text>;
 
 // In line, for its mark is a constant.
 template <class Text>
-[[gnu::always_inline]] inline basic_parts<Text> cut_at(char mark, Text t) {
+[[gnu::always_inline]] inline basic_parts<Text> cut_at(Text t, char mark) {
     const std::size_t at = find(t, mark);
     if (at >= t.size())
         return {t, {}, false};
@@ -82,10 +84,10 @@ template <class Text>
 
 // A mark of several characters is found by its last one, which is rarer than its first: "=" of "tag=".
 template <std::size_t N, class Text>
-basic_parts<Text> cut_at(const char (&mark)[N], Text t) {
+basic_parts<Text> cut_at(Text t, const char (&mark)[N]) {
     constexpr std::size_t length = N - 1;
     for (std::size_t from = length - 1; from < t.size();) {
-        const std::size_t last = from + find(drop(from, t), mark[length - 1]);
+        const std::size_t last = from + find(drop(t, from), mark[length - 1]);
         const std::size_t behind = last + 1;
         if (last < t.size() && std::memcmp(t.data() + behind - length, mark, length) == 0)
             return {{t.data(), behind - length}, {t.data() + behind, t.size() - behind}, true};
@@ -114,60 +116,68 @@ text member_text(const char (&member)[N]) {
     return {member, strnlen(member, N)};
 }
 
-// A text to compare with, without regard to the case of its letters.
+// Constants are compared ignoring the case of letters by one trick: a character from '@' on is a letter, and its two cases
+// differ in the bit below that which tells so.
+consteval bool has_letters_alone_from_at(text constant) {
+    return std::all_of(constant.begin(), constant.end(),
+                       [](char c) { return c < '@' || (lower(c) >= 'a' && lower(c) <= 'z'); });
+}
+
+void not_such_a_constant(); // never defined: a call of it does not compile
+
+// A constant for texts that are padded. It has no pointer, so a table of them needs no relocation.
 class nocase {
   public:
-    static constexpr std::size_t longest = 48;
+    static constexpr std::size_t longest = 32;
 
-    consteval nocase(const char *name) : nocase(text(name)) {}
-    explicit consteval nocase(text name) : whole(name) {
-        for (std::size_t i = 0; i < whole.size(); ++i) {
-            const char lowered = lower(whole[i]);
-            counted[i / 8] |= std::uint64_t{0xFF} << (8 * (i % 8));
-            const bool is_letter = lowered >= 'a' && lowered <= 'z';
-            letters[i / 8] |= static_cast<std::uint64_t>(is_letter ? 'a' - 'A' : 0) << (8 * (i % 8));
-            lower_case[i / 8] |= static_cast<std::uint64_t>(static_cast<unsigned char>(lowered)) << (8 * (i % 8));
+    template <std::size_t N>
+    consteval nocase(const char (&name)[N]) : length(N - 1) {
+        if (N - 1 > longest || !has_letters_alone_from_at({name, N - 1}))
+            not_such_a_constant();
+        for (std::size_t i = 0; i < length; ++i) {
+            lower_case[i] = lower(name[i]);
+            counted |= 1U << i;
         }
     }
 
-    constexpr std::size_t size() const { return whole.size(); }
-    constexpr operator text() const { return whole; }
+    constexpr std::size_t size() const { return length; }
+    constexpr text in_lower_case() const { return {lower_case, length}; }
 
-    // Whether the text that begins at `begin`, at least size() bytes long, begins with this one.
+    // Whether the text that begins at `begin`, readable for size() and 15 bytes more, begins with this one.
     bool begins(const char *begin) const {
-        for (std::size_t at = 0; at < whole.size(); at += 8) {
-            const std::uint64_t word = load_word(begin + at, whole.size() - at);
-            if ((word | letters[at / 8]) != lower_case[at / 8])
-                return false;
-        }
-        return true;
-    }
-
-    // The same where fifteen bytes more can be read behind the text.
-    bool begins_roomy(const char *begin) const {
-        if (!equal16(begin, letters, counted, lower_case))
+        constexpr unsigned block = 0xFFFF;
+        if ((counted & block & ~matches16_nocase(begin, lower_case)) != 0)
             return false;
-        for (std::size_t at = 16; at < whole.size(); at += 16)
-            if (!equal16(begin + at, letters + at / 8, counted + at / 8, lower_case + at / 8))
-                return false;
-        return true;
+        return length <= 16 || (counted >> 16 & ~matches16_nocase(begin + 16, lower_case + 16)) == 0;
     }
 
   private:
-    text whole;
-    std::uint64_t counted[longest / 8] = {}; // the bytes that belong to this text
-    std::uint64_t letters[longest / 8] = {}; // the bit in which the two cases of a letter differ
-    std::uint64_t lower_case[longest / 8] = {};
+    alignas(16) char lower_case[longest] = {};
+    std::size_t length;
+    unsigned counted = 0; // a bit for each character
 };
 
-inline bool equals_nocase(text t, const nocase &name) { return t.size() == name.size() && name.begins(t.data()); }
-inline bool starts_nocase(text t, const nocase &name) { return t.size() >= name.size() && name.begins(t.data()); }
-inline bool equals_nocase(roomy_text t, const nocase &name) {
-    return t.size() == name.size() && name.begins_roomy(t.data());
+inline bool equals_nocase(padded_text t, const nocase &name) {
+    return t.size() == name.size() && name.begins(t.data());
 }
-inline bool starts_nocase(roomy_text t, const nocase &name) {
-    return t.size() >= name.size() && name.begins_roomy(t.data());
+inline bool starts_nocase(padded_text t, const nocase &name) {
+    return t.size() >= name.size() && name.begins(t.data());
 }
+
+// The same for any text and a constant as above, in words.
+inline bool starts_nocase(text t, text constant) {
+    if (t.size() < constant.size())
+        return false;
+    for (std::size_t at = 0; at < constant.size(); at += 8) {
+        const std::size_t left = constant.size() - at;
+        const std::uint64_t wanted = load_word(constant.data() + at, left);
+        const std::uint64_t case_bits = (wanted & 0x4040404040404040) >> 1;
+        if (((load_word(t.data() + at, left) ^ wanted) & ~case_bits) != 0)
+            return false;
+    }
+    return true;
+}
+inline bool equals_nocase(text t, text constant) { return t.size() == constant.size() && starts_nocase(t, constant); }
 
 // Whether a text starts with a constant one, which is compared by whole words.
 template <std::size_t N>
@@ -178,31 +188,31 @@ bool starts_with(text t, const char (&beginning)[N]) {
 // The one store into a text member: as much of the value as fits, every other byte zero.
 template <std::size_t N>
 void store(char (&member)[N], text value) {
-    const text kept = at_most(N - 1, value);
+    const text kept = at_most(value, N - 1);
     std::memset(member, 0, N);
     copy_bytes(member, kept.data(), kept.size());
 }
 
-// A slice as the terminated string that a log line or a host service needs; by default as long as a message can be.
+// A copy of a text: terminated, as a log line or a host service needs it, and padded. By default as long as a message can be.
 template <std::size_t Longest = 4095>
 class terminated {
   public:
     explicit terminated(text t) {
-        const text kept = at_most(Longest, t);
+        const text kept = at_most(t, Longest);
         length = kept.size();
         copy_bytes(buffer, kept.data(), length);
-        buffer[length] = '\0';
+        std::memset(buffer + length, 0, 16);
     }
     terminated(const terminated &) = delete;
     terminated &operator=(const terminated &) = delete;
 
     const char *c_str() const { return buffer; }
     char *data() { return buffer; }
-    text whole() const { return {buffer, length}; }
+    padded_text whole() const { return {buffer, length}; }
 
   private:
     std::size_t length;
-    char buffer[Longest + 1];
+    char buffer[Longest + 16];
 };
 
 struct number {

@@ -59,20 +59,19 @@ void decode_escapes(char *s) {
     *to = '\0';
 }
 
-template <class Text>
-void store_user(const decode_notes &notes, char (&user)[32], Text value) {
-    notes.store(user, value);
+void store_user(const bounded_store &store, char (&user)[32], padded_text value) {
+    store.put(user, value);
     if (contains(value, '%'))
         decode_escapes(user);
 }
 
 // Parameters of the user part ("123;cpc=ordinary@10.0.0.1") are taken out, into scratch when there are any.
-roomy_text without_user_parameters(roomy_text uri, char (&scratch)[longest_value + 16]) {
+padded_text without_user_parameters(padded_text uri, char (&scratch)[longest_value + 16]) {
     const std::size_t name_length = find(uri, ';');
     const std::size_t user_length = name_length >= uri.size() ? 0 : find(uri, '@');
     if (user_length <= name_length || user_length >= uri.size())
         return uri;
-    const text host = drop(user_length, uri);
+    const text host = drop(uri, user_length);
     const std::size_t length = name_length + host.size();
     std::memcpy(scratch, uri.data(), name_length);
     std::memcpy(scratch + name_length, host.data(), host.size());
@@ -80,86 +79,82 @@ roomy_text without_user_parameters(roomy_text uri, char (&scratch)[longest_value
     return {scratch, length};
 }
 
-void read_tag(const message &msg, roomy_text value, char (&tag)[128]) {
-    const auto found = cut_at(tag_name, value);
+void read_tag(const message &msg, padded_text value, char (&tag)[128]) {
+    const auto found = cut_at(value, tag_name);
     if (found.found)
-        msg.store(tag, cut_at(';', found.after).before);
+        msg.store.put(tag, cut_at(found.after, ';').before);
 }
 
 // Reads a URI of which the text behind the scheme, up to the first ";", is already cut out.
-template <class Text>
-uri_kind read_uri(const decode_notes &notes, Text uri, Text rest, char (&user)[32], IPV4_ADDRESS &addr) {
-    const auto user_host = cut_at('@', rest);
+SIP_URI_KIND read_uri(const bounded_store &store, padded_text uri, padded_text rest, char (&user)[32],
+                      IPV4_ADDRESS &addr) {
+    const auto user_host = cut_at(rest, '@');
     constexpr nocase sip = "sip:";
     constexpr nocase tel = "tel:";
     if (starts_nocase(uri, sip)) {
-        const auto host_port = cut_at(':', user_host.found ? user_host.after : rest);
+        const auto host_port = cut_at(user_host.found ? user_host.after : rest, ':');
         addr.port = host_port.found ? to_int(host_port.after) : default_port;
         if (user_host.found)
-            store_user(notes, user, user_host.before);
-        notes.store(addr.ip, host_port.before);
-        return sip_uri;
+            store_user(store, user, user_host.before);
+        store.put(addr.ip, host_port.before);
+        return SIP_URI_SIP;
     }
     if (!starts_nocase(uri, tel))
         SIPCODE_TRACE(0, "Decode Uri : '%s' is not a valid SIP uri", terminated(uri).c_str());
-    store_user(notes, user, user_host.found ? user_host.after : rest);
-    return other_uri;
+    store_user(store, user, user_host.found ? user_host.after : rest);
+    return SIP_URI_OTHER;
 }
 
 // Reads an address whose URI ends at its first ";".
-template <class Text, class Member>
-uri_kind read_address(const message &msg, Text value, Member &member) {
-    const Text uri = cut_at(';', value).before;
-    return read_uri(msg, uri, drop(scheme_length, uri), member.user, member.addr);
+template <class Member>
+SIP_URI_KIND read_address(const bounded_store &store, padded_text value, Member &member) {
+    const padded_text uri = cut_at(value, ';').before;
+    return read_uri(store, uri, drop(uri, scheme_length), member.user, member.addr);
 }
 
 // First 255 characters of a value; a missing one reads as an empty text.
-roomy_text value_or_empty(const message &msg, text value) {
-    return value.data() == nullptr ? roomy_text("") : msg.within(longest_value, message::roomy(value));
+padded_text value_or_empty(const message &msg, text value) {
+    return value.data() == nullptr ? padded_text("") : msg.store.within(message::padded(value), longest_value);
 }
 
-template <class Text>
-void read_contact(SIP_CONTACT &contact, const message &msg, Text value) {
+void read_contact(SIP_CONTACT &contact, const bounded_store &store, padded_text value) {
     if (value.data() != nullptr)
-        read_address(msg, Parse_Brackets(value), contact);
+        read_address(store, Parse_Brackets(value), contact);
 }
 
 text contact_value(const message &msg) {
-    return msg.within(longest_value, msg.value(header::contact, header::compact_contact));
+    return msg.store.within(msg.value(header::contact, header::compact_contact), longest_value);
 }
 
 } // namespace
 
-template <class Text>
-uri_kind Parse_Uri(const decode_notes &notes, Text uri, char (&user)[32], IPV4_ADDRESS &addr) {
+SIP_URI_KIND Parse_Uri(const bounded_store &store, padded_text uri, char (&user)[32], IPV4_ADDRESS &addr) {
     if (uri.data() == nullptr)
-        return no_uri;
-    return read_uri(notes, uri, cut_at(';', drop(scheme_length, uri)).before, user, addr);
+        return SIP_URI_NONE;
+    return read_uri(store, uri, cut_at(drop(uri, scheme_length), ';').before, user, addr);
 }
-template uri_kind Parse_Uri(const decode_notes &, text, char (&)[32], IPV4_ADDRESS &);
-template uri_kind Parse_Uri(const decode_notes &, roomy_text, char (&)[32], IPV4_ADDRESS &);
 
 void Parse_PCalledPartyID(SIP_FROMTO *callparty, const message &msg) {
-    const roomy_text value = msg.within(longest_value, message::roomy(msg.value(header::p_called_party_id)));
+    const padded_text value = msg.store.within(message::padded(msg.value(header::p_called_party_id)), longest_value);
     if (value.data() != nullptr)
-        read_address(msg, Parse_Brackets(value), *callparty);
+        read_address(msg.store, Parse_Brackets(value), *callparty);
 }
 
 void Parse_From(SIP_FROMTO *from, const message &msg) {
-    const roomy_text value = value_or_empty(msg, msg.filled_value(header::from, header::compact_from));
+    const padded_text value = value_or_empty(msg, msg.filled_value(header::from, header::compact_from));
     char scratch[longest_value + 16];
-    read_address(msg, without_user_parameters(Parse_Brackets(value), scratch), *from);
+    read_address(msg.store, without_user_parameters(Parse_Brackets(value), scratch), *from);
     read_tag(msg, value, from->tag);
 }
 
 void Parse_To(SIP_FROMTO *to, const message &msg) {
-    const roomy_text value = value_or_empty(msg, msg.filled_value(header::to, header::compact_to));
-    to->flag = read_address(msg, Parse_Brackets(value), *to);
+    const padded_text value = value_or_empty(msg, msg.filled_value(header::to, header::compact_to));
+    to->flag = read_address(msg.store, Parse_Brackets(value), *to);
     read_tag(msg, value, to->tag);
 }
 
 void Parse_Contact(SIP_CONTACT *contact, const message &msg) {
-    read_contact(*contact, msg, message::roomy(contact_value(msg)));
+    read_contact(*contact, msg.store, message::padded(contact_value(msg)));
 }
 
 } // namespace sipcode
@@ -167,6 +162,8 @@ void Parse_Contact(SIP_CONTACT *contact, const message &msg) {
 void Uri_Decode(char *s) { sipcode::decode_escapes(s); }
 
 void Parse_Contact(SIP_CONTACT *contact, SIP_MSG *psip_msg) {
-    const sipcode::message msg(*psip_msg);
-    sipcode::read_contact(*contact, msg, sipcode::contact_value(msg));
+    using namespace sipcode;
+    const text value = contact_value(message(*psip_msg));
+    if (value.data() != nullptr)
+        read_contact(*contact, bounded_store(), terminated<longest_value>(value).whole());
 }

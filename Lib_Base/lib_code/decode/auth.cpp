@@ -21,23 +21,19 @@ constexpr std::size_t longest_credentials = 511;
 constexpr std::size_t longest_challenge = 255;
 constexpr std::size_t longest_info = 511;
 
-enum author_header { authorization_header = 100, proxy_authorization_header = 101 };
-enum authen_header { www_authenticate_header = 102, proxy_authenticate_header = 103 };
-
 // A parameter's value, with its double quotes taken out.
-template <class Text>
 class quoted_value {
   public:
     // Reads up to the second double quote of t, or to its end when there are fewer.
-    explicit quoted_value(Text t) {
-        const auto before_quote = cut_at('"', t);
-        const auto quoted = cut_at('"', before_quote.after);
+    explicit quoted_value(padded_text t) {
+        const auto before_quote = cut_at(t, '"');
+        const auto quoted = cut_at(before_quote.after, '"');
         before = before_quote.before;
         between = quoted.before;
         if (!quoted.found)
             return;
-        const auto before_comma = cut_at(',', before);
-        width = before_comma.before.size() + (before_comma.found ? 0 : cut_at(',', between).before.size());
+        const auto before_comma = cut_at(before, ',');
+        width = before_comma.before.size() + (before_comma.found ? 0 : cut_at(between, ',').before.size());
     }
 
     // The text on both sides of the first quote, nearly always the one behind it; joined in scratch when both are there.
@@ -54,42 +50,43 @@ class quoted_value {
     std::size_t skip() const { return width; }
 
   private:
-    Text before;
-    Text between;
+    padded_text before;
+    padded_text between;
     std::size_t width = 0;
 };
 
 // Stores the first item of a comma list, of which 31 characters are searched. When those are commas alone, the list is stored
 // as it is.
-void store_algorithm(const message &msg, char (&algorithm)[16], text list) {
+void store_algorithm(const bounded_store &store, char (&algorithm)[16], text list) {
     constexpr std::size_t longest_list = 31;
-    text items = at_most(longest_list, list);
+    text items = at_most(list, longest_list);
     while (!items.empty() && items.front() == ',')
         items.remove_prefix(1);
-    const std::size_t seen = cut_at(',', items).before.size();
+    const std::size_t seen = cut_at(items, ',').before.size();
     if (seen == 0)
-        return msg.store(algorithm, list);
-    const text whole = cut_at(',', drop(static_cast<std::size_t>(items.data() - list.data()), list)).before;
-    msg.store(algorithm, whole, std::min(seen, sizeof algorithm - 1));
+        return store.put(algorithm, list);
+    const text whole = cut_at(drop(list, static_cast<std::size_t>(items.data() - list.data())), ',').before;
+    store.put(algorithm, whole, std::min(seen, sizeof algorithm - 1));
 }
 
-// True when the name that ends before `end` is `name`, which includes its "=".
-template <class Text>
-bool name_ends_at(Text header, std::size_t end, std::size_t scan_from, const nocase &name) {
-    if (end - scan_from < name.size() || !starts_nocase(drop(end - name.size(), header), name))
+// 0 when the text begins with the name.
+int Strncmp_Nocase(padded_text str1, const nocase &str2) { return starts_nocase(str1, str2) ? 0 : 1; }
+
+// Whether the name that ends before `end` is `name`, which includes its "=".
+bool name_ends_at(padded_text header, std::size_t end, std::size_t scan_from, const nocase &name) {
+    if (end - scan_from < name.size() || Strncmp_Nocase(drop(header, end - name.size()), name) != 0)
         return false;
     // "nonce=" that ends "cnonce=" is another parameter.
     const std::size_t begin = end - name.size();
-    return text(name) != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
+    return name.in_lower_case() != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
 }
 
 // Stores stale and returns how many characters its value takes; a quoted one, like any other text, sets nothing.
-template <class Text>
-std::size_t read_stale(Text value, int &stale) {
+std::size_t read_stale(padded_text value, int &stale) {
     constexpr nocase no = "FALSE";
     constexpr nocase yes = "TRUE";
-    const bool is_yes = starts_nocase(value, yes);
-    if (!is_yes && !starts_nocase(value, no))
+    const bool is_yes = Strncmp_Nocase(value, yes) == 0;
+    if (!is_yes && Strncmp_Nocase(value, no) != 0)
         return 0;
     stale = is_yes;
     return is_yes ? yes.size() : no.size();
@@ -98,52 +95,55 @@ std::size_t read_stale(Text value, int &stale) {
 template <class Record>
 struct text_parameter {
     nocase name;
-    void (*store_value)(const message &msg, Record &record, text value);
+    void (*store_value)(const bounded_store &store, Record &record, text value);
 };
 
 constexpr text_parameter<SIP_AUTHOR> credential_parameters[] = {
-    {"username=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.username, value); }},
-    {"realm=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.realm, value); }},
-    {"nonce=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.nonce, value); }},
-    {"uri=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.uri, value); }},
-    {"response=", [](const message &msg, SIP_AUTHOR &author, text value) { msg.store(author.response, value); }},
-    {"algorithm=",
-     [](const message &msg, SIP_AUTHOR &author, text value) { store_algorithm(msg, author.algorithm, value); }},
+    {"username=",
+     [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.username, value); }},
+    {"realm=", [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.realm, value); }},
+    {"nonce=", [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.nonce, value); }},
+    {"uri=", [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.uri, value); }},
+    {"response=",
+     [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.response, value); }},
+    {"algorithm=", [](const bounded_store &store, SIP_AUTHOR &author,
+                      text value) { store_algorithm(store, author.algorithm, value); }},
 };
 
 constexpr text_parameter<SIP_AUTHEN> challenge_parameters[] = {
-    {"realm=", [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.realm, value); }},
-    {"nonce=", [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.nonce, value); }},
-    {"algorithm=",
-     [](const message &msg, SIP_AUTHEN &authen, text value) { store_algorithm(msg, authen.algorithm, value); }},
-    {"qop=", [](const message &msg, SIP_AUTHEN &authen, text value) { msg.store(authen.qop, value); }},
+    {"realm=", [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.realm, value); }},
+    {"nonce=", [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.nonce, value); }},
+    {"algorithm=", [](const bounded_store &store, SIP_AUTHEN &authen,
+                      text value) { store_algorithm(store, authen.algorithm, value); }},
+    {"qop=", [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.qop, value); }},
 };
 
 constexpr text_parameter<NEXT_NONCE> info_parameters[] = {
-    {"nextnonce=", [](const message &msg, NEXT_NONCE &next, text value) { msg.store(next.nonce, value); }},
+    {"nextnonce=", [](const bounded_store &store, NEXT_NONCE &next, text value) { store.put(next.nonce, value); }},
 };
 
 // Finds the parameters of a header value from `from` on. A name holds no "=" but its last character, so only the texts that
 // end in one are compared. Without a place for it, stale is a name like any other.
-template <class Text, class Record, std::size_t N>
-void scan_parameters(const message &msg, Text value, std::size_t from, const text_parameter<Record> (&names)[N],
-                     Record &record, int *stale) { // NOLINT(readability-non-const-parameter): read_stale sets it
+template <class Record, std::size_t N>
+void scan_parameters(const bounded_store &store, padded_text value, std::size_t from,
+                     const text_parameter<Record> (&names)[N], Record &record,
+                     int *stale) { // NOLINT(readability-non-const-parameter): read_stale sets it
     for (;;) {
-        const auto name_value = cut_at('=', drop(from, value));
+        const auto name_value = cut_at(drop(value, from), '=');
         if (!name_value.found)
             return;
         const std::size_t begin = value.size() - name_value.after.size();
         // Most names are told apart by their last letter.
         const char last_letter = begin - from < 2 ? '\0' : lower(value[begin - 2]);
         const auto ends_here = [&](const nocase &name) {
-            return text(name)[name.size() - 2] == last_letter && name_ends_at(value, begin, from, name);
+            return name.in_lower_case()[name.size() - 2] == last_letter && name_ends_at(value, begin, from, name);
         };
         const auto known = std::find_if(std::begin(names), std::end(names),
                                         [&](const text_parameter<Record> &entry) { return ends_here(entry.name); });
         if (known != std::end(names)) {
             char scratch[longest_credentials + 1];
             const quoted_value found(name_value.after);
-            known->store_value(msg, record, found.value(scratch));
+            known->store_value(store, record, found.value(scratch));
             from = begin + found.skip() + 1;
         } else if (stale != nullptr && ends_here("stale=")) {
             from = begin + read_stale(name_value.after, *stale);
@@ -154,35 +154,29 @@ void scan_parameters(const message &msg, Text value, std::size_t from, const tex
 }
 
 // Credentials and challenges begin with a scheme name and a space; without the space there is nothing to read.
-template <class Text, class Record, std::size_t N>
-void scan_behind_scheme(const message &msg, Text value, const text_parameter<Record> (&names)[N], Record &record) {
-    const auto scheme = cut_at(' ', value);
+template <class Record, std::size_t N>
+void scan_behind_scheme(const bounded_store &store, padded_text value, const text_parameter<Record> (&names)[N],
+                        Record &record) {
+    const auto scheme = cut_at(value, ' ');
     if (scheme.found)
-        scan_parameters(msg, value, scheme.before.size() + 1, names, record, &record.stale);
+        scan_parameters(store, value, scheme.before.size() + 1, names, record, &record.stale);
 }
 
-template <class Text>
-bool read_author(const message &msg, SIP_AUTHOR &author, Text value, author_header type) {
-    if (value.empty())
-        return false;
-    author.use = 1;
-    author.author_type = type;
-    scan_behind_scheme(msg, msg.within(longest_credentials, value), credential_parameters, author);
-    return true;
+void Parse_Author_Body(const bounded_store &store, padded_text au, SIP_AUTHOR *pauthor) {
+    scan_behind_scheme(store, store.within(au, longest_credentials), credential_parameters, *pauthor);
 }
 
-template <class Text>
-bool read_authen(const message &msg, SIP_AUTHEN &authen, Text value, authen_header type) {
-    if (value.empty())
-        return false;
-    authen.use = 1;
-    authen.authen_type = type;
-    scan_behind_scheme(msg, msg.within(longest_challenge, value), challenge_parameters, authen);
-    return true;
+void Parse_Authen_Body(const bounded_store &store, padded_text au, SIP_AUTHEN *pauthen) {
+    scan_behind_scheme(store, store.within(au, longest_challenge), challenge_parameters, *pauthen);
 }
 
-template <class Text>
-void read_credentials(SIP_AUTHOR &author, const message &msg, Text authorization, Text proxy_authorization) {
+void Parse_Authen_Info_Body(const bounded_store &store, padded_text au, NEXT_NONCE *next_nonce) {
+    scan_parameters(store, store.within(au, longest_info), 0, info_parameters, *next_nonce, nullptr);
+}
+
+// The first of the two headers that has a value counts.
+void read_credentials(SIP_AUTHOR &author, const bounded_store &note, padded_text authorization,
+                      padded_text proxy_authorization) {
     store(author.username, {});
     store(author.realm, {});
     store(author.nonce, {});
@@ -190,37 +184,43 @@ void read_credentials(SIP_AUTHOR &author, const message &msg, Text authorization
     store(author.response, {});
     store(author.algorithm, {});
     author.stale = -1;
-    if (!read_author(msg, author, authorization, authorization_header))
-        read_author(msg, author, proxy_authorization, proxy_authorization_header);
+    const padded_text value = authorization.empty() ? proxy_authorization : authorization;
+    if (value.empty())
+        return;
+    author.use = 1;
+    author.author_type = authorization.empty() ? SIP_DIGEST_PROXY_AUTHORIZATION : SIP_DIGEST_AUTHORIZATION;
+    Parse_Author_Body(note, value, &author);
 }
 
-template <class Text>
-void read_challenge(SIP_AUTHEN &authen, const message &msg, Text www_authenticate, Text proxy_authenticate) {
-    if (!read_authen(msg, authen, www_authenticate, www_authenticate_header))
-        read_authen(msg, authen, proxy_authenticate, proxy_authenticate_header);
+void read_challenge(SIP_AUTHEN &authen, const bounded_store &store, padded_text www_authenticate,
+                    padded_text proxy_authenticate) {
+    const padded_text value = www_authenticate.empty() ? proxy_authenticate : www_authenticate;
+    if (value.empty())
+        return;
+    authen.use = 1;
+    authen.authen_type = www_authenticate.empty() ? SIP_DIGEST_PROXY_AUTHENTICATE : SIP_DIGEST_WWW_AUTHENTICATE;
+    Parse_Authen_Body(store, value, &authen);
 }
 
-template <class Text>
-void read_next_nonce(NEXT_NONCE &next_nonce, const message &msg, Text authentication_info) {
-    const Text value = msg.within(longest_info, authentication_info);
+void read_next_nonce(NEXT_NONCE &next_nonce, const bounded_store &store, padded_text value) {
     next_nonce.use = !value.empty();
-    scan_parameters(msg, value, 0, info_parameters, next_nonce, nullptr);
+    Parse_Authen_Info_Body(store, value, &next_nonce);
 }
 
 } // namespace
 
 void Parse_Author(SIP_AUTHOR *pauthor, const message &msg) {
-    read_credentials(*pauthor, msg, message::roomy(msg.value(header::authorization)),
-                     message::roomy(msg.value(header::proxy_authorization)));
+    read_credentials(*pauthor, msg.store, message::padded(msg.value(header::authorization)),
+                     message::padded(msg.value(header::proxy_authorization)));
 }
 
 void Parse_Authen(SIP_AUTHEN *pauthen, const message &msg) {
-    read_challenge(*pauthen, msg, message::roomy(msg.value(header::www_authenticate)),
-                   message::roomy(msg.value(header::proxy_authenticate)));
+    read_challenge(*pauthen, msg.store, message::padded(msg.value(header::www_authenticate)),
+                   message::padded(msg.value(header::proxy_authenticate)));
 }
 
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, const message &msg) {
-    read_next_nonce(*next_nonce, msg, message::roomy(msg.value(header::authentication_info)));
+    read_next_nonce(*next_nonce, msg.store, message::padded(msg.value(header::authentication_info)));
 }
 
 // --------------------------------------------------------------------------------- the older challenge decoders
@@ -283,19 +283,24 @@ int Del_Quote_Mark(char *src, char *dst) {
 void Parse_Author(SIP_AUTHOR *pauthor, SIP_MSG *psip_msg) {
     using namespace sipcode;
     const message msg(*psip_msg);
-    read_credentials(*pauthor, msg, msg.value(header::authorization), msg.value(header::proxy_authorization));
+    const terminated<longest_credentials> authorization(msg.value(header::authorization));
+    const terminated<longest_credentials> proxy_authorization(msg.value(header::proxy_authorization));
+    read_credentials(*pauthor, bounded_store(), authorization.whole(), proxy_authorization.whole());
 }
 
 void Parse_Authen(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg) {
     using namespace sipcode;
     const message msg(*psip_msg);
-    read_challenge(*pauthen, msg, msg.value(header::www_authenticate), msg.value(header::proxy_authenticate));
+    const terminated<longest_challenge> www_authenticate(msg.value(header::www_authenticate));
+    const terminated<longest_challenge> proxy_authenticate(msg.value(header::proxy_authenticate));
+    read_challenge(*pauthen, bounded_store(), www_authenticate.whole(), proxy_authenticate.whole());
 }
 
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, SIP_MSG *psip_msg) {
     using namespace sipcode;
     const message msg(*psip_msg);
-    read_next_nonce(*next_nonce, msg, msg.value(header::authentication_info));
+    const terminated<longest_info> value(msg.value(header::authentication_info));
+    read_next_nonce(*next_nonce, bounded_store(), value.whole());
 }
 
 void Parse_Authen_bak(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf) {

@@ -14,7 +14,7 @@ namespace sipcode {
 namespace {
 
 // The first filled value of a body line made of the name, "=" and the value; empty when there is none.
-text Parse_Get_Body(const message &msg, const nocase &name) {
+text Parse_Get_Body(const message &msg, text name) {
     for (int i = 0; i < msg.body_lines(); ++i)
         if (const text value = Parse_Get_Body_By_Line(msg.body_line(i), name); !value.empty())
             return value;
@@ -24,9 +24,8 @@ text Parse_Get_Body(const message &msg, const nocase &name) {
 // A working copy of a summary, from which one line is cut in place.
 class summary_line {
   public:
-    summary_line(const char *body, const char *start) {
-        ::Copy_String(copy, body, sizeof copy);
-        char *cursor = copy;
+    summary_line(const char *body, const char *start) : copy(text(body, strnlen(body, longest_body))) {
+        char *cursor = copy.data();
         found = Str_Two_Tok(&cursor, start, "\r\n");
     }
 
@@ -35,7 +34,7 @@ class summary_line {
     static constexpr std::size_t longest_body = 510;
 
   private:
-    char copy[longest_body + 1];
+    terminated<longest_body> copy;
     const char *found;
 };
 
@@ -49,10 +48,10 @@ void read_message_counts(text value, MESSAGE_SUMMARY &summary) {
 
 } // namespace
 
-text Parse_Get_Body_By_Line(text line, const nocase &name) {
+text Parse_Get_Body_By_Line(text line, text name) {
     if (!starts_nocase(line, name) || line.size() == name.size() || line[name.size()] != '=')
         return {};
-    return skip_blanks(drop(name.size() + 1, line));
+    return skip_blanks(drop(line, name.size() + 1));
 }
 
 void Parse_Info(SIP_INFO *info, message &msg) {
@@ -64,11 +63,11 @@ void Parse_Info(SIP_INFO *info, message &msg) {
             return;
         }
         info->use = 1;
-        msg.store(info->key, signal);
+        msg.store.put(info->key, signal);
     } else if (equals_nocase(type, "application/dtmf")) {
         msg.trim_body();
         info->use = 1;
-        msg.store(info->key, msg.body());
+        msg.store.put(info->key, msg.body());
     }
 }
 
@@ -77,18 +76,18 @@ void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg) {
         return;
     SDP->use = 1;
     store(SDP->content, {});
-    msg.copy_verbatim(SDP->content, msg.body());
+    msg.store.put_verbatim(SDP->content, msg.body());
 }
 
 // Message-Account and the counts are cut from copies by the host, so a long value of theirs has no place in the message.
-void Parse_Message_Summary(const decode_notes &notes, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary) {
+void Parse_Message_Summary(const bounded_store &store, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary) {
     if (pchMesseagSummary == nullptr || *pchMesseagSummary == '\0')
         return;
-    notes.within(summary_line::longest_body, text(pchMesseagSummary));
+    store.within(text(pchMesseagSummary), summary_line::longest_body);
     if (const summary_line waiting(pchMesseagSummary, "Messages-Waiting: "); waiting.value() != nullptr)
-        notes.copy_verbatim(ptMsgSummary->messageswaiting, waiting.value());
+        store.put_verbatim(ptMsgSummary->messageswaiting, waiting.value());
     if (const summary_line account(pchMesseagSummary, "Message-Account: "); account.value() != nullptr)
-        Parse_Uri(notes, text(account.value()), ptMsgSummary->account, ptMsgSummary->addr);
+        Parse_Uri(store, padded_text(text(account.value())), ptMsgSummary->account, ptMsgSummary->addr);
     if (const summary_line counts(pchMesseagSummary, "Voice-Message:"); counts.value() != nullptr)
         read_message_counts(counts.value(), *ptMsgSummary);
     ptMsgSummary->use = 1;
@@ -102,5 +101,5 @@ void Parse_Info(SIP_INFO *info, SIP_MSG *psip_msg) {
 }
 
 void Parse_Message_Summary(MESSAGE_SUMMARY *ptMsgSummary, char *pchMesseagSummary) {
-    sipcode::Parse_Message_Summary(sipcode::decode_notes(), ptMsgSummary, pchMesseagSummary);
+    sipcode::Parse_Message_Summary(sipcode::bounded_store(), ptMsgSummary, pchMesseagSummary);
 }

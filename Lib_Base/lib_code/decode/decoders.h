@@ -17,11 +17,10 @@ int decode(SIP_MSG &split, std::size_t length, SIP_CODE_MSG &record, SIP_DECODE_
 
 // The text inside the first angle brackets outside a quoted string; the whole value when it has none or when a bracket or
 // quote is not closed, which is logged.
-template <class Text>
-Text Parse_Brackets(Text value);
+padded_text Parse_Brackets(padded_text value);
 
 // The value of one body line made of the name, "=" and the value, behind leading blanks; empty when the line is another.
-text Parse_Get_Body_By_Line(text line, const nocase &name);
+text Parse_Get_Body_By_Line(text line, text name);
 
 // ---- scalar.cpp
 int Parse_Callid(const message &msg, SIP_CODE_MSG *pcode_msg);
@@ -29,12 +28,8 @@ int Parse_Cseq(SIP_CSEQ *pcseq, const message &msg);
 
 // ---- address.cpp
 
-// What a URI turned out to be, as SIP_FROMTO.flag stores it.
-enum uri_kind { no_uri = 0, sip_uri = 1, other_uri = 2 };
-
 // Reads a URI into user, ip and port; a null slice writes nothing.
-template <class Text>
-uri_kind Parse_Uri(const decode_notes &notes, Text uri, char (&user)[32], IPV4_ADDRESS &addr);
+SIP_URI_KIND Parse_Uri(const bounded_store &store, padded_text uri, char (&user)[32], IPV4_ADDRESS &addr);
 
 // ---- route.cpp
 void Parse_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg);
@@ -95,11 +90,11 @@ void Parse_Min_Expires(SIP_MIN_EXPIRES *pMinExpires, const message &msg);
 int Parse_Call_Info(const message &msg, SIP_CODE_MSG *pcode_msg);
 
 // ---- sdp.cpp
-void Parse_Sdp(SIP_SDP *SDP, const message &msg);
+void Parse_Sdp(SIP_SDP *SDP, message &msg);
 
 // ---- body.cpp
 void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg);
-void Parse_Message_Summary(const decode_notes &notes, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary);
+void Parse_Message_Summary(const bounded_store &store, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary);
 
 // ---- scalar.cpp
 void Parse_Content_Type(SIP_CONTENT_TYPE *content_type, const message &msg);

@@ -23,18 +23,18 @@ int response_kind(const char *status) {
     return stand_in;
 }
 
-void decode_start_line(const message &msg, SIP_CODE_MSG &record) {
-    SIP_MSG &split = msg.split;
+void decode_start_line(message &msg, SIP_CODE_MSG &record) {
+    SIP_MSG &split = msg.split();
     if (split.method == SIP_REQUEST_MSG_RESPONSE)
         split.method = response_kind(split.rlPart2);
     else
-        Parse_Uri(msg, message::roomy(split.rlPart2), record.uri.user, record.uri.addr);
+        Parse_Uri(msg.store, message::padded(split.rlPart2), record.uri.user, record.uri.addr);
     record.method = split.method;
 }
 
 int refuse_cseq(const message &msg) {
     const char *const value = msg.value(header::cseq).data();
-    return msg.refuse(value != nullptr ? SIP_DECODE_BAD_CSEQ : SIP_DECODE_NO_CSEQ, "CSeq", value);
+    return msg.store.refuse(value != nullptr ? SIP_DECODE_BAD_CSEQ : SIP_DECODE_NO_CSEQ, "CSeq", value);
 }
 
 // Three or more Vias are counted and not read. False when there is none.
@@ -101,7 +101,7 @@ void decode_by_method(message &msg, SIP_CODE_MSG &record) {
     if (is_any_of(cseq_method, {SIP_REQUEST_MSG_MESSAGE, SIP_REQUEST_MSG_SUBCRIBE, SIP_REQUEST_MSG_NOTIFY}))
         Parse_Sdp_Sub_And_Msg(&record.msg_sdp, msg);
     if (method == SIP_REQUEST_MSG_NOTIFY)
-        Parse_Message_Summary(msg, &record.message_summary, msg.split.content);
+        Parse_Message_Summary(msg.store, &record.message_summary, msg.split().content);
     Parse_Content_Type(&record.content, msg);
     if (cseq_method == SIP_REQUEST_MSG_INFO && method == SIP_REQUEST_MSG_INFO)
         Parse_Info(&record.info, msg);
@@ -115,9 +115,9 @@ void decode_by_method(message &msg, SIP_CODE_MSG &record) {
 
 int decode_record(message &msg, SIP_CODE_MSG &record) {
     if (msg.header_lines() < 2) // the start line alone
-        return msg.refuse(SIP_DECODE_NO_HEADER, "", nullptr);
+        return msg.store.refuse(SIP_DECODE_NO_HEADER, "", nullptr);
     if (Parse_Callid(msg, &record) < 0)
-        return msg.refuse(SIP_DECODE_NO_CALL_ID, "Call-ID", nullptr);
+        return msg.store.refuse(SIP_DECODE_NO_CALL_ID, "Call-ID", nullptr);
     if (Parse_Cseq(&record.cseq, msg) < 0)
         return refuse_cseq(msg);
     decode_start_line(msg, record);
@@ -134,7 +134,7 @@ int decode_record(message &msg, SIP_CODE_MSG &record) {
     Parse_RAck(&record.rack, msg);
     Parse_PCalledPartyID(&record.callparty, msg);
     if (!decode_vias(msg, record))
-        return msg.refuse(SIP_DECODE_NO_VIA, "Via", nullptr);
+        return msg.store.refuse(SIP_DECODE_NO_VIA, "Via", nullptr);
     Parse_Supported(msg, &record);
     decode_rseq(msg, record);
     decode_expiry(msg, record);
@@ -155,7 +155,7 @@ int decode_record(message &msg, SIP_CODE_MSG &record) {
     Parse_Min_Expires(&record.min_expires, msg);
     Parse_Call_Info(msg, &record);
     decode_by_method(msg, record);
-    Str_N_Copy(record.xml_buf, msg.split.content, sizeof record.xml_buf);
+    Str_N_Copy(record.xml_buf, msg.split().content, sizeof record.xml_buf);
     return decoded;
 }
 

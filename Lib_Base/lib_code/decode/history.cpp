@@ -16,12 +16,12 @@ constexpr std::size_t longest_value = 511;
 constexpr std::size_t cause_length = 3;
 
 void Parse_HistoryInfo_Cause(const message &msg, text entry, char (&cause)[16]) {
-    const parts found = cut_at("cause=", entry);
+    const parts found = cut_at(entry, "cause=");
     if (!found.found)
         return;
-    store(cause, at_most(cause_length, found.after)); // a ";" that comes earlier included
-    if (const text whole = cut_at(';', found.after).before; whole.size() > cause_length)
-        msg.note_cut(cause, whole, cause_length);
+    store(cause, at_most(found.after, cause_length)); // a ";" that comes earlier included
+    if (const text whole = cut_at(found.after, ';').before; whole.size() > cause_length)
+        msg.store.note_cut(cause, whole, cause_length);
 }
 
 } // namespace
@@ -30,9 +30,8 @@ void Parse_History_info(const message &msg, SIP_CODE_MSG *pcode_msg) {
     const text value = msg.value(header::history_info);
     if (value.data() == nullptr)
         return;
-    char scratch[longest_value + 1];
-    store(scratch, msg.within(longest_value, value));
-    char *cursor = scratch;
+    terminated<longest_value> scratch(msg.store.within(value, longest_value));
+    char *cursor = scratch.data();
     const auto is_free = [](const SIP_HISTORY_INFO &slot) { return slot.use == 0; };
     for (auto *slot = pcode_msg->history_info;; ++slot) {
         slot = std::find_if(slot, std::end(pcode_msg->history_info), is_free);
@@ -43,7 +42,7 @@ void Parse_History_info(const message &msg, SIP_CODE_MSG *pcode_msg) {
             return;
         slot->use = 1;
         Parse_HistoryInfo_Cause(msg, entry, slot->cause);
-        Parse_Uri(msg, text(entry), slot->user, slot->addr);
+        Parse_Uri(msg.store, padded_text(text(entry)), slot->user, slot->addr);
     }
 }
 

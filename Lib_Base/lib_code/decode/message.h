@@ -5,7 +5,8 @@
 #include <cstdint>
 
 #include "decode.h"
-#include "notes.h"
+#include "header_names.h"
+#include "store.h"
 #include "text.h"
 
 namespace sipcode {
@@ -22,61 +23,12 @@ inline int take_first(line_set &lines) {
     return first;
 }
 
-// Every header name that a decoder looks up, compact forms included.
-enum class header : std::uint8_t {
-    alert_info,
-    authentication_info,
-    authorization,
-    call_id,
-    call_info,
-    contact,
-    content_type,
-    cseq,
-    date,
-    event,
-    expires,
-    from,
-    history_info,
-    korvadex,
-    korvadex_extern,
-    max_forwards,
-    min_expires,
-    min_se,
-    p_called_party_id,
-    proxy_authenticate,
-    proxy_authorization,
-    rack,
-    record_route,
-    refer_to,
-    referred_by,
-    replaces,
-    require,
-    rseq,
-    service_route,
-    session_expires,
-    subscription_state,
-    supported,
-    to,
-    user_agent,
-    via,
-    www_authenticate,
-    compact_call_id,         // "i"
-    compact_contact,         // "m"
-    compact_content_type,    // "c"
-    compact_from,            // "f"
-    compact_session_expires, // "x"
-    compact_supported,       // "k"
-    compact_to,              // "t"
-    compact_via,             // "v"
-};
-inline constexpr std::size_t header_count = static_cast<std::size_t>(header::compact_via) + 1;
-
 // A message that SIP_Decode_Parse_Msg split, or one that the host did.
-class message : public decode_notes {
+class message {
   public:
     // Over a message that is still to be split, into record; the report may be null.
     message(SIP_MSG &storage, const SIP_CODE_MSG &record, SIP_DECODE_REPORT *decode_report)
-        : decode_notes(storage, record, decode_report), split(storage) {}
+        : store(storage, record, decode_report), split_message(storage) {}
 
     // Over a message that the host split.
     explicit message(SIP_MSG &host_split);
@@ -85,10 +37,10 @@ class message : public decode_notes {
     message &operator=(const message &) = delete;
 
     int header_lines() const { return header_line_count; }
-    text header_line(int index) const { return {split.header[index], header_length[index]}; }
+    text header_line(int index) const { return {split_message.header[index], header_length[index]}; }
 
     int body_lines() const { return body_line_count; }
-    text body_line(int index) const { return {split.line[index], body_length[index]}; }
+    text body_line(int index) const { return {split_message.line[index], body_length[index]}; }
 
     // Value of the first header line with this name, behind the colon and leading blanks; a null slice when there is none.
     // Its data is terminated at its end.
@@ -97,11 +49,12 @@ class message : public decode_notes {
         return first_line[number] == 0 ? text() : text(first_value[number].begin, first_value[number].size);
     }
 
-    // A slice of a message that SIP_Decode_Parse_Msg split: other members of its SIP_MSG stand behind it.
-    static roomy_text roomy(text slice) {
-        static_assert(offsetof(SIP_MSG, content) + sizeof split.content == offsetof(SIP_MSG, data));
-        static_assert(offsetof(SIP_MSG, data) + sizeof split.data + 15 <= sizeof(SIP_MSG));
-        return roomy_text(slice);
+    // A slice of a message that SIP_Decode_Parse_Msg split: other members of its SIP_MSG stand behind it. A message that the host
+    // split has no such padding; its values are copied first.
+    static padded_text padded(text slice) {
+        static_assert(offsetof(SIP_MSG, content) + sizeof SIP_MSG::content == offsetof(SIP_MSG, data));
+        static_assert(offsetof(SIP_MSG, data) + sizeof SIP_MSG::data + 15 <= sizeof(SIP_MSG));
+        return padded_text(slice);
     }
 
     // The same, by the full name or, when there is no such line, by the compact form.
@@ -121,12 +74,15 @@ class message : public decode_notes {
     line_set record_route_lines() const { return record_routes; }
 
     // The body as received.
-    text body() const { return {split.content, content_length}; }
+    text body() const { return {split_message.content, content_length}; }
 
     // Takes trailing blanks off the body, in place.
     void trim_body();
 
-    SIP_MSG &split;
+    SIP_MSG &split() { return split_message; }
+    const SIP_MSG &split() const { return split_message; }
+
+    bounded_store store;
 
   private:
     friend int SIP_Decode_Parse_Msg(message &msg, std::size_t length);
@@ -135,6 +91,7 @@ class message : public decode_notes {
     void index_headers(ReadableBytes readable_bytes);
     void count_line(header name, line_set line);
 
+    SIP_MSG &split_message;
     // Only the entries of counted lines are ever set: a decode does not pay for those that it does not use.
     unsigned header_length[max_lines];
     unsigned body_length[max_lines];
@@ -150,7 +107,7 @@ class message : public decode_notes {
     std::size_t content_length = 0;
 };
 
-// Splits the text in msg.split.data, terminated and length bytes long. 0 when it has an acceptable start line, else -1.
+// Splits the text in msg.split().data, terminated and length bytes long. 0 when it has an acceptable start line, else -1.
 int SIP_Decode_Parse_Msg(message &msg, std::size_t length);
 
 } // namespace sipcode

@@ -22,13 +22,13 @@ void Decode_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
     if (value.data() == nullptr)
         return;
     pcode_msg->record_route.use = 1;
-    msg.copy_verbatim(pcode_msg->record_route.content, value);
+    msg.store.put_verbatim(pcode_msg->record_route.content, value);
 }
 
 // The last of the lines, behind its colon and the one blank that is taken to stand there.
 text second_route(const message &msg) {
     const int last = max_lines - 1 - std::countl_zero(msg.record_route_lines());
-    return drop(1, cut_at(':', msg.within(longest_line, msg.header_line(last))).after);
+    return drop(cut_at(msg.store.within(msg.header_line(last), longest_line), ':').after, 1);
 }
 
 // A response that sets up a dialog lists the routes from the far end; requests need them from the near one.
@@ -47,7 +47,7 @@ void store_joined(const message &msg, char (&member)[N], text first, text second
     joined.append(second);
     store(member, {scratch, joined.length()});
     if (const std::size_t length = first.size() + 1 + second.size(); length >= N)
-        msg.note_cut(member, {scratch, length}, N - 1); // put together from pieces, so it has no place
+        msg.store.note_cut(member, {scratch, length}, N - 1); // put together from pieces, so it has no place
 }
 
 int CompareSupportedString(const char *pSupported) {
@@ -74,7 +74,7 @@ void Parse_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
     const text first = member_text(routes.content);
     const text second = second_route(msg);
     routes.use = 1;
-    if (routes_are_reversed(msg.split.method, pcode_msg->cseq.method))
+    if (routes_are_reversed(msg.split().method, pcode_msg->cseq.method))
         store_joined(msg, routes.content, second, first);
     else
         store_joined(msg, routes.content, first, second);
@@ -90,7 +90,7 @@ int Parse_Supported(const message &msg, SIP_CODE_MSG *pcode_msg) {
     constexpr int slots = sizeof supported.supported_type / sizeof supported.supported_type[0];
     char tags[sizeof supported.SUPPORTED];
     Str_N_Copy(tags, value.data(), sizeof tags - 1);
-    msg.copy_verbatim(supported.SUPPORTED, value);
+    msg.store.put_verbatim(supported.SUPPORTED, value);
     supported.use = 1;
 
     char *cursor = tags;

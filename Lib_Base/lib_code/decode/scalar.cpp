@@ -32,7 +32,7 @@ template <int N>
 bool copy_if_any(const message &msg, char (&member)[N], text value, int bound = N - 1) {
     if (value.data() == nullptr)
         return false;
-    msg.copy_verbatim(member, value, bound);
+    msg.store.put_verbatim(member, value, bound);
     return true;
 }
 
@@ -48,7 +48,7 @@ bool copy_present(const message &msg, Record &record, char (&member)[N], text va
 // A number of seconds, of which at most 63 characters are looked at.
 int seconds(const message &msg, text value) {
     constexpr std::size_t longest = 63;
-    return Str_Atoi(terminated<longest>(msg.within(longest, value)).c_str());
+    return Str_Atoi(terminated<longest>(msg.store.within(value, longest)).c_str());
 }
 
 } // namespace
@@ -72,7 +72,7 @@ int Parse_Cseq(SIP_CSEQ *pcseq, const message &msg) {
         return not_found;
     }
     pcseq->seq = seq.value;
-    pcseq->method = SIP_Decode_Parse_Method(cut_at(' ', value).after);
+    pcseq->method = SIP_Decode_Parse_Method(cut_at(value, ' ').after);
     return found;
 }
 
@@ -116,7 +116,7 @@ int Parse_RAck(SIP_RACK *prack_msg, const message &msg) {
     const bool both = items.integer(rack) && items.integer(cseq);
     prack_msg->rack = rack;
     prack_msg->cseq = cseq;
-    prack_msg->method = SIP_Decode_Parse_Method(at_most(longest_method, both ? items.word() : text()));
+    prack_msg->method = SIP_Decode_Parse_Method(at_most(both ? items.word() : text(), longest_method));
     return found;
 }
 
@@ -133,7 +133,7 @@ void Parse_Expires(int *expiry, const message &msg) {
         *expiry = read_terminated_number(value.data()).value;
         return;
     }
-    const parts parameter = cut_at(";expires=", at_most(longest_contact, msg.value(header::contact)));
+    const parts parameter = cut_at(at_most(msg.value(header::contact), longest_contact), ";expires=");
     *expiry = parameter.found ? to_int(parameter.after) : default_expiry;
 }
 
@@ -171,12 +171,12 @@ void Parse_Session_Expires(SIP_SESSION_EXPIRES *psessionexpires, const message &
     if (value.data() == nullptr)
         return;
     constexpr std::size_t longest = 63;
-    const terminated<longest> scratch(msg.within(longest, value));
-    const parts interval = cut_at(';', scratch.whole());
+    const terminated<longest> scratch(msg.store.within(value, longest));
+    const padded_parts interval = cut_at(scratch.whole(), ';');
     psessionexpires->use = 1;
     psessionexpires->sessionexpires = seconds(msg, interval.before);
-    if (const parts parameter = cut_at('=', interval.after); parameter.found)
-        msg.copy_verbatim(psessionexpires->refresher, parameter.after, sizeof psessionexpires->refresher);
+    if (const padded_parts parameter = cut_at(interval.after, '='); parameter.found)
+        msg.store.put_verbatim(psessionexpires->refresher, parameter.after, sizeof psessionexpires->refresher);
 }
 
 void Parse_Min_Se(SIP_MIN_SE *pMinSe, const message &msg) {
@@ -201,7 +201,7 @@ int Parse_Call_Info(const message &msg, SIP_CODE_MSG *pcode_msg) {
     if (value.data() == nullptr)
         return not_found;
     pcode_msg->call_info.use = 1;
-    msg.store(pcode_msg->call_info.content, value);
+    msg.store.put(pcode_msg->call_info.content, value);
     return found;
 }
 

@@ -9,9 +9,8 @@ namespace sipcode {
 namespace {
 
 // The text behind the double quote that closes the string which begins t; null when none does.
-template <class Text>
-Text behind_quoted(Text t) {
-    for (basic_parts<Text> cut = cut_at('"', t); cut.found; cut = cut_at('"', cut.after))
+padded_text behind_quoted(padded_text t) {
+    for (padded_parts cut = cut_at(t, '"'); cut.found; cut = cut_at(cut.after, '"'))
         if (cut.before.empty() || cut.before.back() != '\\')
             return cut.after;
     return {};
@@ -19,30 +18,27 @@ Text behind_quoted(Text t) {
 
 } // namespace
 
-template <class Text>
-Text Parse_Brackets(Text value) {
-    for (Text rest = value;;) {
-        const basic_parts<Text> open = cut_at('<', rest);
+padded_text Parse_Brackets(padded_text value) {
+    for (padded_text rest = value;;) {
+        const padded_parts open = cut_at(rest, '<');
         if (!open.found)
             return value;
-        const basic_parts<Text> quote = cut_at('"', open.before);
+        const padded_parts quote = cut_at(open.before, '"');
         if (!quote.found) {
-            const basic_parts<Text> closed = cut_at('>', open.after);
+            const padded_parts closed = cut_at(open.after, '>');
             if (closed.found)
                 return closed.before;
             SIPCODE_TRACE(1, "No closing bracket found in '%s'", terminated(value).c_str());
             return value;
         }
-        rest = behind_quoted(Text(quote.after.data(), static_cast<std::size_t>(rest.end() - quote.after.data())));
+        rest =
+            behind_quoted(padded_text(quote.after.data(), static_cast<std::size_t>(rest.end() - quote.after.data())));
         if (rest.data() == nullptr) {
             SIPCODE_TRACE(1, "No closing quote found in '%s'", terminated(value).c_str());
             return value;
         }
     }
 }
-
-template text Parse_Brackets(text value);
-template roomy_text Parse_Brackets(roomy_text value);
 
 namespace {
 
@@ -66,7 +62,7 @@ const char *Parse_Header(const SIP_MSG *psip_msg, const char *name) {
             continue;
         const text line = entry;
         if (starts_with_name(line, wanted))
-            return skip_blanks(drop(wanted.size() + 1, line)).data();
+            return skip_blanks(drop(line, wanted.size() + 1)).data();
     }
     return nullptr;
 }

@@ -57,7 +57,7 @@ e_codec codec_of_payload(int payload) {
 // The codec whose encoding is the next word of the line.
 e_codec codec_of_encoding(scanner items) {
     items.white_space();
-    const roomy_text line = message::roomy(items.rest());
+    const padded_text line = message::padded(items.rest());
     for (const dynamic_encoding &known : dynamic_encodings) {
         const std::size_t length = known.encoding.size();
         if (starts_nocase(line, known.encoding) && (line.size() == length || is_white_space(line[length])))
@@ -68,11 +68,13 @@ e_codec codec_of_encoding(scanner items) {
 
 // ------------------------------------------------------------------------------------------------------------- lines
 
-bool Parse_Sdp_Fonud(const message &msg) {
-    if (!starts_nocase(msg.value(header::content_type, header::compact_content_type), "application/sdp"))
+bool Parse_Sdp_Fonud(message &msg) {
+    constexpr nocase session_description = "application/sdp";
+    const text type = msg.value(header::content_type, header::compact_content_type);
+    if (!starts_nocase(message::padded(type), session_description))
         return false;
-    msg.split.sdp_start = 0;
-    msg.split.sdp_end = static_cast<unsigned>(msg.body_lines());
+    msg.split().sdp_start = 0;
+    msg.split().sdp_end = static_cast<unsigned>(msg.body_lines());
     return true;
 }
 
@@ -91,9 +93,9 @@ constexpr std::uint16_t type_mark(char letter, char mark) {
 session_lines sort_lines(const message &msg) {
     constexpr std::uint16_t letter_case = type_mark('a' - 'A', '\0');
     session_lines sorted;
-    for (unsigned i = msg.split.sdp_start; i < msg.split.sdp_end; ++i) {
+    for (unsigned i = msg.split().sdp_start; i < msg.split().sdp_end; ++i) {
         const line_set this_line = line_set{1} << i;
-        switch (load_word(msg.split.line[i], 2) | letter_case) { // of an empty line, its terminator and one byte more
+        switch (load_word(msg.split().line[i], 2) | letter_case) { // of an empty line, its terminator and one byte more
         case type_mark('a', '='):
             sorted.attributes |= this_line;
             break;
@@ -137,7 +139,7 @@ text connection_host(const message &msg, text value) {
     scanner items(value);
     if (!items.literal("IN") || !items.white_space() || !items.literal("IP4"))
         return {};
-    return msg.within(longest_host, items.word());
+    return msg.store.within(items.word(), longest_host);
 }
 
 // ------------------------------------------------------------------------------------------------------- media lines
@@ -215,7 +217,7 @@ class media_reader {
   private:
     void store_address(IPV4_ADDRESS &addr, int port) const {
         addr.port = port;
-        msg.store(addr.ip, host);
+        msg.store.put(addr.ip, host);
     }
 
     bool read_audio(const media_line &line) {
@@ -295,7 +297,8 @@ class media_reader {
 
 // ----------------------------------------------------------------------------------------------------- raw body text
 
-enum direction { sendrecv = 0, sendonly = 1, recvonly = 2, inactive = 3, no_direction = 4 };
+// Behind the last SIP_MEDIA_DIRECTION.
+constexpr int no_direction = SIP_MEDIA_INACTIVE + 1;
 
 // In the order of precedence.
 constexpr text direction_names[] = {"sendrecv", "sendonly", "recvonly", "inactive"};
@@ -303,22 +306,22 @@ constexpr std::size_t direction_line_length = std::size("a=sendrecv\r\n") - 1;
 
 // What a text begins with, as a number; missing characters are 0.
 constexpr std::size_t beginning_length = 8;
-inline std::uint64_t beginning_of(text t) { return load_word(t.data(), at_most(beginning_length, t).size()); }
+inline std::uint64_t beginning_of(text t) { return load_word(t.data(), at_most(t, beginning_length).size()); }
 constexpr std::uint64_t beginning_word(text constant) {
-    return word_of(constant.data(), at_most(beginning_length, constant).size());
+    return word_of(constant.data(), at_most(constant, beginning_length).size());
 }
 
 // The direction that an attribute with this beginning gives.
-direction direction_of(std::uint64_t beginning) {
+int direction_of(std::uint64_t beginning) {
     switch (beginning) {
-    case beginning_word(direction_names[sendrecv]):
-        return sendrecv;
-    case beginning_word(direction_names[sendonly]):
-        return sendonly;
-    case beginning_word(direction_names[recvonly]):
-        return recvonly;
-    case beginning_word(direction_names[inactive]):
-        return inactive;
+    case beginning_word(direction_names[SIP_MEDIA_SENDRECV]):
+        return SIP_MEDIA_SENDRECV;
+    case beginning_word(direction_names[SIP_MEDIA_SENDONLY]):
+        return SIP_MEDIA_SENDONLY;
+    case beginning_word(direction_names[SIP_MEDIA_RECVONLY]):
+        return SIP_MEDIA_RECVONLY;
+    case beginning_word(direction_names[SIP_MEDIA_INACTIVE]):
+        return SIP_MEDIA_INACTIVE;
     default:
         return no_direction;
     }
@@ -337,7 +340,7 @@ class media_section {
                 end = behind.data() - media_mark;
         } else if ((beginning & counted) == medium) {
             found = true;
-            if (const parts line = cut_at(line_end, behind); line.found)
+            if (const parts line = cut_at(behind, line_end); line.found)
                 begin = line.after.data();
         }
     }
@@ -365,8 +368,8 @@ class media_section {
 
 // What counts in a body wherever it stands.
 struct body_marks {
-    text packet_time;               // behind the first "a=ptime:", null when there is none
-    direction media = no_direction; // the first in the order of precedence
+    text packet_time;         // behind the first "a=ptime:", null when there is none
+    int media = no_direction; // the first in the order of precedence
     bool silence = false;
     media_section audio{"audio"};
     media_section video{"video"};
@@ -374,12 +377,12 @@ struct body_marks {
     void see_attribute(text behind, std::uint64_t beginning) {
         constexpr text packet_time_name = "ptime:";
         constexpr std::uint64_t counted = (std::uint64_t{1} << (8 * packet_time_name.size())) - 1;
-        if (const direction given = direction_of(beginning); given != no_direction) {
+        if (const int given = direction_of(beginning); given != no_direction) {
             media = std::min(media, given);
             audio.see_direction(behind.data());
         } else if ((beginning & counted) == beginning_word(packet_time_name)) {
             if (packet_time.data() == nullptr)
-                packet_time = drop(packet_time_name.size(), behind);
+                packet_time = drop(behind, packet_time_name.size());
         } else if (starts_with(behind, "SilcenceSupp")) { // spelling is part of the interface
             silence = true;
         }
@@ -389,7 +392,7 @@ struct body_marks {
 // Every mark is told by its "=", the rarest byte of what a body is searched for, and the letter before it.
 body_marks find_marks(text body, const message &msg) {
     body_marks marks;
-    const auto readable = static_cast<std::size_t>(std::end(msg.split.content) - body.data());
+    const auto readable = static_cast<std::size_t>(std::end(msg.split().content) - body.data());
     for_each_byte(body.data(), body.size(), readable, '=', [&marks, body](std::size_t place) {
         const char letter = place == 0 ? '\0' : body[place - 1];
         if (letter != 'a' && letter != 'm')
@@ -412,13 +415,13 @@ void read_packet_time(const message &msg, text value, int &milliseconds) {
     const auto digits =
         static_cast<std::size_t>(std::find_if_not(value.begin(), value.end(), is_digit) - value.begin());
     if (digits > longest)
-        msg.note_cut(&milliseconds, at_most(digits, value), longest);
+        msg.store.note_cut(&milliseconds, at_most(value, digits), longest);
 }
 
 void Parse_Sdp_Audio_Media(SIP_SDP *SDP, const message &msg, const body_marks &found) {
     if (found.packet_time.data() != nullptr)
         read_packet_time(msg, found.packet_time, SDP->a_ptime);
-    SDP->a_media = found.media == no_direction ? sendrecv : found.media;
+    SDP->a_media = found.media == no_direction ? SIP_MEDIA_SENDRECV : found.media;
 }
 
 constexpr std::size_t longest_section = sizeof SIP_SDP::a_content - 1;
@@ -429,13 +432,13 @@ text whole_lines(text section) {
     const std::size_t room = longest_section - direction_line_length;
     if (section.size() <= room)
         return section;
-    return at_most(at_most(room, section).rfind('\n') + 1, section); // without a line end: npos + 1, nothing
+    return at_most(section, at_most(section, room).rfind('\n') + 1); // without a line end: npos + 1, nothing
 }
 
 void store_section(const message &msg, char (&content)[longest_section + 1], text section, text kept) {
     store(content, kept);
     if (kept.size() < section.size())
-        msg.note_cut(content, section, kept.size());
+        msg.store.note_cut(content, section, kept.size());
 }
 
 void Parse_Sdp_Video_Content(SIP_SDP *SDP, const message &msg, const media_section &video) {
@@ -445,10 +448,10 @@ void Parse_Sdp_Video_Content(SIP_SDP *SDP, const message &msg, const media_secti
     store_section(msg, SDP->v_content, section, section.size() <= longest_section ? section : whole_lines(section));
     constexpr text address_mark = "IN IP4 ";
     if (const std::size_t at = section.find(address_mark); at != text::npos) {
-        terminated scratch(drop(at, section));
+        terminated scratch(drop(section, at));
         char *cursor = scratch.data();
         if (const char *const address = Str_Two_Tok(&cursor, address_mark.data(), line_end); address != nullptr)
-            msg.store(SDP->v_addr.ip, address);
+            msg.store.put(SDP->v_addr.ip, address);
     }
     std::printf("sdp video content=\n%s\n", SDP->v_content);
 }
@@ -509,14 +512,14 @@ void read_fax_attribute(const message &msg, text value, FAX_INFO &fax) {
         if (!items.literal(known.name))
             continue;
         if (const text word = items.word(); !word.empty())
-            msg.store(fax.*known.member, word);
+            msg.store.put(fax.*known.member, word);
         return;
     }
 }
 
 } // namespace
 
-void Parse_Sdp(SIP_SDP *SDP, const message &msg) {
+void Parse_Sdp(SIP_SDP *SDP, message &msg) {
     if (!Parse_Sdp_Fonud(msg))
         return;
     const session_lines lines = sort_lines(msg);

@@ -14,141 +14,6 @@
 namespace sipcode {
 namespace {
 
-// ------------------------------------------------------------------------------------------------ names of headers
-
-constexpr nocase header_names[header_count] = {
-    "Alert-Info",
-    "Authentication-Info",
-    "Authorization",
-    "Call-ID",
-    "Call-Info",
-    "Contact",
-    "Content-Type",
-    "CSeq",
-    "Date",
-    "Event",
-    "Expires",
-    "From",
-    "History-Info",
-    "Korvadex",
-    "Korvadex-Extern",
-    "Max-Forwards",
-    "Min-Expires",
-    "Min-SE",
-    "P-Called-Party-ID",
-    "Proxy-Authenticate",
-    "Proxy-Authorization",
-    "RAck",
-    "Record-Route",
-    "Refer-To",
-    "Referred-By",
-    "Replaces",
-    "Require",
-    "RSeq",
-    "Service-Route",
-    "Session-Expires",
-    "Subscription-State",
-    "Supported",
-    "To",
-    "User-Agent",
-    "Via",
-    "WWW-Authenticate",
-    "i",
-    "m",
-    "c",
-    "f",
-    "x",
-    "k",
-    "t",
-    "v",
-};
-
-constexpr std::size_t longest_name =
-    std::max_element(std::begin(header_names), std::end(header_names), [](const nocase &a, const nocase &b) {
-        return a.size() < b.size();
-    })->size();
-
-// A name finds its header in one step: no two names share a slot, which measuring the names when compiling ensures. A slot that
-// is left over names any header: the name is compared all the same.
-constexpr std::size_t slot_count = 256;
-constexpr std::uint8_t no_header = 0xFF;
-
-struct name_slots {
-    unsigned factor = 0;
-    std::uint8_t header_of[slot_count] = {};
-};
-
-constexpr unsigned case_bit = 'a' - 'A'; // set in every character; what looks alike then is told apart by comparing
-
-// Of a name with its colon: its first two characters, its last and its length.
-constexpr std::size_t slot_of(unsigned factor, std::uint64_t first_two, char last, std::size_t length) {
-    const auto letters = static_cast<unsigned>(first_two) | static_cast<unsigned>(static_cast<unsigned char>(last))
-                                                                << 16;
-    return ((letters | case_bit * 0x010101U | static_cast<unsigned>(length) << 24) * factor) >> 24;
-}
-
-consteval bool place_names(name_slots &slots) {
-    bool taken[slot_count] = {};
-    for (std::size_t i = 0; i < header_count; ++i) {
-        const text name = header_names[i];
-        const char first_two[] = {name[0], name.size() == 1 ? ':' : name[1]};
-        const std::size_t slot = slot_of(slots.factor, word_of(first_two, 2), name.back(), name.size());
-        if (taken[slot])
-            return false;
-        taken[slot] = true;
-        slots.header_of[slot] = static_cast<std::uint8_t>(i);
-    }
-    return true;
-}
-
-consteval name_slots find_slots() {
-    name_slots slots;
-    for (slots.factor = 0x9E3779B1U; !place_names(slots);)
-        slots.factor += 0x6D2B79F6U;
-    return slots;
-}
-constexpr name_slots slots = find_slots();
-
-// The beginning of a terminated line, with as many readable bytes as its name is compared by. What stands there behind the
-// terminator is never taken for a part of the name, which holds no NUL.
-class line_start {
-  public:
-    static constexpr std::size_t length = 32;
-    static_assert(longest_name < length);
-
-    line_start(text line, std::size_t readable) : bytes(line.data()) {
-        if (readable >= length)
-            return;
-        std::memset(padded, 0, sizeof padded);
-        copy_bytes(padded, line.data(), at_most(length, line).size());
-        bytes = padded;
-    }
-    line_start(const line_start &) = delete;
-    line_start &operator=(const line_start &) = delete;
-
-    bool begins(const nocase &name) const { return name.begins_roomy(bytes); }
-
-    // Characters before the first colon; 0 when there is none, or none near enough for a name.
-    std::size_t name_length() const {
-        unsigned colons = matches16(bytes, ':');
-        if (colons == 0)
-            colons = matches16(bytes + 16, ':') << 16;
-        return colons == 0 ? 0 : static_cast<std::size_t>(std::countr_zero(colons));
-    }
-
-    // Number of the header whose name has this length, no_header when it is none of ours.
-    std::uint8_t header_of(std::size_t name_length) const {
-        const std::size_t slot = slot_of(slots.factor, load_word(bytes, 2), bytes[name_length - 1], name_length);
-        const std::uint8_t candidate = slots.header_of[slot];
-        const nocase &name = header_names[candidate];
-        return name.size() == name_length && begins(name) ? candidate : no_header;
-    }
-
-  private:
-    const char *bytes;
-    char padded[length];
-};
-
 // ------------------------------------------------------------------------------------------------ cutting into lines
 
 struct received {
@@ -267,33 +132,33 @@ char *take_token(char *&rest, char *end) {
 }
 
 // Sets rlPart1 and rlPart2. 0, or -1 when the line is none of the two forms.
-int Parse_StartLine_Parts(const message &msg) {
+int Parse_StartLine_Parts(message &msg) {
     constexpr nocase protocol = "SIP/2.0";
-    SIP_MSG &split = msg.split;
+    SIP_MSG &split = msg.split();
     char *const line = split.header[0];
     char *end = line + msg.header_line(0).size();
     char *rest = behind_blanks(line, end);
     if (rest == end)
-        return msg.refuse(SIP_DECODE_NO_START_LINE, "", line);
+        return msg.store.refuse(SIP_DECODE_NO_START_LINE, "", line);
     split.rlPart1 = take_token(rest, end);
     if (rest == end)
-        return msg.refuse(SIP_DECODE_NO_START_LINE, "", line);
+        return msg.store.refuse(SIP_DECODE_NO_START_LINE, "", line);
     while (is_blank(end[-1]))
         *--end = '\0';
 
-    if (equals_nocase(split.rlPart1, protocol)) {
+    if (equals_nocase(message::padded(split.rlPart1), protocol)) {
         split.rlPart2 = rest;
-        return end - rest < 3 ? msg.refuse(SIP_DECODE_BAD_STATUS, "", rest) : 0;
+        return end - rest < 3 ? msg.store.refuse(SIP_DECODE_BAD_STATUS, "", rest) : 0;
     }
     if (*rest == '<') {
         SIPCODE_TRACE(0, "bogus uri in <> %s", rest);
-        Parse_Brackets(text(rest)); // the message is refused all the same: only its log line counts
-        return msg.refuse(SIP_DECODE_BAD_URI, "", rest);
+        Parse_Brackets(message::padded({rest, static_cast<std::size_t>(end - rest)})); // for its log line
+        return msg.store.refuse(SIP_DECODE_BAD_URI, "", rest);
     }
     split.rlPart2 = take_token(rest, end);
-    if (!equals_nocase(text(rest, static_cast<std::size_t>(end - rest)), protocol)) {
+    if (!equals_nocase(message::padded({rest, static_cast<std::size_t>(end - rest)}), protocol)) {
         SIPCODE_TRACE(0, "Bad request protocol %s", rest);
-        return msg.refuse(SIP_DECODE_BAD_PROTOCOL, "", rest);
+        return msg.store.refuse(SIP_DECODE_BAD_PROTOCOL, "", rest);
     }
     return 0;
 }
@@ -338,7 +203,7 @@ void message::count_line(header name, line_set line) {
 }
 
 int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
-    SIP_MSG &split = msg.split;
+    SIP_MSG &split = msg.split();
     const received whole{split.data, split.data + length};
     // The rest of the last block, and more where there is room, so that what follows a text can be read.
     std::memset(whole.end, 0, std::min(2 * block_size - length % block_size, sizeof split.data - length));
@@ -348,7 +213,7 @@ int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
         cut_lines<section::headers>(whole, finder, begin, split.header, msg.header_length);
 
     // The body is kept whole before it is cut.
-    msg.body_begin = begin;
+    msg.store.body_begin = begin;
     msg.content_length = static_cast<std::size_t>(whole.end - begin);
     std::memcpy(split.content, begin, msg.content_length + 1);
     split.lines = msg.body_line_count = cut_lines<section::body>(whole, finder, begin, split.line, msg.body_length);
@@ -373,15 +238,15 @@ int measure_lines(char *const *lines, int count, unsigned *lengths) {
 } // namespace
 
 message::message(SIP_MSG &host_split)
-    : split(host_split), header_line_count(measure_lines(split.header, split.headers, header_length)),
-      body_line_count(measure_lines(split.line, split.lines, body_length)),
-      content_length(strnlen(split.content, sizeof split.content)) {
+    : split_message(host_split), header_line_count(measure_lines(host_split.header, host_split.headers, header_length)),
+      body_line_count(measure_lines(host_split.line, host_split.lines, body_length)),
+      content_length(strnlen(host_split.content, sizeof host_split.content)) {
     index_headers([](text line) { return line.size(); });
 }
 
 void message::trim_body() {
-    const std::size_t kept = trim_end(body()).size();
-    std::memset(split.content + kept, 0, content_length - kept);
+    const std::size_t kept = Parse_Trim_Blanks(body()).size();
+    std::memset(split_message.content + kept, 0, content_length - kept);
     content_length = kept;
 }
 

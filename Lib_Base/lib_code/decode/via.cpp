@@ -18,19 +18,19 @@ constexpr std::size_t longest_via = 255;
 constexpr int default_port = 5060;
 constexpr char branch_name[] = "branch=";
 
-roomy_text via_value(const message &msg) {
-    return msg.within(longest_via, message::roomy(msg.filled_value(header::via, header::compact_via)));
+padded_text via_value(const message &msg) {
+    return msg.store.within(message::padded(msg.filled_value(header::via, header::compact_via)), longest_via);
 }
 
-roomy_text value_of_via_line(roomy_text line) { return drop(starts_nocase(line, "v:") ? 3 : 5, line); }
+padded_text value_of_via_line(padded_text line) { return drop(line, starts_nocase(line, "v:") ? 3 : 5); }
 
-void read_branch(const message &msg, roomy_text parameters, SIP_VIA &via) {
-    const auto branch = cut_at(branch_name, parameters);
+void read_branch(const message &msg, padded_text parameters, SIP_VIA &via) {
+    const auto branch = cut_at(parameters, branch_name);
     if (branch.found)
-        msg.store(via.branch, cut_at(';', branch.after).before);
+        msg.store.put(via.branch, cut_at(branch.after, ';').before);
 }
 
-bool is_known_transport(roomy_text word) {
+bool is_known_transport(padded_text word) {
     static constexpr nocase known[] = {"SIP/2.0/UDP", "SIP/2.0/TCP", "SIP/2.0/SCTP", "SIP/2.0/TLS"};
     return std::any_of(std::begin(known), std::end(known),
                        [word](const nocase &transport) { return equals_nocase(word, transport); });
@@ -38,44 +38,44 @@ bool is_known_transport(roomy_text word) {
 
 // Reads transport and sent-by of the text before the first ";". Without a port in it, addr.port becomes port_if_none.
 // Returns the transport word when it is unknown, and then stores nothing; else a null text.
-text read_sent_by(const message &msg, roomy_text head, SIP_VIA &via, int port_if_none) {
-    const auto words = cut_at(' ', head);
+text read_sent_by(const message &msg, padded_text head, SIP_VIA &via, int port_if_none) {
+    const auto words = cut_at(head, ' ');
     if (!words.found)
         return {};
     if (!is_known_transport(words.before))
         return words.before;
-    const auto host_port = cut_at(':', roomy_text(skip_blanks(words.after)));
+    const auto host_port = cut_at(padded_text(skip_blanks(words.after)), ':');
     via.addr.port = host_port.found ? to_int(host_port.after) : port_if_none;
-    msg.store(via.addr.ip, host_port.before);
+    msg.store.put(via.addr.ip, host_port.before);
     return {};
 }
 
-void read_sent_by_or_log(const message &msg, roomy_text head, SIP_VIA &via, int port_if_none) {
+void read_sent_by_or_log(const message &msg, padded_text head, SIP_VIA &via, int port_if_none) {
     if (const text unknown = read_sent_by(msg, head, via, port_if_none); unknown.data() != nullptr)
         SIPCODE_TRACE(0, "Don't know how to respond via '%s'", terminated(unknown).c_str());
 }
 
-void Parse_Via_Not_Branch(const message &msg, SIP_VIA *pvia, roomy_text value) {
+void Parse_Via_Not_Branch(const message &msg, SIP_VIA *pvia, padded_text value) {
     read_sent_by_or_log(msg, value, *pvia, default_port);
 }
 
 // One whole Via line.
-void Parse_Via_Str(const message &msg, SIP_VIA *pvia, roomy_text value) {
-    const auto via = cut_at(';', value);
+void Parse_Via_Str(const message &msg, SIP_VIA *pvia, padded_text value) {
+    const auto via = cut_at(value, ';');
     read_branch(msg, via.after, *pvia);
     read_sent_by_or_log(msg, via.before, *pvia, pvia->addr.port);
 }
 
 // The first Via line of a pair. When a comma follows its branch, the line holds the second Via too, behind its first comma:
 // whatever stands there, blanks included, is taken as a value.
-void Parse_Via_Str1(const message &msg, SIP_VIA *pvia, SIP_VIA *pvia1, roomy_text line) {
-    const auto via = cut_at(';', value_of_via_line(line));
-    const auto branch = cut_at(branch_name, via.after);
+void Parse_Via_Str1(const message &msg, SIP_VIA *pvia, SIP_VIA *pvia1, padded_text line) {
+    const auto via = cut_at(value_of_via_line(line), ';');
+    const auto branch = cut_at(via.after, branch_name);
     if (branch.found) {
-        const auto joined = cut_at(',', branch.after);
+        const auto joined = cut_at(branch.after, ',');
         if (joined.found)
-            Parse_Via_Str(msg, pvia1, cut_at(',', line).after);
-        msg.store(pvia->branch, joined.found ? joined.before : cut_at(';', branch.after).before);
+            Parse_Via_Str(msg, pvia1, cut_at(line, ',').after);
+        msg.store.put(pvia->branch, joined.found ? joined.before : cut_at(branch.after, ';').before);
     }
     if (const text unknown = read_sent_by(msg, via.before, *pvia, pvia->addr.port); unknown.data() != nullptr)
         MT_Log_Process(0, 1, -1, "Don't know how to respond via '%s'\n", terminated(unknown).c_str());
@@ -91,8 +91,8 @@ int SIP_Decode_Judge_Via_Count(const message &msg) {
 }
 
 void Parse_Via(SIP_VIA *pvia, const message &msg) {
-    const roomy_text value = via_value(msg);
-    const auto via = cut_at(';', value);
+    const padded_text value = via_value(msg);
+    const auto via = cut_at(value, ';');
     if (!via.found) {
         SIPCODE_TRACE(0, "via is wrong, via '%s'", terminated(value).c_str());
         Parse_Via_Not_Branch(msg, pvia, value);
@@ -105,7 +105,7 @@ void Parse_Via(SIP_VIA *pvia, const message &msg) {
 void Parse_Via_Pair(SIP_VIA *pvia1, SIP_VIA *pvia, const message &msg) {
     bool first = true;
     for (line_set lines = msg.via_lines(); lines != 0; first = !first) {
-        const roomy_text line = msg.within(longest_via, message::roomy(msg.header_line(take_first(lines))));
+        const padded_text line = msg.store.within(message::padded(msg.header_line(take_first(lines))), longest_via);
         if (first)
             Parse_Via_Str1(msg, pvia1, pvia, line);
         else

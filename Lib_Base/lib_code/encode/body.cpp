@@ -75,9 +75,9 @@ void write_body(writer &out, SIP_CODE_MSG &record, body_sources sources) {
         write_summary(out, record);
     else if (has_sdp(record.sdp))
         write_sdp(out, record.sdp);
-    else if (record.xml.use == 1)
+    else if (record.xml.use == SIP_XML_DOCUMENT)
         write_document(out, record.xml.xml);
-    else if (is_request && record.xml.use == 2)
+    else if (is_request && record.xml.use == SIP_XML_TEXT)
         write_counted(out, member_text(record.xml_buf));
     else if (is_request && record.msg_sdp.use == 1)
         write_counted(out, member_text(record.msg_sdp.content));

@@ -10,10 +10,10 @@ namespace sipcode {
 void strip_ims_prefix(char (&callid)[128]) {
     constexpr std::size_t prefix_length = 4;
     char prefix[prefix_length + 1]; // the member itself may be unterminated
-    store(prefix, at_most(prefix_length, member_text(callid)));
+    store(prefix, at_most(member_text(callid), prefix_length));
     if (Str_N_Cmp(prefix, "ims-", prefix_length) != 0)
         return;
-    const text rest = drop(prefix_length, member_text(callid));
+    const text rest = drop(member_text(callid), prefix_length);
     std::memmove(callid, rest.data(), rest.size());
     callid[rest.size()] = '\0';
 }

@@ -68,9 +68,6 @@ void write_preferred_identity(writer &out, const SIP_CODE_MSG &r) {
     }
 }
 
-// The code of the challenge that is answered selects the header (SIP_AUTHOR.author_type).
-enum answered_challenge { www_authenticate = 102, proxy_authenticate = 103 };
-
 void write_authorization(writer &out, const SIP_AUTHOR &a) {
     if (a.qop[0] != '\0')
         out.line<"Authorization: Digest username=\"%s\",realm=\"%s\",nonce=\"%s\",uri=\"%s\",response=\"%s\","
@@ -99,9 +96,9 @@ void write_proxy_authorization(writer &out, const SIP_AUTHOR &a, int method) {
 }
 
 void write_credentials(writer &out, const SIP_CODE_MSG &r) {
-    if (r.author.author_type == www_authenticate)
+    if (r.author.author_type == SIP_DIGEST_WWW_AUTHENTICATE)
         write_authorization(out, r.author);
-    else if (r.author.author_type == proxy_authenticate)
+    else if (r.author.author_type == SIP_DIGEST_PROXY_AUTHENTICATE)
         write_proxy_authorization(out, r.author, r.method);
 }
 

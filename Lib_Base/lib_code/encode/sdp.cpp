@@ -72,13 +72,12 @@ void write_dynamic_rtpmap(writer &out, e_codec codec, int payload) {
 }
 
 void write_direction(writer &out, int media, const char (&ip)[24]) {
-    enum { sendrecv, sendonly, recvonly, inactive };
-    const bool is_held = media != sendrecv && same_text(ip, "0.0.0.0"); // the hold address only sends
-    if (media == sendonly || is_held)
+    const bool is_held = media != SIP_MEDIA_SENDRECV && same_text(ip, "0.0.0.0"); // the hold address only sends
+    if (media == SIP_MEDIA_SENDONLY || is_held)
         out.line<"a=sendonly\r\n">();
-    else if (media == recvonly)
+    else if (media == SIP_MEDIA_RECVONLY)
         out.line<"a=recvonly\r\n">();
-    else if (media == inactive)
+    else if (media == SIP_MEDIA_INACTIVE)
         out.line<"a=inactive\r\n">();
     else
         out.line<"a=sendrecv\r\n">();

@@ -27,7 +27,7 @@ void locate(text data, int at, int &line, int &column) {
         return;
     line = 1;
     std::size_t line_begin = 0;
-    const text before = at_most(static_cast<std::size_t>(at), data);
+    const text before = at_most(data, static_cast<std::size_t>(at));
     for (std::size_t block = 0; block < before.size(); block += block_size) {
         const std::size_t left = before.size() - block;
         const std::uint64_t ends = left >= block_size ? matches(before.data() + block, '\n')

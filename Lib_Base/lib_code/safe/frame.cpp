@@ -23,7 +23,7 @@ constexpr std::size_t largest_length = INT_MAX;
 // Line ends that stand before a message. A CR alone is none: it may get its LF yet.
 std::size_t keep_alive_length(text data) {
     std::size_t length = 0;
-    for (text rest = data; rest.starts_with('\n') || rest.starts_with("\r\n"); rest = drop(length, data))
+    for (text rest = data; rest.starts_with('\n') || rest.starts_with("\r\n"); rest = drop(data, length))
         length += rest.front() == '\n' ? 1 : 2;
     return length;
 }
@@ -49,18 +49,18 @@ std::size_t header_section_length(text data) {
 
 // The value of a line that states the length, as far as the LF; null data for any other line.
 text length_value(text line) {
-    constexpr nocase full = "Content-Length";
-    constexpr nocase compact = "l";
+    constexpr text full = "Content-Length";
+    constexpr text compact = "l";
     const std::size_t name = starts_nocase(line, full)      ? full.size()
                              : starts_nocase(line, compact) ? compact.size()
                                                             : 0;
-    const text behind_name = skip_blanks(drop(name, line));
-    return name != 0 && behind_name.starts_with(':') ? drop(1, behind_name) : text();
+    const text behind_name = skip_blanks(drop(line, name));
+    return name != 0 && behind_name.starts_with(':') ? drop(behind_name, 1) : text();
 }
 
 // False for what is no number from 0 to largest_length.
 bool read_length(text value, std::size_t &length) {
-    const text digits = trim_end(skip_blanks(value));
+    const text digits = Parse_Trim_Blanks(skip_blanks(value));
     length = 0;
     for (const char c : digits) {
         if (!is_digit(c))
@@ -77,7 +77,7 @@ bool read_length(text value, std::size_t &length) {
 int read_stated_length(text headers, std::size_t &stated) {
     bool found = false;
     while (!headers.empty()) {
-        const parts cut = cut_at('\n', headers);
+        const parts cut = cut_at(headers, '\n');
         const text line = cut.before;
         headers = cut.after;
         const text value = length_value(line);
@@ -99,9 +99,9 @@ int frame(text data, std::size_t &message_length) {
     if (message_length != 0)
         return SIP_FRAME_KEEP_ALIVE;
 
-    const text decodable = at_most(longest_message, data);
+    const text decodable = at_most(data, longest_message);
     const std::size_t headers_length = header_section_length(decodable);
-    const text headers = at_most(headers_length != 0 ? headers_length : decodable.size(), decodable);
+    const text headers = at_most(decodable, headers_length != 0 ? headers_length : decodable.size());
     if (contains(headers, '\0'))
         return SIP_FRAME_NUL;
     if (headers_length == 0)
@@ -113,7 +113,7 @@ int frame(text data, std::size_t &message_length) {
     message_length = headers_length + body_length;
     if (message_length > longest_message)
         return SIP_FRAME_LONG_MESSAGE;
-    const text body = at_most(body_length, drop(headers_length, data));
+    const text body = at_most(drop(data, headers_length), body_length);
     if (contains(body, '\0'))
         return SIP_FRAME_NUL;
     if (body.size() == body_length)

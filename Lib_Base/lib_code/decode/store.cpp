@@ -1,9 +1,9 @@
-#include "notes.h"
+#include "store.h"
 
 namespace sipcode {
 
 // Received text is seen in two places: cut in place, and, of the body, as received.
-int decode_notes::offset_of(const char *place) const {
+int bounded_store::offset_of(const char *place) const {
     if (place >= source->data && place < source->data + sizeof source->data)
         return static_cast<int>(place - source->data);
     if (place >= source->content && place < source->content + sizeof source->content)
@@ -11,7 +11,7 @@ int decode_notes::offset_of(const char *place) const {
     return -1;
 }
 
-int decode_notes::refuse(SIP_DECODE_OUTCOME outcome, const char *header_name, const char *place) const {
+int bounded_store::refuse(SIP_DECODE_OUTCOME outcome, const char *header_name, const char *place) const {
     if (report != nullptr) {
         report->outcome = outcome;
         report->header = header_name;
@@ -20,7 +20,7 @@ int decode_notes::refuse(SIP_DECODE_OUTCOME outcome, const char *header_name, co
     return -1;
 }
 
-void decode_notes::note_cut(const void *member, text value, std::size_t kept) const {
+void bounded_store::note_cut(const void *member, text value, std::size_t kept) const {
     if (report == nullptr)
         return;
     if (report->cut_count < SIP_DECODE_CUTS) {

@@ -1,0 +1,177 @@
+// Every header name that a decoder looks up, and how a line finds its header.
+#pragma once
+
+#include "slots.h"
+#include "text.h"
+
+namespace sipcode {
+
+// In alphabetical order, compact forms last.
+enum class header : std::uint8_t {
+    alert_info,
+    authentication_info,
+    authorization,
+    call_id,
+    call_info,
+    contact,
+    content_type,
+    cseq,
+    date,
+    event,
+    expires,
+    from,
+    history_info,
+    korvadex,
+    korvadex_extern,
+    max_forwards,
+    min_expires,
+    min_se,
+    p_called_party_id,
+    proxy_authenticate,
+    proxy_authorization,
+    rack,
+    record_route,
+    refer_to,
+    referred_by,
+    replaces,
+    require,
+    rseq,
+    service_route,
+    session_expires,
+    subscription_state,
+    supported,
+    to,
+    user_agent,
+    via,
+    www_authenticate,
+    compact_call_id,         // "i"
+    compact_contact,         // "m"
+    compact_content_type,    // "c"
+    compact_from,            // "f"
+    compact_session_expires, // "x"
+    compact_supported,       // "k"
+    compact_to,              // "t"
+    compact_via,             // "v"
+};
+inline constexpr std::size_t header_count = static_cast<std::size_t>(header::compact_via) + 1;
+
+struct header_name {
+    header id;
+    nocase name;
+};
+
+inline constexpr header_name header_names[header_count] = {
+    {header::alert_info, "Alert-Info"},
+    {header::authentication_info, "Authentication-Info"},
+    {header::authorization, "Authorization"},
+    {header::call_id, "Call-ID"},
+    {header::call_info, "Call-Info"},
+    {header::contact, "Contact"},
+    {header::content_type, "Content-Type"},
+    {header::cseq, "CSeq"},
+    {header::date, "Date"},
+    {header::event, "Event"},
+    {header::expires, "Expires"},
+    {header::from, "From"},
+    {header::history_info, "History-Info"},
+    {header::korvadex, "Korvadex"},
+    {header::korvadex_extern, "Korvadex-Extern"},
+    {header::max_forwards, "Max-Forwards"},
+    {header::min_expires, "Min-Expires"},
+    {header::min_se, "Min-SE"},
+    {header::p_called_party_id, "P-Called-Party-ID"},
+    {header::proxy_authenticate, "Proxy-Authenticate"},
+    {header::proxy_authorization, "Proxy-Authorization"},
+    {header::rack, "RAck"},
+    {header::record_route, "Record-Route"},
+    {header::refer_to, "Refer-To"},
+    {header::referred_by, "Referred-By"},
+    {header::replaces, "Replaces"},
+    {header::require, "Require"},
+    {header::rseq, "RSeq"},
+    {header::service_route, "Service-Route"},
+    {header::session_expires, "Session-Expires"},
+    {header::subscription_state, "Subscription-State"},
+    {header::supported, "Supported"},
+    {header::to, "To"},
+    {header::user_agent, "User-Agent"},
+    {header::via, "Via"},
+    {header::www_authenticate, "WWW-Authenticate"},
+    {header::compact_call_id, "i"},
+    {header::compact_contact, "m"},
+    {header::compact_content_type, "c"},
+    {header::compact_from, "f"},
+    {header::compact_session_expires, "x"},
+    {header::compact_supported, "k"},
+    {header::compact_to, "t"},
+    {header::compact_via, "v"},
+};
+static_assert([] {
+    for (std::size_t i = 0; i < header_count; ++i)
+        if (header_names[i].id != static_cast<header>(i))
+            return false;
+    return true;
+}());
+
+inline constexpr std::uint8_t no_header = 0xFF;
+
+// Of a name with its colon: its first two characters, its last and its length, in lower case. The comparison that follows tells
+// apart what becomes alike.
+constexpr std::uint32_t name_key(std::uint64_t first_two, char last, std::size_t length) {
+    constexpr std::uint32_t case_bits = 0x202020;
+    const auto last_byte = static_cast<std::uint32_t>(static_cast<unsigned char>(last));
+    return static_cast<std::uint32_t>(first_two) | last_byte << 16 | case_bits |
+           static_cast<std::uint32_t>(length) << 24;
+}
+
+inline constexpr key_slots header_slots([] {
+    std::array<std::uint32_t, header_count> keys{};
+    for (std::size_t i = 0; i < header_count; ++i) {
+        const text name = header_names[i].name.in_lower_case();
+        const char first_two[] = {name[0], name.size() == 1 ? ':' : name[1]};
+        keys[i] = name_key(word_of(first_two, 2), name.back(), name.size());
+    }
+    return keys;
+}());
+
+// The beginning of a terminated line, padded to the length by which names are compared. Bytes behind the terminator never become
+// a part of a name, which holds no NUL.
+class line_start {
+  public:
+    static constexpr std::size_t length = 32;
+    static_assert(nocase::longest <= length);
+
+    line_start(text line, std::size_t readable) : bytes(line.data()) {
+        if (readable >= length)
+            return;
+        std::memset(padded, 0, sizeof padded);
+        copy_bytes(padded, line.data(), at_most(line, length).size());
+        bytes = padded;
+    }
+    line_start(const line_start &) = delete;
+    line_start &operator=(const line_start &) = delete;
+
+    bool begins(const nocase &name) const { return name.begins(bytes); }
+
+    // Characters before the first colon; 0 if there is none, or none near enough for a name.
+    std::size_t name_length() const {
+        unsigned colons = matches16(bytes, ':');
+        if (colons == 0)
+            colons = matches16(bytes + 16, ':') << 16;
+        return colons == 0 ? 0 : static_cast<std::size_t>(std::countr_zero(colons));
+    }
+
+    // Number of the header whose name has this length, no_header if no decoder looks it up.
+    std::uint8_t header_of(std::size_t name_length) const {
+        const std::uint8_t candidate =
+            header_slots.candidate(name_key(load_word(bytes, 2), bytes[name_length - 1], name_length));
+        const nocase &name = header_names[candidate].name;
+        return name.size() == name_length && begins(name) ? candidate : no_header;
+    }
+
+  private:
+    const char *bytes;
+    char padded[length];
+};
+
+} // namespace sipcode
