@@ -18,40 +18,27 @@ const Frame credentials{invite + "Authorization: Digest ", "\r\n\r\n", ""};
 const Case parameters[] = {
     {"all", R"(username="u",realm="r",nonce="n",uri="sip:h",response="e",stale=TRUE,algorithm=MD5)",
      "author stale=1 username=u realm=r nonce=n uri=sip:h response=e algorithm=MD5"},
-    {"upper case", R"(REALM="R" Nonce="n")", "author realm=R nonce=n"},
     {"wherever they stand", R"(xrealm="r"nonce="n"; uri ="u")", "author realm=r nonce=n"},
     {"a client nonce is another", R"(nonce="n",cnonce="c",qop=auth,nc=00000001,CNONCE="d",algorithm=MD5)",
      "author nonce=n algorithm=MD5"},
-    {"nonce behind a c and a blank", R"(abc nonce="n")", "author nonce=n"},
     {"other name behind a c", R"(crealm="r")", "author realm=r"},
     {"two of a name", R"(realm="a",realm="b")", "author realm=b"},
     {"name in a quoted value", R"(realm="nonce=x",uri="u")", "author realm=nonce=x uri=u"},
-    {"name behind a quoted comma", R"(realm="a,nonce="n")", "author realm=a,nonce= nonce=n"},
-    {"empty value", R"(realm=""uri="u")", "author uri=u"},
     {"unquoted value", "realm=r,nonce=n", "author realm=r,nonce=n nonce=n"},
-    {"unquoted value up to the second quote", R"(realm=r,uri="u",nonce=n)", "author realm=r,uri=u nonce=n uri=u"},
     {"name in an unquoted value", "realm=xuri=u", "author realm=xuri=u uri=u"},
     {"name in place of an unquoted value", "realm=uri=u", "author realm=uri=u"},
     {"name in place of a value", R"(realm=uri="u")", "author realm=uri=u"},
     {"unclosed quote", R"(realm="r,uri=u)", "author realm=r,uri=u uri=u"},
-    {"value without a name", "==,=x,=realm=r", "author realm=r"},
     {"algorithm list", R"(algorithm=",,MD5,SHA")", "author algorithm=MD5"},
-    {"algorithm list of nothing", R"(algorithm=",,")", "author algorithm=,,"},
     {"31 characters of an algorithm list", "algorithm=\"" + std::string(30, ',') + "MD5\"", "author algorithm=M"},
     {"and no more", "algorithm=\"" + std::string(31, ',') + "MD5\"", "author algorithm=" + std::string(15, ',')},
-    {"unquoted algorithm", R"(algorithm=MD5,uri="u")", "author uri=u algorithm=MD5"},
     {"stale and what follows it", R"(STALE=faLSErealm="r")", "author stale=0 realm=r"},
     {"quoted stale", R"(stale="TRUE")", ""},
-    {"stale that is neither", R"(stale=TRU,realm="r")", "author realm=r"},
-    {"name in place of stale", R"(stale=realm="r")", "author realm=r"},
-    {"stale of both", "stale=TRUEstale=FALSE", "author stale=0"},
     {"long values",
      "username=\"" + letters(63) + "\",realm=\"" + letters(64) + "\",nonce=\"" + letters(127) +
          "\",algorithm=" + letters(16),
      "author username=" + letters(63) + " realm=" + letters(63) + " nonce=" + letters(127) +
          " algorithm=" + letters(15)},
-    {"value beyond the scratch", "nonce=\"" + letters(200) + "realm=x\"uri=\"u\"",
-     "author nonce=" + letters(127) + " uri=u"},
     {"511 characters", std::string(498, 'x') + "uri=\"uv", "author uri=u"},
 };
 INSTANTIATE_TEST_SUITE_P(Credentials, Decoding, in_frame(credentials, parameters), Title());
@@ -62,9 +49,6 @@ const Case authorizations[] = {
     {"both", "Proxy-Authorization: Digest realm=\"p\"\nAUTHORIZATION: Digest uri=\"u\"", "author uri=u"},
     {"empty and for a proxy", "Authorization:\nProxy-Authorization: Digest realm=\"p\"",
      "author author_type=101 realm=p"},
-    {"none", "None: 0", "author use untouched author_type untouched"},
-    {"no blank", "Authorization: Digest\trealm=\"r\"", ""},
-    {"parameters before the blank", "Authorization: realm=\"r\" uri=\"u\"", "author uri=u"},
 };
 INSTANTIATE_TEST_SUITE_P(Authorization, Decoding, in_frame(authorization, authorizations), Title());
 
@@ -75,12 +59,7 @@ const Case challenges[] = {
      "authen stale=1 realm=r nonce=n algorithm=MD5 qop=auth,auth-int"},
     {"of a proxy", "Proxy-Authenticate: Digest stale=false", "authen authen_type=103 stale=0"},
     {"both", "Proxy-Authenticate: Digest realm=\"p\"\nwww-authenticate: Digest nonce=\"n\"", "authen nonce=n"},
-    {"empty and of a proxy", "WWW-Authenticate:\nProxy-Authenticate: Digest realm=\"p\"",
-     "authen authen_type=103 realm=p"},
     {"none", "None: 0", "authen use untouched authen_type untouched"},
-    {"of credentials", R"(WWW-Authenticate: Digest username="u",uri="u",response="e")", ""},
-    {"lists", "WWW-Authenticate: Digest algorithm=\"MD5,SHA\",qop=" + letters(16),
-     "authen algorithm=MD5 qop=" + letters(15)},
     {"long values", "WWW-Authenticate: Digest realm=\"" + letters(64) + "\",nonce=\"" + letters(128) + "\"",
      "authen realm=" + letters(63) + " nonce=" + letters(127)},
     {"255 characters", "WWW-Authenticate: Digest " + std::string(242, 'x') + "qop=\"uv", "authen qop=u"},
@@ -90,11 +69,8 @@ INSTANTIATE_TEST_SUITE_P(Challenge, Decoding, in_frame(unauthorized, challenges)
 const Frame registered{"SIP/2.0 200 OK\r\nCSeq: 1 REGISTER" + head, "\r\n\r\n", "Authentication-Info: x"};
 const Case next_nonces[] = {
     {"one", "authentication-info: NEXTnonce=\"n\",qop=auth", "authen next_nonce.nonce=n"},
-    {"two", "Authentication-Info: nextnonce=\"n\",nextnonce=m,stale=FALSE", "authen next_nonce.nonce=m,stale=FALSE"},
-    {"not the next", "Authentication-Info: nonce=\"n\"", ""},
     {"empty", "Authentication-Info: ", "authen next_nonce.use=0"},
     {"none", "None: 0", "authen next_nonce.use=0"},
-    {"long", "Authentication-Info: nextnonce=\"" + letters(128) + "\"", "authen next_nonce.nonce=" + letters(127)},
     {"511 characters", "Authentication-Info: " + std::string(499, 'x') + "nextnonce=\"uv", "authen next_nonce.nonce=u"},
 };
 INSTANTIATE_TEST_SUITE_P(NextNonce, Decoding, in_frame(registered, next_nonces), Title());

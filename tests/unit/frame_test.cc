@@ -58,9 +58,7 @@ TEST_P(Frames, are_found) {
 const FrameCase keep_alives[] = {
     {"nothing yet", "", SIP_FRAME_MORE},
     {"CR LF", "\r\n", SIP_FRAME_KEEP_ALIVE, 2},
-    {"LF", "\n", SIP_FRAME_KEEP_ALIVE, 1},
     {"line ends before a message", "\r\n\n\r\n" + four, SIP_FRAME_KEEP_ALIVE, 5},
-    {"CR that may get its LF", "\r", SIP_FRAME_MORE},
     {"CR behind CR LF", "\r\n\r", SIP_FRAME_KEEP_ALIVE, 2},
     {"CR before a message is an empty start line", "\r" + four, SIP_FRAME_NO_LENGTH},
 };
@@ -71,14 +69,11 @@ const FrameCase ends[] = {
     {"a message before another", start + body_of(0) + four, SIP_FRAME_COMPLETE, start.size() + body_of(0).size()},
     {"a byte of the body missing", four + "v=0", SIP_FRAME_MORE},
     {"the empty line missing", start + "\r\nl: 0\r\n", SIP_FRAME_MORE},
-    {"the LF of the empty line missing", start + "\r\nl: 0\r\n\r", SIP_FRAME_MORE},
     {"LF alone", start + "\nl: 1\n\nx", SIP_FRAME_COMPLETE, whole},
     {"a line that begins with CR is the empty one", start + "\r\nl: 1\r\n\rX: y\r\nx", SIP_FRAME_COMPLETE, whole},
-    {"a CR in a line ends nothing", start + "\r\nX: a\rl: 0\r\nl: 1\r\n\r\nx", SIP_FRAME_COMPLETE, whole},
     {"a blank line is not empty", start + "\r\nl: 1\r\n \r\n\r\nx", SIP_FRAME_COMPLETE, whole},
     {"a comma joins the empty line", start + "\r\nl: 1\r\nX: a,\r\n\r\nY: b\r\n\r\nx", SIP_FRAME_COMPLETE, whole},
     {"a comma joins no line of LF alone", start + "\nl: 1\nX: a,\nY: b\n\nx", SIP_FRAME_COMPLETE, whole},
-    {"a comma joins the second of two LF", start + "\nl: 1\nX: a,\n\nY: b\n\nx", SIP_FRAME_COMPLETE, whole},
     {"a comma two before LF joins the first of two LF", start + "\nl: 1\nX: ,a\n\nY: b\n\nx", SIP_FRAME_COMPLETE,
      whole},
     {"a comma that joins the first line", ",a\n\nl: 0\n\n", SIP_FRAME_COMPLETE, whole},
@@ -90,14 +85,12 @@ const FrameCase limits[] = {
     {"header section one longer", of_headers(4096, 0), SIP_FRAME_LONG_HEADERS},
     {"longest message", of_headers(4000, 95) + std::string(95, 'b'), SIP_FRAME_COMPLETE, whole},
     {"message one longer", of_headers(4000, 96) + std::string(96, 'b'), SIP_FRAME_LONG_MESSAGE, 4096},
-    {"message one longer, its body to come", of_headers(4000, 96), SIP_FRAME_LONG_MESSAGE, 4096},
     {"body of two gigabytes", of_headers(100, 2147483647), SIP_FRAME_LONG_MESSAGE, 2147483747},
     {"no line end at all", std::string(4095, 'x'), SIP_FRAME_LONG_HEADERS},
 };
 INSTANTIATE_TEST_SUITE_P(Limit, Frames, testing::ValuesIn(limits), Title());
 
 const FrameCase nuls[] = {
-    {"a NUL first", nul, SIP_FRAME_NUL},
     {"a NUL in the header section", start + nul, SIP_FRAME_NUL},
     {"a NUL in the header section comes before its lengths", start + nul + "\r\nl: x\r\n\r\n", SIP_FRAME_NUL},
     {"a NUL behind 4094 bytes of headers", std::string(4094, 'x') + nul, SIP_FRAME_NUL},
@@ -128,28 +121,19 @@ TEST_P(Lengths, are_read) {
 
 const LengthCase lengths[] = {
     {"in any letter case", "cOnTeNt-LENGTH: 7\r\n", SIP_FRAME_COMPLETE, 7},
-    {"compact", "l: 7\r\n", SIP_FRAME_COMPLETE, 7},
     {"blanks before the colon", "Content-Length \t: 7\r\n", SIP_FRAME_COMPLETE, 7},
     {"blanks around the value", "l:\t\x01 7 \t\x1F \r\n", SIP_FRAME_COMPLETE, 7},
-    {"zeros in front", "l: 00000000000000000000000000007\r\n", SIP_FRAME_COMPLETE, 7},
     {"twice the same, written differently", "l: 7\r\nX: y\r\nContent-Length: 07\r\n", SIP_FRAME_COMPLETE, 7},
     {"behind a comma that joins lines", "X: a,\r\nl: 7\r\n", SIP_FRAME_COMPLETE, 7},
     {"another behind a comma that joins lines", "l: 7\r\nX: a,\r\nl: 8\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
-    {"in a line that begins with a blank", "l: 7\r\n l: 8\r\n", SIP_FRAME_COMPLETE, 7},
-    {"behind a CR", "l: 7\r\nX: a\rl: 8\r\n", SIP_FRAME_COMPLETE, 7},
     {"none", "X: y\r\n", SIP_FRAME_NO_LENGTH},
     {"a longer name", "Content-Lengthy: 7\r\nll: 7\r\n", SIP_FRAME_NO_LENGTH},
-    {"a shorter name", "Content-Lengt: 7\r\n: 7\r\n", SIP_FRAME_NO_LENGTH},
     {"differing", "l: 7\r\nl: 8\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
-    {"the second broken", "l: 7\r\nl: x\r\n", SIP_FRAME_BAD_LENGTH},
     {"empty", "l:\r\n", SIP_FRAME_BAD_LENGTH},
-    {"on the next line", "l:\r\n 7\r\n", SIP_FRAME_BAD_LENGTH},
     {"negative", "l: -7\r\n", SIP_FRAME_BAD_LENGTH},
     {"something behind it", "l: 7;x\r\n", SIP_FRAME_BAD_LENGTH},
-    {"a list", "l: 7, 7\r\n", SIP_FRAME_BAD_LENGTH},
     {"a comma that joins lines", "l: 7,\r\nX: y\r\n", SIP_FRAME_BAD_LENGTH},
     {"a CR behind it", "l: 7\rx\r\n", SIP_FRAME_BAD_LENGTH},
-    {"a CR before it", "l: \r7\r\n", SIP_FRAME_BAD_LENGTH},
     {"one too large", "l: 2147483648\r\n", SIP_FRAME_BAD_LENGTH},
     {"thousands of digits", "l: " + std::string(3000, '9') + "\r\n", SIP_FRAME_BAD_LENGTH},
 };

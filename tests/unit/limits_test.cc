@@ -30,27 +30,15 @@ const Limit limits[] = {
     {"user of a tel request URI", "uri.user", 31, "OPTIONS tel:", ";x" + request_tail},
     {"host of the request URI", "uri.addr.ip", 23, "OPTIONS sip:", ":1" + request_tail},
     {"user of From", "from.user", 31, start + via + "From: <sip:", "@h>" + end},
-    {"host of From", "from.addr.ip", 23, start + via + "From: sip:a@", end},
     {"tag of From", "from.tag", 127, start + via + "From: <sip:a@h>;tag=", ";x" + end},
-    {"user of To", "to.user", 31, start + via + "To: <sip:", "@h>" + end},
     {"host of To", "to.addr.ip", 23, start + via + "To: sip:a@", end},
-    {"tag of To", "to.tag", 127, start + via + "To: <sip:a@h>;tag=", end},
     {"user of Contact", "contact.user", 31, start + via + "Contact: <sip:", "@h>" + end},
-    {"host of Contact", "contact.addr.ip", 23, start + via + "Contact: <sip:a@", ">" + end},
-    {"user of P-Called-Party-ID", "callparty.user", 31, start + via + "P-Called-Party-ID: tel:", end},
-    {"host of P-Called-Party-ID", "callparty.addr.ip", 23, start + via + "P-Called-Party-ID: <sip:", ">" + end},
     {"branch", "via.branch", 127, start + "Via: SIP/2.0/UDP h;branch=", ";x" + end},
     {"host of a Via", "via.addr.ip", 23, start + "Via: SIP/2.0/UDP ", ";branch=b" + end},
-    {"host of a Via without parameters", "via.addr.ip", 23, start + "Via: SIP/2.0/UDP ", ":1" + end},
-    {"branch of the upper Via", "via1.branch", 127, start + "Via: SIP/2.0/UDP h;branch=", "\r\n" + via + "\r\n"},
     {"host of the upper Via", "via1.addr.ip", 23, start + "Via: SIP/2.0/UDP ", ":1\r\n" + via + "\r\n"},
     {"branch of the lower Via", "via.branch", 127, start + via + "Via: SIP/2.0/UDP h;branch=", end},
-    {"host of the lower Via", "via.addr.ip", 23, start + via + "Via: SIP/2.0/UDP ", end},
-    {"branch of the first joined Via", "via1.branch", 127,
-     start + "Via: SIP/2.0/UDP h;branch=", ",SIP/2.0/UDP h;branch=b" + end},
     {"branch of the second joined Via", "via.branch", 127,
      start + "Via: SIP/2.0/UDP h;branch=b,SIP/2.0/UDP h;branch=", end},
-    {"host of the second joined Via", "via.addr.ip", 23, start + "Via: SIP/2.0/UDP h;branch=b,SIP/2.0/UDP ", end},
 };
 
 class MemberLimit : public testing::TestWithParam<Limit> {};
@@ -86,25 +74,16 @@ struct Window {
 
 const Window windows[] = {
     {"From", "from.tag", 255, start + via + "From: ", "<sip:a@h>;p=", ";tag="},
-    {"compact From", "from.tag", 255, start + via + "f: ", "<sip:a@h>;p=", ";tag="},
-    {"port of From", "from.addr.port", 255, start + via + "From: ", "sip:a@", ":"},
-    {"To", "to.tag", 255, start + via + "To: ", "<sip:a@h>;p=", ";tag="},
-    {"port of To", "to.addr.port", 255, start + via + "t: ", "sip:a@", ":"},
     {"Contact", "contact.addr.port", 255, start + via + "Contact: ", "sip:a@", ":"},
-    {"compact Contact", "contact.addr.port", 255, start + via + "m: ", "sip:a@", ":"},
     {"expiry of Contact", "expire.expires", 255, start + via + "Contact: ", "<sip:a@h>;p=", ";expires="},
     {"P-Called-Party-ID", "callparty.addr.port", 255, start + via + "P-Called-Party-ID: ", "sip:a@", ":"},
     {"Via", "via.branch", 255, start + "Via: ", "SIP/2.0/UDP h;p=", ";branch="},
-    {"compact Via", "via.branch", 255, start + "v: ", "SIP/2.0/UDP h;p=", ";branch="},
-    {"port of a Via without parameters", "via.addr.port", 255, start + "Via: ", "SIP/2.0/UDP h", ":"},
     {"upper Via with its name", "via1.branch", 255, start, "Via: SIP/2.0/UDP h;p=", ";branch=", "\r\n" + via + "\r\n"},
     {"lower Via with its name", "via.branch", 255, start + via, "v: SIP/2.0/UDP h;p=", ";branch="},
     {"second joined Via with the first", "via.branch", 255, start,
      "Via: SIP/2.0/UDP h;branch=b,SIP/2.0/UDP h;p=", ";branch="},
-    {"refresher", "session_expires.refresher", 63, start + via + "Session-Expires: ", "1;", "="},
     {"Session-Expires", "session_expires.sessionexpires", 63, start + via + "x: ", "", "00"},
     {"Min-SE", "min_se.minse", 63, start + via + "Min-SE: ", "", "00"},
-    {"Min-Expires", "min_expires.min_expires", 63, start + via + "Min-Expires: ", "", "00"},
 };
 
 class ValueWindow : public testing::TestWithParam<Window> {};

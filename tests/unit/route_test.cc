@@ -19,14 +19,9 @@ const Frame invite = message("INVITE sip:h SIP/2.0", "INVITE");
 const std::string content = "record_route use=1 content=";
 const Case routes[] = {
     {"one", "RECORD-ROUTE:a, b,c ", content + "a, b,c "},
-    {"one at its limit", "Record-Route: " + letters(126), content + letters(126)},
     {"one beyond it", "Record-Route: " + letters(127), content + letters(126)},
-    {"one that only begins so", "Record-Routes: a", ""},
     {"two", "Record-Route: <sip:1;lr>\nRecord-Route: <sip:2;lr>", content + "<sip:1;lr>,<sip:2;lr>"},
     {"two without blanks", "Record-Route:a\nrecord-route:<sip:2;lr>", content + "a,sip:2;lr>"},
-    {"two with more blanks", "Record-Route:  a\nRecord-Route:  b", content + "a, b"},
-    {"two of nothing", "Record-Route:\nRecord-Route:", content + ","},
-    {"the second without a colon", "Record-Route: a\nRecord-Route", content + "a,"},
     {"the second that only begins so", "Record-Route: a\nRecord-Routes: x", content + "a,x"},
     {"the first that only begins so", "Record-Routes: x\nRecord-Route: a", content + "a,a"},
     {"two beyond the limit", "Record-Route: " + letters(100) + "\nRecord-Route: " + letters(100),
@@ -41,7 +36,6 @@ const Case routes_of_responses[] = {
     {"one", "Record-Route: a,b", content + "a,b"},
     {"two", "Record-Route: a\nRecord-Route: b", content + "b,a"},
     {"no room for the first", "Record-Route: x\nRecord-Route: " + letters(300), content + letters(127)},
-    {"room for one character", "Record-Route: xy\nRecord-Route: " + letters(125), content + letters(125) + ",x"},
     {"room for the comma alone", "Record-Route: x\nRecord-Route: " + letters(126), content + letters(126) + ","},
 };
 INSTANTIATE_TEST_SUITE_P(RecordRouteOfResponse, Decoding, in_frame(ringing, routes_of_responses), Title());

@@ -118,59 +118,37 @@ const Case scalars[] = {
     {"Max-Forwards", "Max-Forwards: 70", "max_forward=70"},
     {"Max-Forwards without a number", "Max-Forwards: abc", "", "0 Decode max-forward : 'abc'"},
     {"Max-Forwards empty", "Max-Forwards: ", "", "0 Decode max-forward : ''"},
-    {"Max-Forwards a lone sign", "Max-Forwards: -", "", "0 Decode max-forward : '-'"},
-    {"Max-Forwards two signs", "Max-Forwards: +-1", "", "0 Decode max-forward : '+-1'"},
-    {"Max-Forwards a blank behind the sign", "Max-Forwards: - 1", "", "0 Decode max-forward : '- 1'"},
-    {"Max-Forwards the first of two", "MAX-FORWARDS: x\nMax-Forwards: 1", "", "0 Decode max-forward : 'x'"},
 
     {"RSeq", "RSeq: 12", "rseq use=1 RSeq=12"},
     {"RSeq without a number", "RSEQ: x", "rseq use=1 RSeq=0"},
-    {"RSeq without Require", "RSeq: 0", "rseq use=1 RSeq=0"},
     {"Require", "Require: 100rel", "require use=1 REQUIRE=100rel"},
 
     {"RAck", "RAck: 776656 1 INVITE", "rack rack=776656 cseq=1 method=5"},
     {"RAck with white space of all kinds", "rack:1\t \v2 \f\t Bye more", "rack rack=1 cseq=2 method=8"},
-    {"RAck of one number", "RAck: 5", "rack rack=5 cseq=0 method=-1"},
     {"RAck of two numbers", "RAck: 5 6", "rack rack=5 cseq=6 method=-1"},
-    {"RAck of two numbers and a blank", "RAck: 5 6 ", "rack rack=5 cseq=6 method=-1"},
     {"RAck empty", "RAck:", "rack rack=0 cseq=0 method=-1"},
     {"RAck without the first number", "RAck: x 1 INVITE", "rack rack=0 cseq=0 method=-1"},
     {"RAck without the second number", "RAck: 5 INVITE", "rack rack=5 cseq=0 method=-1"},
-    {"RAck without blanks", "RAck: 1-2INVITE", "rack rack=1 cseq=-2 method=5"},
     {"RAck with an unknown method", "RAck: 1 2 INVITED", "rack rack=1 cseq=2 method=0"},
     {"RAck with a control byte that is no white space", "RAck: 1 2 \x01INVITE", "rack rack=1 cseq=2 method=0"},
 
     {"Session-Expires", "Session-Expires: 1800;refresher=uac",
      "session_expires use=1 sessionexpires=1800 refresher=uac"},
-    {"Session-Expires compact", "x: 90", "session_expires use=1 sessionexpires=90"},
     {"Session-Expires before the compact name", "X: 90;a=b\nSession-Expires: 91",
      "session_expires use=1 sessionexpires=91"},
-    {"Session-Expires empty", "Session-Expires:\nx: 90", "session_expires use=1 sessionexpires=0"},
-    {"Session-Expires without a number", "SESSION-EXPIRES: x", "session_expires use=1 sessionexpires=0"},
     {"Session-Expires another parameter first", "Session-Expires: 1;foo=1;refresher=uas",
      "session_expires use=1 sessionexpires=1 refresher=1;refre"},
-    {"Session-Expires no value first", "Session-Expires: 1;foo;b=c=d",
-     "session_expires use=1 sessionexpires=1 refresher=c=d"},
-    {"Session-Expires no parameter value", "Session-Expires: 1=2;uac", "session_expires use=1 sessionexpires=1"},
     {"Session-Expires empty refresher",
      "Session-Expires: 1;refresher=", "session_expires use=1 sessionexpires=1 refresher="},
-    {"Session-Expires seven", "Session-Expires: 1;r=1234567",
-     "session_expires use=1 sessionexpires=1 refresher=1234567"},
     {"Session-Expires eight", "Session-Expires: ;r=12345678",
      "session_expires use=1 sessionexpires=0 refresher=1234567"},
 
     {"Min-SE", "Min-SE: 90 ", "min_se use=1 minse=90"},
-    {"Min-SE without a number", "min-se: x", "min_se use=1 minse=0"},
     {"Min-Expires", "Min-Expires: 60;x", "min_expires use=1 min_expires=60"},
-    {"Min-Expires empty", "MIN-EXPIRES:", "min_expires use=1 min_expires=0"},
 
     {"Korvadex-Extern stands in for Korvadex", "Korvadex-Extern: 34", "korvadex=34 | korvadex_trunk=34"},
     {"Korvadex and Korvadex-Extern", "Korvadex: 12\nKorvadex-Extern: 34", "korvadex=34 | korvadex_trunk=12"},
-    {"Korvadex empty", "Korvadex:\nKorvadex-Extern: 34", "korvadex=34 | korvadex_trunk="},
-    {"Korvadex-Extern cut", "korvadex-extern: " + letters(200),
-     "korvadex=" + letters(126) + " | korvadex_trunk=" + letters(126)},
     {"Content-Type empty hides the compact name", "Content-Type:\nc: a", "content use=1 type="},
-    {"Content-Type behind the compact name", "c: a\nContent-Type: b", "content use=1 type=b"},
 };
 INSTANTIATE_TEST_SUITE_P(Scalar, Decoding, in_frame(invite, scalars), Title());
 
@@ -185,12 +163,7 @@ const Case expiries[] = {
     {"Expires no number is zero", "Expires: x\nContact: <tel:>;expires=90", "expire use=0 expires=0"},
     {"Expires empty falls to the Contact", "Expires:\nContact: <tel:>;expires=90", "expire expires=90"},
     {"Expires of the Contact inside its brackets", "Contact: <tel:;expires=+5>", "expire expires=5"},
-    {"Expires of the Contact no number", "Contact: <tel:>;expires=abc", "expire use=0 expires=0"},
-    {"Expires of the Contact empty", "Contact: <tel:>;expires=", "expire use=0 expires=0"},
     {"Expires of the Contact behind a control byte", "Contact: <tel:>;expires=\0017", "expire use=0 expires=0"},
-    {"Expires of the Contact behind a blank", "Contact: <tel:>;expires= 7", "expire expires=7"},
-    {"Expires of the Contact in upper case", "Contact: <tel:>;Expires=60", ""},
-    {"Expires of the Contact without a semicolon", "Contact: <tel:> expires=60", ""},
     {"Expires of the Contact twice", "Contact: <tel:>;expires=1,<tel:>;expires=2", "expire expires=1"},
     {"Expires of a compact Contact is not read", "m: <tel:>;expires=60", ""},
 };
@@ -200,28 +173,20 @@ const Frame calls{start + cseq + rest, "\r\n\r\n", "Call-ID: c"};
 const Case call_ids[] = {
     {"verbatim", "call-id:  a@b;x ", "callid=a@b;x "},
     {"empty hides the compact name", "Call-ID:\ni: d", "callid="},
-    {"compact name", "I: d", "callid=d"},
     {"compact name loses against Call-ID", "i: d\nCall-ID: e", "callid=e"},
-    {"126 characters", "Call-ID: " + letters(126), "callid=" + letters(126)},
     {"127 characters", "Call-ID: " + letters(127), "callid=" + letters(126)},
-    {"127 characters of the compact name", "i: " + letters(127), "callid=" + letters(126)},
 };
 INSTANTIATE_TEST_SUITE_P(CallId, Decoding, in_frame(calls, call_ids), Title());
 
 const Frame sequence{start + call_id + rest, "\r\n\r\n", "CSeq: 1 INVITE"};
 const Case sequences[] = {
     {"number and method", "CSeq: 102 PRACK", "cseq seq=102 method=7"},
-    {"any letter case", "cseq:3 invite", "cseq seq=3"},
-    {"text behind the method", "CSeq: 1 BYE x", "cseq method=8"},
     {"unknown method", "CSeq: 1 FOO", "cseq method=0"},
     {"two blanks hide the method", "CSeq: 1  INVITE", "cseq method=0"},
     {"a tab hides the method", "CSeq: 1\tINVITE", "cseq method=-1"},
-    {"no method", "CSeq: 2", "cseq seq=2 method=-1"},
-    {"no method behind a blank", "CSeq: 1 ", "cseq method=-1"},
     {"no blank", "CSeq: 1INVITE", "cseq method=-1"},
     {"the first blank counts wherever it is", "CSeq: 1x BYE", "cseq method=8"},
     {"a status in place of the method", "CSeq: 1 200 OK", "cseq method=20"},
-    {"a status with another phrase", "CSeq: 1 200 Fine", "cseq method=0"},
     {"the first of two", "CSeq: 2 BYE\nCSeq: 3 ACK", "cseq seq=2 method=8"},
 };
 INSTANTIATE_TEST_SUITE_P(Cseq, Decoding, in_frame(sequence, sequences), Title());
@@ -233,7 +198,6 @@ const Case refused_sequences[] = {
      "0 Decode Cseq : there is no cseq header '(null)'"},
     {"no number", "CSeq: x", "result=-1 | callid=c", "0 Decode Cseq : there is no seq in 'x'"},
     {"empty", "CSeq:", "result=-1 | callid=c", "0 Decode Cseq : there is no seq in ''"},
-    {"lone sign", "CSeq: - INVITE", "result=-1 | callid=c", "0 Decode Cseq : there is no seq in '- INVITE'"},
 };
 INSTANTIATE_TEST_SUITE_P(CseqRefused, Decoding, in_frame(refused, refused_sequences), Title());
 
