@@ -1,4 +1,4 @@
-// What is measured, in one table for the clock (speed.cc) and for the instruction counter (count.cc).
+// The measured cases, one table for the clock (speed.cc) and for the instruction counter (count.cc).
 //
 // A case is named group/what/codec: decode/bye/sipcode, floor/zero-record/sipcode.
 #ifndef SIPCODE_BENCH_CASES_H
@@ -12,7 +12,7 @@ namespace bench {
 
 struct measured_case {
     std::string name;
-    std::size_t bytes; // of the text that is read or written; 0 where there is none
+    std::size_t bytes; // of the text that is read or written, or of the memory that is zeroed
     std::function<void()> run;
 };
 

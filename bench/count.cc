@@ -1,7 +1,7 @@
-// Counts instructions under callgrind: bench/callgrind.py runs this program and reads the dumps that it asks for.
+// Counts instructions under callgrind. bench/callgrind.py runs this program and reads its dumps.
 //
-//   sipcode_count [case...]     one dump a case, of 1000 runs; all cases without a name
-//   sipcode_count --worst       one dump a worst case and length, of one run, named "length|call: case"
+//   sipcode_count [case...]     a dump of 1000 runs for each named case, or for all cases
+//   sipcode_count --worst       a dump of one run for each worst case and length, named "length|call: case"
 #include <algorithm>
 #include <cstdio>
 #include <string_view>
@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int runs_before = 100; // first calls, allocations and symbol lookups are not counted
+constexpr int runs_before = 100; // symbol lookups and first allocations are not counted
 constexpr int counted_runs = 1000;
 
 void run(const bench::measured_case &one, int times) {
@@ -52,7 +52,7 @@ void count_worst(const bench::WorstCase &one, const worst_call &call) {
     for (const std::size_t length : {1000U, 2000U, 4000U}) {
         const std::string message = one.message(length);
         const std::string label = std::to_string(message.size()) + '|' + call.name + ": " + std::string(one.name);
-        call.run(message); // binds the names
+        call.run(message); // symbol lookups are not counted
         CALLGRIND_ZERO_STATS;
         call.run(message);
         CALLGRIND_DUMP_STATS_AT(label.c_str());

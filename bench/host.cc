@@ -1,5 +1,5 @@
-// The host of the measurements: each service is the C library's own function or nothing, so that the codec is measured
-// and not its host. Log lines are dropped, unlike those of the reference host, which formats and writes them.
+// The host of the measurements. Each service is a function of the C library or does nothing, so that the figures are
+// those of the codec. Unlike the reference host, it drops log lines.
 #include <cstdlib>
 #include <cstring>
 

@@ -28,7 +28,7 @@ std::string read_file(const std::filesystem::path &path) {
     return text.str();
 }
 
-// The shortest of the grown messages.
+// The beginning of each grown message.
 constexpr const char *grown_head = "INVITE sip:1002@switch.example.com:5060 SIP/2.0\r\n"
                                    "Via: SIP/2.0/UDP 192.0.2.20:5062;branch=z9hG4bKnashds8a1b\r\n"
                                    "From: \"1001\" <sip:1001@switch.example.com:5060>;tag=88asd112\r\n"
@@ -45,7 +45,7 @@ constexpr const char *grown_body = "v=0\r\n"
 constexpr const char *grown_body_line =
     "a=candidate:2 1 UDP 1694498815 203.0.113.40 62170 typ srflx raddr 192.0.2.40 rport 4\r\n";
 
-// Lines as a message gathers them on its way, some of them with a place in the record.
+// Lines that a message collects on its way. The record has members for some of them.
 constexpr const char *grown_lines[] = {
     "To: \"1002\" <sip:1002@switch.example.com:5060>",
     "Contact: <sip:1001@192.0.2.20:5062;transport=udp>",
@@ -112,7 +112,7 @@ SIP_CODE_MSG decoded(const std::string &name) {
     return record;
 }
 
-// A To with a tag is written with it, credentials by the number of the challenge that they answer.
+// The To keeps its tag, and credentials name the challenge that they answer.
 SIP_CODE_MSG ready_to_send(SIP_CODE_MSG record) {
     record.to.tag_use = record.to.tag[0] != '\0';
     if (record.author.use == 1)
@@ -120,7 +120,7 @@ SIP_CODE_MSG ready_to_send(SIP_CODE_MSG record) {
     return record;
 }
 
-// Audio attributes made from the codecs, as a host does that answers for itself, in place of the received section.
+// A host that answers for itself has the audio attributes made from the codecs.
 SIP_CODE_MSG with_generated_sdp(SIP_CODE_MSG record) {
     record.sdp.a_conten_nouse = 1;
     record.sdp.a_content[0] = '\0';

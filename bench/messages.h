@@ -20,10 +20,10 @@ std::string sample(const std::string &name);
 
 // An INVITE of this many bytes, at least 400, whose session description grows with it.
 std::string invite_of_bytes(std::size_t bytes);
-// An INVITE with this many lines before its empty one, the start line included, of about 55 bytes each.
+// An INVITE with this many lines of about 55 bytes before its empty line, the start line included.
 std::string invite_of_headers(int headers);
 
-// Zeroes the record, as every host has to, and decodes the text into it. Ends the process when the text is refused.
+// Zeroes the record, as every host has to, and decodes the text into it. Ends the process if the text is refused.
 void decode(std::string &text, SIP_CODE_MSG &record);
 
 struct record_to_encode {
@@ -31,7 +31,7 @@ struct record_to_encode {
     SIP_CODE_MSG record;
 };
 
-// What a host that relays a message sends: the record of the sample, with the marks that the host sets.
+// The records that a relaying host sends: those of the samples, with the marks that the host sets.
 std::vector<record_to_encode> sample_records();
 
 bool is_request(const SIP_CODE_MSG &record);

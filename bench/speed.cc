@@ -1,4 +1,4 @@
-// The cases by the clock.
+// Times the cases.
 #include <benchmark/benchmark.h>
 
 #include <iostream>
@@ -15,7 +15,7 @@ void measure(benchmark::State &state, const bench::measured_case &one) {
     state.counters["bytes"] = static_cast<double>(one.bytes);
 }
 
-// Each thread decodes a text of its own into a record of its own.
+// Each thread has its own text and its own record.
 void measure_threads(benchmark::State &state) {
     std::string text = bench::sample("invite-with-sdp");
     const auto record = std::make_unique<SIP_CODE_MSG>();

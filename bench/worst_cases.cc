@@ -13,7 +13,7 @@ namespace {
 #define LONG "0123456789012345678901234567890123456789012345678901234567890123456789"
 #define IMAGE SDP "m=image 1 udptl t38\r\n"
 
-// What a sender may write anywhere, alone: without a start line it is refused, but only after it was split.
+// The rows of text alone have no start line. They are refused, but only after they were split.
 constexpr WorstCase rows[] = {
     {"text: CR", "", "\r", ""},
     {"text: LF", "", "\n", ""},

@@ -1,4 +1,4 @@
-// Messages that make one decoder work as hard as their length allows.
+// Messages that make one decoder do as much work as their length allows.
 #pragma once
 
 #include <cstddef>

@@ -92,7 +92,7 @@ fields fields_of(const SIP_CODE_MSG &record) {
 }
 
 e_codec codec_of(int payload, std::string_view name) {
-    constexpr struct {
+    static constexpr struct {
         int payload; // below 0: a dynamic one
         std::string_view name;
         e_codec codec;

@@ -4,7 +4,6 @@
 #include <sofia-sip/sdp.h>
 #include <sofia-sip/sip.h>
 #include <sofia-sip/sip_header.h>
-#include <sofia-sip/sip_util.h>
 #include <sofia-sip/su_alloc.h>
 #include <sofia-sip/url.h>
 
@@ -89,12 +88,17 @@ void read_headers(const sip_t &sip, fields &f) {
     read_digest(sip, f);
 }
 
+bool is_complete(const sip_t &sip) {
+    return (sip.sip_flags & MSG_FLG_ERROR) == 0 && sip.sip_call_id != nullptr && sip.sip_cseq != nullptr &&
+           sip.sip_from != nullptr && sip.sip_to != nullptr;
+}
+
 reader reader_of(const std::string &text) {
     return [text](const consumer &use) {
         fields f;
         const message_ptr message = parse_message(text);
         const sip_t *sip = message == nullptr ? nullptr : headers_of(message.get());
-        if (sip == nullptr || sip_sanity_check(sip) != 0)
+        if (sip == nullptr || !is_complete(*sip))
             return use(f);
         read_headers(*sip, f);
         const parser_ptr parser = parse_session(message.get(), *sip);
