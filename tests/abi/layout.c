@@ -1,4 +1,4 @@
-/* Holds the public headers, as a C host sees them, to layout.inc. */
+/* Checks the public headers, compiled as C, against layout.inc. */
 #include <assert.h>
 #include <stddef.h>
 

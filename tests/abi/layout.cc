@@ -1,4 +1,4 @@
-// Holds the public headers, as a C++ host sees them, to layout.inc.
+// Checks the public headers, compiled as C++, against layout.inc.
 #include "layout.c"
 
 #undef RECORD
@@ -7,7 +7,7 @@
 #undef END
 #undef VALUE
 
-// A structured binding names each member of a record once: one that layout.inc lacks does not compile.
+// A structured binding must name every member, so a member that layout.inc lacks is a compile error.
 #define RECORD(type, bytes)                                                                                            \
     static inline void members_of_##type(const type &record) {                                                         \
         [[maybe_unused]] const auto &[

@@ -1,7 +1,7 @@
 # shellcheck shell=bash
-# What the tests of this directory share. Sourced by one that has set $work, its scratch directory.
+# Shared by the tests of this directory, which set $work to their scratch directory.
 
-# Runs a command, and ends the test with what that printed when it fails.
+# Runs a command. If it fails, prints its output and ends the test.
 step() { # text, command...
     local text=$1
     shift
