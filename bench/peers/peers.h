@@ -45,6 +45,9 @@ extern const peer re;
 
 inline const peer *const peers[] = {&sofia_sip, &osip2, &re};
 
+// The fields that a peer reads from a text, as lines.
+std::string fields_read_by(const peer &p, const std::string &text);
+
 // Every peer must read the same fields as this library from each sample message, and print each sample record with the
 // same headers and fields. Otherwise the difference is printed and the process ends.
 void check_peers();
