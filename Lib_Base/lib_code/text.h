@@ -130,9 +130,8 @@ class nocase {
   public:
     static constexpr std::size_t longest = 32;
 
-    template <std::size_t N>
-    consteval nocase(const char (&name)[N]) : length(N - 1) {
-        if (N - 1 > longest || !has_letters_alone_from_at({name, N - 1}))
+    consteval nocase(const char *name) : length(text(name).size()) {
+        if (length > longest || !has_letters_alone_from_at(name))
             not_such_a_constant();
         for (std::size_t i = 0; i < length; ++i) {
             lower_case[i] = lower(name[i]);

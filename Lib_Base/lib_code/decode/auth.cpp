@@ -12,7 +12,7 @@
 
 #include "decoders.h"
 #include "host.h"
-#include "output.h"
+#include "writer.h"
 
 namespace sipcode {
 namespace {

@@ -1,6 +1,6 @@
 // The main members of a record as lines for the host's traces. The spacing inside the formats is part of the output.
 #include "decode.h"
-#include "output.h"
+#include "writer.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 // Three or more Record-Route lines are left alone.
 #include "decoders.h"
 #include "host.h"
-#include "output.h"
+#include "writer.h"
 
 namespace sipcode {
 namespace {

@@ -11,10 +11,11 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "codecs.h"
 #include "decoders.h"
 #include "host.h"
 #include "log.h"
-#include "output.h"
+#include "writer.h"
 
 namespace sipcode {
 namespace {
@@ -24,41 +25,32 @@ constexpr char line_end[] = "\r\n";
 
 // ------------------------------------------------------------------------------------------------------------ codecs
 
-struct static_payload {
-    int payload;
-    e_codec codec;
-};
-constexpr static_payload static_payloads[] = {
-    {8, G711_A}, {0, G711_U}, {18, G729}, {4, G723}, {3, GSM}, {2, G726}, {9, G722}, {5, DVI4}, {6, DVI4},
-};
-
 constexpr auto codecs_by_payload = [] {
     std::array<e_codec, 19> codecs{};
-    for (const static_payload &known : static_payloads)
-        codecs[static_cast<std::size_t>(known.payload)] = known.codec;
+    for (const audio_codec &row : audio_codecs)
+        if (row.payload != dynamic_payload)
+            codecs[static_cast<std::size_t>(row.payload)] = row.codec;
+    codecs[second_dvi4_payload] = DVI4;
     return codecs;
 }();
-
-struct dynamic_encoding {
-    nocase encoding; // clock rate included
-    e_codec codec;
-};
-constexpr dynamic_encoding dynamic_encodings[] = {
-    {"speex/8000", SPEEX},
-    {"ilbc/8000", ILBC},
-    {"telephone-event/8000", TE101},
-};
 
 e_codec codec_of_payload(int payload) {
     const auto place = static_cast<unsigned>(payload);
     return place < codecs_by_payload.size() ? codecs_by_payload[place] : UNKONW;
 }
 
+struct dynamic_codec {
+    e_codec codec;
+    nocase encoding;
+};
+consteval dynamic_codec dynamic(e_codec codec) { return {codec, audio_codecs[codec - 1].encoding}; }
+constexpr dynamic_codec dynamic_codecs[] = {dynamic(SPEEX), dynamic(ILBC), dynamic(TE101)};
+
 // The codec whose encoding is the next word of the line.
 e_codec codec_of_encoding(scanner items) {
     items.white_space();
     const padded_text line = message::padded(items.rest());
-    for (const dynamic_encoding &known : dynamic_encodings) {
+    for (const dynamic_codec &known : dynamic_codecs) {
         const std::size_t length = known.encoding.size();
         if (starts_nocase(line, known.encoding) && (line.size() == length || is_white_space(line[length])))
             return known.codec;

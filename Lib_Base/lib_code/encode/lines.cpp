@@ -50,83 +50,57 @@ const transport_token &transport_text(TRANS_TYPE_E transport) {
 namespace {
 
 bool is_bare(const SIP_FROMTO &party, bare_form bare) {
-    return bare == bare_form::when_user_is_empty && party.user[0] == '\0';
+    return bare == bare_form::when_user_is_empty && party.dns.use != 1 && party.user[0] == '\0';
 }
 
-void write_tagged_to(writer &out, const SIP_FROMTO &to, phone user_phone, bare_form bare) {
-    const auto &[tag_use, user, tag, addr, dns, flag] = to;
-    if (dns.use == 1) {
-        if (user_phone == phone::inside)
-            out.line<"To: \"%s\" <sip:%s@%s;user=phone>;tag=%s\r\n">(user, user, dns.dnsname, tag);
-        else if (user_phone == phone::outside)
-            out.line<"To: \"%s\" <sip:%s@%s>;user=phone;tag=%s\r\n">(user, user, dns.dnsname, tag);
-        else
-            out.line<"To: \"%s\" <sip:%s@%s>;tag=%s\r\n">(user, user, dns.dnsname, tag);
-    } else if (is_bare(to, bare)) {
-        if (user_phone == phone::inside)
-            out.line<"To: <sip:%s:%d;user=phone>;tag=%s\r\n">(addr.ip, addr.port, tag);
-        else
-            out.line<"To: <sip:%s:%d>;tag=%s\r\n">(addr.ip, addr.port, tag);
-    } else {
-        if (user_phone == phone::inside)
-            out.line<"To: \"%s\" <sip:%s@%s:%d;user=phone>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
-        else if (user_phone == phone::outside)
-            out.line<"To: \"%s\" <sip:%s@%s:%d>;user=phone;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
-        else
-            out.line<"To: \"%s\" <sip:%s@%s:%d>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
+// The end of a line behind its URI, with ";user=phone" in its place.
+template <format_string Uri, format_string End, class... Values>
+void write_behind_uri(writer &out, phone user_phone, const Values &...values) {
+    switch (user_phone) {
+    case phone::none:
+        return out.line<joined<Uri, ">", End>>(values...);
+    case phone::inside:
+        return out.line<joined<Uri, ";user=phone>", End>>(values...);
+    case phone::outside:
+        return out.line<joined<Uri, ">;user=phone", End>>(values...);
     }
 }
 
-void write_untagged_to(writer &out, const SIP_FROMTO &to, phone user_phone) {
-    const auto &[tag_use, user, tag, addr, dns, flag] = to;
-    if (dns.use == 1) {
-        if (user_phone == phone::inside)
-            out.line<"To: \"%s\" <sip:%s@%s;user=phone>\r\n">(user, user, dns.dnsname);
-        else if (user_phone == phone::outside)
-            out.line<"To: \"%s\" <sip:%s@%s>;user=phone\r\n">(user, user, dns.dnsname);
-        else
-            out.line<"To: \"%s\" <sip:%s@%s>\r\n">(user, user, dns.dnsname);
-    } else {
-        if (user_phone == phone::inside)
-            out.line<"To: \"%s\" <sip:%s@%s:%d;user=phone>\r\n">(user, user, addr.ip, addr.port);
-        else if (user_phone == phone::outside)
-            out.line<"To: \"%s\" <sip:%s@%s:%d>;user=phone\r\n">(user, user, addr.ip, addr.port);
-        else
-            out.line<"To: \"%s\" <sip:%s@%s:%d>\r\n">(user, user, addr.ip, addr.port);
-    }
+// A line with display name and URI, by host name or by address.
+template <format_string Name, format_string End, class... Values>
+void write_party(writer &out, const SIP_FROMTO &party, phone user_phone, const Values &...end) {
+    const auto &[tag_use, user, tag, addr, dns, flag] = party;
+    if (dns.use == 1)
+        write_behind_uri<joined<Name, ": \"%s\" <sip:%s@%s">, End>(out, user_phone, user, user, dns.dnsname, end...);
+    else
+        write_behind_uri<joined<Name, ": \"%s\" <sip:%s@%s:%d">, End>(out, user_phone, user, user, addr.ip, addr.port,
+                                                                      end...);
+}
+
+template <format_string Name>
+void write_tagged_party(writer &out, const SIP_FROMTO &party, phone user_phone, bare_form bare) {
+    if (is_bare(party, bare))
+        write_behind_uri<joined<Name, ": <sip:%s:%d">, ";tag=%s\r\n">(out, user_phone, party.addr.ip, party.addr.port,
+                                                                      party.tag);
+    else
+        write_party<Name, ";tag=%s\r\n">(out, party, user_phone, party.tag);
 }
 
 } // namespace
 
 void write_to(writer &out, const SIP_FROMTO &to, phone user_phone, bare_form bare) {
     if (to.tag_use == 1)
-        write_tagged_to(out, to, user_phone, bare);
+        write_tagged_party<"To">(out, to, user_phone, bare);
     else
-        write_untagged_to(out, to, user_phone);
+        write_party<"To", "\r\n">(out, to, user_phone);
 }
 
 void write_from(writer &out, const SIP_FROMTO &from, phone user_phone, bare_form bare) {
-    const auto &[tag_use, user, tag, addr, dns, flag] = from;
-    if (dns.use == 1) {
-        if (user_phone == phone::inside)
-            out.line<"From: \"%s\" <sip:%s@%s;user=phone>;tag=%s\r\n">(user, user, dns.dnsname, tag);
-        else if (user_phone == phone::outside)
-            out.line<"From: \"%s\" <sip:%s@%s>;user=phone;tag=%s\r\n">(user, user, dns.dnsname, tag);
-        else
-            out.line<"From: \"%s\" <sip:%s@%s>;tag=%s\r\n">(user, user, dns.dnsname, tag);
-    } else if (is_bare(from, bare)) {
-        if (user_phone == phone::inside)
-            out.line<"From: <sip:%s:%d;user=phone>;tag=%s\r\n">(addr.ip, addr.port, tag);
-        else
-            out.line<"From: <sip:%s:%d>;tag=%s\r\n">(addr.ip, addr.port, tag);
-    } else {
-        if (user_phone == phone::inside)
-            out.line<"From: \"%s\" <sip:%s@%s:%d;user=phone>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
-        else if (user_phone == phone::outside)
-            out.line<"From: \"%s\" <sip:%s@%s:%d>;user=phone;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
-        else
-            out.line<"From: \"%s\" <sip:%s@%s:%d>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
-    }
+    write_tagged_party<"From">(out, from, user_phone, bare);
+}
+
+void write_preferred_identity(writer &out, const SIP_FROMTO &from, phone user_phone) {
+    write_party<"P-Preferred-Identity", "\r\n">(out, from, user_phone);
 }
 
 // ------------------------------------------------------------------------------------------------------ other lines
@@ -149,10 +123,7 @@ void write_cseq(writer &out, const SIP_CODE_MSG &record) {
     out.line<"CSeq: %d %s\r\n">(record.cseq.seq, method_text(record.cseq.method));
 }
 
-void write_korvadex(writer &out, const SIP_CODE_MSG &record) {
-    if (record.korvadex[0] != '\0')
-        out.line<"Korvadex-Extern: %s\r\n">(record.korvadex);
-}
+void write_korvadex(writer &out, const SIP_CODE_MSG &record) { out.line<"Korvadex-Extern: %s\r\n">(record.korvadex); }
 
 void write_allow(writer &out) {
     out.line<"Allow: INVITE,MESSAGE,INFO,PRACK,PUBLISH,SUBSCRIBE,OPTIONS,UPDATE,BYE,CANCEL,NOTIFY,ACK,REFER\r\n">();
@@ -169,21 +140,16 @@ void write_session_expires(writer &out, const SIP_SESSION_EXPIRES &session_expir
 }
 
 void write_rack(writer &out, const SIP_CODE_MSG &record) {
-    if (record.rack.rack != 0)
-        out.line<"RAck: %d %d %s\r\n">(record.rack.rack, record.rack.cseq, method_text(record.rack.method));
+    out.line<"RAck: %d %d %s\r\n">(record.rack.rack, record.rack.cseq, method_text(record.rack.method));
 }
 
-void write_rseq(writer &out, const SIP_CODE_MSG &record) {
-    if (record.rseq.use == 1)
-        out.line<"RSeq: %d\r\n">(record.rseq.RSeq);
-}
+void write_rseq(writer &out, const SIP_CODE_MSG &record) { out.line<"RSeq: %d\r\n">(record.rseq.RSeq); }
 
 void write_min_se(writer &out, const SIP_CODE_MSG &record) { out.line<"Min-SE: %d\r\n">(record.min_se.minse); }
 
 void write_call_info(writer &out, const SIP_CODE_MSG &record) {
     const SIP_FROMTO &from = record.from;
-    if (record.call_info.use == 1)
-        out.line<"Call-Info: <sip:%s@%s:%d>;%s\r\n">(from.user, from.addr.ip, from.addr.port, record.call_info.content);
+    out.line<"Call-Info: <sip:%s@%s:%d>;%s\r\n">(from.user, from.addr.ip, from.addr.port, record.call_info.content);
 }
 
 void write_supported(writer &out, const SIP_CODE_MSG &record) {

@@ -4,7 +4,7 @@
 #include "code.h"
 #include "encode.h"
 #include "host.h"
-#include "output.h"
+#include "writer.h"
 
 namespace sipcode {
 
@@ -64,6 +64,7 @@ enum class bare_form { never, when_user_is_empty };
 
 void write_to(writer &out, const SIP_FROMTO &to, phone user_phone, bare_form bare);
 void write_from(writer &out, const SIP_FROMTO &from, phone user_phone, bare_form bare);
+void write_preferred_identity(writer &out, const SIP_FROMTO &from, phone user_phone);
 void write_via(writer &out, const transport_token &transport, const SIP_VIA &via);
 
 bool has_contact(const SIP_CONTACT &contact);
@@ -71,15 +72,15 @@ void write_contact(writer &out, const transport_token &transport, const SIP_CONT
 
 void write_call_id(writer &out, const SIP_CODE_MSG &record);
 void write_cseq(writer &out, const SIP_CODE_MSG &record);
-void write_korvadex(writer &out, const SIP_CODE_MSG &record); // when it is not empty
+void write_korvadex(writer &out, const SIP_CODE_MSG &record);
 void write_allow(writer &out);
 void write_date(writer &out);
 void write_time(writer &out); // the current one, as the Date header has it
 void write_session_expires(writer &out, const SIP_SESSION_EXPIRES &session_expires); // with its refresher
-void write_rack(writer &out, const SIP_CODE_MSG &record);                            // when rack is not 0
-void write_rseq(writer &out, const SIP_CODE_MSG &record);                            // when it is present
+void write_rack(writer &out, const SIP_CODE_MSG &record);
+void write_rseq(writer &out, const SIP_CODE_MSG &record);
 void write_min_se(writer &out, const SIP_CODE_MSG &record);
-void write_call_info(writer &out, const SIP_CODE_MSG &record); // when it is present
+void write_call_info(writer &out, const SIP_CODE_MSG &record);
 void write_supported(writer &out, const SIP_CODE_MSG &record);
 void write_require(writer &out, const SIP_CODE_MSG &record);
 void write_expires(writer &out, int seconds);

@@ -53,21 +53,6 @@ void write_session_timer(writer &out, const SIP_SESSION_EXPIRES &session_expires
         out.line<"Session-Expires: %d\r\n">(session_expires.sessionexpires);
 }
 
-void write_preferred_identity(writer &out, const SIP_CODE_MSG &r) {
-    const auto &[tag_use, user, tag, addr, dns, flag] = r.from;
-    if (dns.use == 1) {
-        if (r.user_phone == 1)
-            out.line<"P-Preferred-Identity: \"%s\" <sip:%s@%s;user=phone>\r\n">(user, user, dns.dnsname);
-        else
-            out.line<"P-Preferred-Identity: \"%s\" <sip:%s@%s>\r\n">(user, user, dns.dnsname);
-    } else {
-        if (r.user_phone == 1)
-            out.line<"P-Preferred-Identity: \"%s\" <sip:%s@%s:%d;user=phone>\r\n">(user, user, addr.ip, addr.port);
-        else
-            out.line<"P-Preferred-Identity: \"%s\" <sip:%s@%s:%d>\r\n">(user, user, addr.ip, addr.port);
-    }
-}
-
 void write_authorization(writer &out, const SIP_AUTHOR &a) {
     if (a.qop[0] != '\0')
         out.line<"Authorization: Digest username=\"%s\",realm=\"%s\",nonce=\"%s\",uri=\"%s\",response=\"%s\","
@@ -102,20 +87,14 @@ void write_credentials(writer &out, const SIP_CODE_MSG &r) {
         write_proxy_authorization(out, r.author, r.method);
 }
 
-void write_request_uri_header(writer &out, const SIP_REQUST_URI &party) {
+// "Request URI" and P-Asserted-Identity.
+template <format_string Name, class Party>
+void write_identity(writer &out, const Party &party) {
     const auto &[use, user, tag, addr] = party;
     if (tag[0] == '\0')
-        out.line<"Request URI: \"%s\" <sip:%s@%s:%d>\r\n">(user, user, addr.ip, addr.port);
+        out.line<joined<Name, ": \"%s\" <sip:%s@%s:%d>\r\n">>(user, user, addr.ip, addr.port);
     else
-        out.line<"Request URI: \"%s\" <sip:%s@%s:%d>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
-}
-
-void write_asserted_identity(writer &out, const SIP_P_ASSERTED_IDENTITY &party) {
-    const auto &[use, user, tag, addr] = party;
-    if (tag[0] == '\0')
-        out.line<"P-Asserted-Identity: \"%s\" <sip:%s@%s:%d>\r\n">(user, user, addr.ip, addr.port);
-    else
-        out.line<"P-Asserted-Identity: \"%s\" <sip:%s@%s:%d>;tag=%s\r\n">(user, user, addr.ip, addr.port, tag);
+        out.line<joined<Name, ": \"%s\" <sip:%s@%s:%d>;tag=%s\r\n">>(user, user, addr.ip, addr.port, tag);
 }
 
 // One header folded over a line for each entry: the run of used entries that starts at the first.
@@ -175,7 +154,8 @@ void write_request(writer &out, SIP_CODE_MSG &r) {
     write_cseq(out, r);
     if (has_contact(r.contact))
         write_contact(out, transport, r.contact);
-    write_korvadex(out, r);
+    if (r.korvadex[0] != '\0')
+        write_korvadex(out, r);
     if (is_invite || is_register)
         write_allow(out);
     if (r.date.use == 1 && (is_invite || is_one_of(r.method, SIP_REQUEST_MSG_BYE, SIP_REQUEST_MSG_ACK)))
@@ -186,8 +166,10 @@ void write_request(writer &out, SIP_CODE_MSG &r) {
         out.line<"Replaces: %s\r\n">(r.replaces.content);
     if (r.subscription_state.use == 1 && r.method == SIP_REQUEST_MSG_NOTIFY)
         out.line<"Subscription-State: %s\r\n">(r.subscription_state.content);
-    write_rack(out, r);
-    write_rseq(out, r);
+    if (r.rack.rack != 0)
+        write_rack(out, r);
+    if (r.rseq.use == 1)
+        write_rseq(out, r);
     if (r.require.use == 1)
         write_require(out, r);
     if (r.alert.use == 1)
@@ -196,19 +178,20 @@ void write_request(writer &out, SIP_CODE_MSG &r) {
         write_session_timer(out, r.session_expires);
     if (r.min_se.use == 1 && is_invite)
         write_min_se(out, r);
-    write_call_info(out, r);
+    if (r.call_info.use == 1)
+        write_call_info(out, r);
     if (r.supported.use == 1 && is_invite)
         write_supported(out, r);
     if (is_invite && r.to.tag_use == 0)
-        write_preferred_identity(out, r);
+        write_preferred_identity(out, r.from, phone_of_parties(r));
     if (r.author.use == 1)
         write_credentials(out, r);
     if (r.requst_uri.tag_use == 1)
-        write_request_uri_header(out, r.requst_uri);
+        write_identity<"Request URI">(out, r.requst_uri);
     if (r.history_info[0].use == 1)
         write_history(out, r.history_info);
     if (r.p_passerted_identity.tag_use == 1)
-        write_asserted_identity(out, r.p_passerted_identity);
+        write_identity<"P-Asserted-Identity">(out, r.p_passerted_identity);
     if (r.refer_to.use == 1)
         write_transfer(out, r);
     if (r.expire.use == 1)

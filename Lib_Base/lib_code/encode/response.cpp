@@ -40,8 +40,6 @@ void write_session_timer(writer &out, const SIP_SESSION_EXPIRES &session_expires
 // A registrar and a notifier tell how long the contact holds.
 void write_contact_of_response(writer &out, const transport_token &transport, const SIP_CODE_MSG &r, bool with_expiry) {
     const SIP_CONTACT &contact = r.contact;
-    if (!has_contact(contact))
-        return;
     if (with_expiry)
         out.line<"Contact: <sip:%s@%s:%d;transport=%s>;expires=%d\r\n">(contact.user, contact.addr.ip,
                                                                         contact.addr.port, transport, r.expire.expires);
@@ -78,7 +76,8 @@ void write_response(writer &out, SIP_CODE_MSG &r) {
     write_vias(out, transport, r);
     write_parties(out, r);
     write_call_id(out, r);
-    write_korvadex(out, r);
+    if (r.korvadex[0] != '\0')
+        write_korvadex(out, r);
     if (ok_to_invite || ok_to_update || ok_to_options || ok_to_subscribe)
         write_allow(out);
     if (r.date.use == 1 && (is_progress || ok_to_invite || ok_to_bye || ok_to_register))
@@ -87,10 +86,12 @@ void write_response(writer &out, SIP_CODE_MSG &r) {
         out.line<"P-Early-Media: %s\r\n">(r.p_early_media.content);
     if (r.session_expires.use == 1 && (is_progress || ok_to_invite || ok_to_update))
         write_session_timer(out, r.session_expires);
-    write_rack(out, r);
+    if (r.rack.rack != 0)
+        write_rack(out, r);
     if (r.min_se.use == 1 && r.method == SIP_RESPONSE_MSG_422_SESSION_INVERVAL_TOO_SMALL)
         write_min_se(out, r);
-    write_call_info(out, r);
+    if (r.call_info.use == 1)
+        write_call_info(out, r);
     if (r.supported.use == 1)
         write_supported(out, r);
     if (r.require.use == 1 && r.require.REQUIRE[0] != '\0')
@@ -98,8 +99,10 @@ void write_response(writer &out, SIP_CODE_MSG &r) {
     if (ok_to_options)
         out.line<"Accept: application/sdp\r\nAccept-Language: en\r\n">();
     write_cseq(out, r);
-    write_contact_of_response(out, transport, r, ok_to_register || ok_to_subscribe);
-    write_rseq(out, r);
+    if (has_contact(r.contact))
+        write_contact_of_response(out, transport, r, ok_to_register || ok_to_subscribe);
+    if (r.rseq.use == 1)
+        write_rseq(out, r);
     if (r.expire.use == 1)
         write_expires(out, r.expire.expires);
     if (r.authen.use == 1)

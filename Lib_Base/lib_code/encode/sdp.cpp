@@ -3,72 +3,42 @@
 // Each stream is written in one of two ways. Generated (a_conten_nouse, v_conten_nouse 1): its attributes are made from the
 // codecs, the packet time and the direction. Otherwise its content text stands for them, as the decoder took it out of a
 // received description. In a fax session (fax_use 1) the audio media line is left out and the fax address leads.
-#include "lines.h"
-
 #include <algorithm>
+
+#include "codecs.h"
+#include "lines.h"
 
 namespace sipcode {
 namespace {
 
 constexpr int max_video_payloads = 4;
 
-struct static_codec {
-    e_codec codec;
-    char payload[8]; // put in one block
-    text rtpmap;
-};
-constexpr static_codec static_codecs[] = {
-    {G711_A, " 8", "a=rtpmap:8 PCMA/8000\r\n"}, {G711_U, " 0", "a=rtpmap:0 PCMU/8000\r\n"},
-    {G729, " 18", "a=rtpmap:18 G729/8000\r\n"}, {G723, " 4", "a=rtpmap:4 G723/8000\r\n"},
-    {GSM, " 3", "a=rtpmap:3 GSM/8000\r\n"},     {G726, " 2", "a=rtpmap:2 G726-32\r\n"},
-    {G722, " 9", "a=rtpmap:9 G722/8000\r\n"},   {DVI4, " 5", "a=rtpmap:5 dvi4/8000\r\n"},
-};
-
-struct video_rtpmap {
+struct video_encoding {
     int payload;
-    text rtpmap;
+    char encoding[24];
 };
-constexpr video_rtpmap video_rtpmaps[] = {
-    {99, "a=rtpmap:99 H264/90000\r\n"},   {34, "a=rtpmap:34 H263/90000\r\n"},   {31, "a=rtpmap:31 H261/90000\r\n"},
-    {109, "a=rtpmap:109 H264/90000\r\n"}, {103, "a=rtpmap:103 H263/90000\r\n"}, {96, "a=rtpmap:96 H263/90000\r\n"},
+constexpr video_encoding video_encodings[] = {
+    {99, "H264/90000"},  {34, "H263/90000"},  {31, "H261/90000"},
+    {109, "H264/90000"}, {103, "H263/90000"}, {96, "H263/90000"},
 };
 
-// By codec: its place among the static ones, or their number when it is none.
-constexpr auto codec_places = [] {
-    std::array<std::size_t, DVI4 + 1> places{};
-    places.fill(std::size(static_codecs));
-    for (std::size_t i = 0; i < std::size(static_codecs); ++i)
-        places[static_cast<std::size_t>(static_codecs[i].codec)] = i;
-    return places;
-}();
-
-const static_codec *find_static(e_codec codec) {
-    const auto number = static_cast<unsigned>(codec); // wild ones too
-    const std::size_t place = number < codec_places.size() ? codec_places[number] : std::size(static_codecs);
-    return place < std::size(static_codecs) ? &static_codecs[place] : nullptr;
+// Null for an empty slot and for a wild value.
+const audio_codec *find_codec(e_codec codec) {
+    const bool known = codec > UNKONW && codec < SIP_CODE_CODEC_COUNT;
+    return known ? &audio_codecs[codec - 1] : nullptr;
 }
 
 // Calls write with the payload number of every dynamic entry of this codec.
 template <class Write>
 void for_each_dynamic(const SIP_SDP &sdp, e_codec codec, Write write) {
-    if (codec == UNKONW)
-        return;
     for (const CODEC_RTPMAP &entry : sdp.rtpmap)
         if (entry.a_coder == codec)
             write(entry.a_payload);
 }
 
-void write_dynamic_rtpmap(writer &out, e_codec codec, int payload) {
-    switch (codec) {
-    case SPEEX:
-        return out.line<"a=rtpmap:%d speex/8000\r\n">(payload);
-    case ILBC:
-        return out.line<"a=rtpmap:%d ilbc/8000\r\n">(payload);
-    case TE101:
-        return out.line<"a=rtpmap:%d telephone-event/8000\r\n">(payload);
-    default:
-        return;
-    }
+template <std::size_t N>
+void write_rtpmap(writer &out, int payload, const char (&encoding)[N]) {
+    out.line<"a=rtpmap:%d %s\r\n">(payload, encoding);
 }
 
 void write_direction(writer &out, int media, const char (&ip)[24]) {
@@ -112,8 +82,8 @@ void write_audio_media_line(writer &out, SIP_SDP &sdp) {
     for (const e_codec codec : sdp.a_coders) {
         if (codec == UNKONW)
             continue;
-        if (const static_codec *const known = find_static(codec); known != nullptr)
-            out.line<"%s">(known->payload);
+        if (const audio_codec *const known = find_codec(codec); known != nullptr && known->payload != dynamic_payload)
+            out.line<" %d">(known->payload);
         for_each_dynamic(sdp, codec, [&out](int payload) { out.line<" %d">(payload); });
     }
     out.line<"\r\n">();
@@ -123,9 +93,13 @@ void write_generated_audio(writer &out, const SIP_SDP &sdp, bool session_connect
     if (!session_connection)
         write_connection(out, sdp.a_addr.ip);
     for (const e_codec codec : sdp.a_coders) {
-        if (const static_codec *const known = find_static(codec); known != nullptr)
-            out.append(known->rtpmap);
-        for_each_dynamic(sdp, codec, [&out, codec](int payload) { write_dynamic_rtpmap(out, codec, payload); });
+        const audio_codec *const known = find_codec(codec);
+        if (known == nullptr)
+            continue;
+        if (known->payload != dynamic_payload)
+            write_rtpmap(out, known->payload, known->encoding);
+        else
+            for_each_dynamic(sdp, codec, [&](int payload) { write_rtpmap(out, payload, known->encoding); });
     }
     if (sdp.a_ptime > 0)
         out.line<"a=ptime:%d\r\n">(sdp.a_ptime);
@@ -145,9 +119,9 @@ void write_generated_video(writer &out, const SIP_SDP &sdp, bool session_connect
     if (!session_connection)
         write_connection(out, sdp.v_addr.ip);
     for (int slot = 0; slot < max_video_payloads; ++slot)
-        for (const video_rtpmap &known : video_rtpmaps)
+        for (const video_encoding &known : video_encodings)
             if (known.payload == sdp.v_coders[slot])
-                out.append(known.rtpmap);
+                write_rtpmap(out, known.payload, known.encoding);
     write_direction(out, sdp.v_media, sdp.v_addr.ip);
     out.append(member_text(sdp.v_content));
 }

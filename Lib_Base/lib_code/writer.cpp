@@ -1,33 +1,7 @@
-#include "output.h"
+#include "writer.h"
 
 namespace sipcode {
 namespace {
-
-// Whether a byte would let a text out of its place, and so break the message apart.
-constexpr bool escapes(place where, char c) {
-    if (c == '\r' || c == '\n')
-        return true;
-    switch (where) {
-    case place::quoted:
-        return c == '"' || c == '\\';
-    case place::bracketed:
-        return c == '"' || c == '<' || c == '>';
-    case place::request_line:
-        return is_blank(c);
-    default:
-        return false;
-    }
-}
-
-// For every byte, bit i is set when it escapes from place i: one look instead of up to five comparisons a byte.
-constexpr auto escaping = [] {
-    std::array<unsigned char, 256> places{};
-    for (int c = 0; c < 256; ++c)
-        for (const place where : {place::plain, place::quoted, place::bracketed, place::request_line})
-            if (escapes(where, static_cast<char>(c)))
-                places[static_cast<std::size_t>(c)] |= static_cast<unsigned char>(1U << static_cast<unsigned>(where));
-    return places;
-}();
 
 constexpr auto powers_of_ten = [] {
     std::array<unsigned long, longest_number> powers{1};
@@ -67,13 +41,6 @@ char *put_small(char *to, std::uint32_t value) {
 
 } // namespace
 
-bool stays_in(place where, bool ends_line, text value) {
-    unsigned found = 0;
-    for (const char c : value)
-        found |= escaping[static_cast<unsigned char>(c)];
-    return (found >> static_cast<unsigned>(where) & 1) == 0 && !(ends_line && value.ends_with(','));
-}
-
 char *put_decimal(char *to, long value) {
     if (value >= 0 && value < small_end)
         return put_small(to, static_cast<std::uint32_t>(value));
@@ -92,16 +59,6 @@ char *put_decimal(char *to, long value) {
     if (at != to)
         *to = static_cast<char>('0' + low);
     return end;
-}
-
-void writer::judge(const char *format, const format_piece *pieces, const line_value *values, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        if (pieces[i].value != conversion::string)
-            continue;
-        const bool ends_line = format[pieces[i + 1].begin] == '\r';
-        if (!stays_in(pieces[i].where, ends_line, values[i].string))
-            refuse(fault::broken_text);
-    }
 }
 
 void writer::write_pieces(const char *format, const format_piece *pieces, const line_value *values, std::size_t count) {

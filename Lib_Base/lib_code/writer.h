@@ -20,18 +20,28 @@ namespace sipcode {
 
 template <std::size_t N>
 struct format_string {
+    consteval format_string() = default;
     consteval format_string(const char (&literal)[N]) {
         for (std::size_t i = 0; i < N; ++i)
             chars[i] = literal[i];
     }
     constexpr text whole() const { return {chars, N - 1}; }
 
-    char chars[N];
+    char chars[N] = {};
 };
+
+// Several formats, one behind the other.
+template <format_string... Parts>
+inline constexpr auto joined = [] {
+    format_string<(Parts.whole().size() + ... + 1)> whole;
+    char *end = whole.chars;
+    (..., (end = std::copy_n(Parts.chars, Parts.whole().size(), end)));
+    return whole;
+}();
 
 enum class conversion { none, string, decimal, two_digits, hexadecimal };
 
-// Where in its line a value stands: what a text may not hold there, lest it escape.
+// Where in its line a value stands. It decides which characters a text must not hold.
 enum class place { plain, quoted, bracketed, request_line };
 
 // A stretch of literal text and the conversion behind it.
@@ -156,7 +166,7 @@ inline constexpr auto digit_pairs = [] {
 
 inline void put_pair(char *to, std::size_t value) { std::memcpy(to, &digit_pairs[2 * value], 2); }
 
-// In output.cpp.
+// In writer.cpp.
 char *put_decimal(char *to, long value);
 
 inline char *put_two_digits(char *to, int value) {
@@ -191,53 +201,56 @@ char *put_value(char *to, const Value &value) {
 
 // -------------------------------------------------------------------------------------- texts that stay in their places
 
-// In output.cpp: whether no byte of a text lets it out of its place, and no comma joins the next line to it.
-bool stays_in(place where, bool ends_line, text value);
-
-// Nearly every text stays in its place, which sixteen bytes at a time tell in a tenth of the time. A set bit means: look closer.
-// Every byte that could let the text out sets one; a few harmless ones do too, and stays_in then decides.
+// Of the sixteen bytes at `at`: those that end a text's place, and so break the message apart.
 template <place Where>
-unsigned suspicious16(const char *at) {
-    const unsigned controls = matches_up_to16(at, Where == place::request_line ? ' ' : '\r');
+unsigned escapes16(const char *at) {
+    if constexpr (Where == place::request_line)
+        return matches_up_to16(at, ' ');
+    unsigned escapes = matches16(at, '\r') | matches16(at, '\n');
     if constexpr (Where == place::quoted)
-        return controls | matches16(at, '"') | matches16(at, '\\');
+        escapes |= matches16(at, '"') | matches16(at, '\\');
     if constexpr (Where == place::bracketed)
-        return controls | matches16(at, '"') | matches16(at, '<') | matches16(at, '>');
-    return controls;
+        escapes |= matches16(at, '"') | matches16(at, '<') | matches16(at, '>');
+    return escapes;
 }
 
+// Whether a text stays in its place. At the end of a line it must not end in a comma, which joins the next line to it.
 template <place Where, bool EndsLine>
-[[gnu::noinline]] bool is_surely_harmless(text value) {
-    if (value.size() < 16)
-        return stays_in(Where, EndsLine, value);
-    for (std::size_t at = 0; at + 16 < value.size(); at += 16)
-        if (suspicious16<Where>(value.data() + at) != 0)
+[[gnu::noinline]] bool stays_in(text value) {
+    if (EndsLine && value.ends_with(','))
+        return false;
+    std::size_t at = 0;
+    for (; at + 16 <= value.size(); at += 16)
+        if (escapes16<Where>(value.data() + at) != 0)
             return false;
-    const text last(value.data() + value.size() - 16, 16); // overlaps those before
-    return suspicious16<Where>(last.data()) == 0 && !(EndsLine && last.back() == ',');
+    char rest[16];
+    std::memset(rest, 'x', sizeof rest);
+    copy_bytes(rest, value.data() + at, value.size() % sizeof rest);
+    return escapes16<Where>(rest) == 0;
 }
 
+// A member is looked at whole blocks at a time, up to its terminator.
 template <place Where, bool EndsLine, std::size_t N>
-[[gnu::noinline]] bool is_surely_harmless(const char (&member)[N]) {
+[[gnu::noinline]] bool stays_in(const char (&member)[N]) {
     for (std::size_t at = 0; at + 16 <= N; at += 16) {
-        const unsigned suspicious = suspicious16<Where>(member + at);
+        const unsigned escapes = escapes16<Where>(member + at);
         if (const unsigned terminators = matches16(member + at, '\0'); terminators != 0) {
             const auto left = static_cast<std::size_t>(std::countr_zero(terminators));
             const unsigned in_text = (1U << left) - 1;
-            return (suspicious & in_text) == 0 && !(EndsLine && at + left != 0 && member[at + left - 1] == ',');
+            return (escapes & in_text) == 0 && !(EndsLine && at + left != 0 && member[at + left - 1] == ',');
         }
-        if (suspicious != 0)
+        if (escapes != 0)
             return false;
     }
-    return is_surely_harmless<Where, EndsLine>(member_text(member)); // a short member, or a long text
+    return stays_in<Where, EndsLine>(member_text(member)); // no terminator in whole blocks
 }
 
 // A value of a line, in its place.
 template <format_string Format, std::size_t Index, class Value>
-bool is_surely_harmless_in(const Value &value) {
+bool stays_in_line(const Value &value) {
     static constexpr auto &pieces = pieces_of<Format>;
     if constexpr (pieces[Index].value == conversion::string)
-        return is_surely_harmless<pieces[Index].where, Format.chars[pieces[Index + 1].begin] == '\r'>(value);
+        return stays_in<pieces[Index].where, Format.chars[pieces[Index + 1].begin] == '\r'>(value);
     else
         return true;
 }
@@ -284,7 +297,7 @@ class writer {
         if (sizeof...(Values) != 0 && how == mode::careful) [[unlikely]]
             judge_line<Format>(std::index_sequence_for<Values...>{}, values...);
         if (!put_pieces<Format>(std::index_sequence_for<Values...>{}, values...)) [[unlikely]]
-            list_values<Format>(&writer::write_pieces, values...);
+            write_piece_by_piece<Format>(values...);
     }
 
     void append(text t) {
@@ -334,19 +347,16 @@ class writer {
 
     template <format_string Format, std::size_t... Index, class... Values>
     [[gnu::noinline]] void judge_line(std::index_sequence<Index...>, const Values &...values) {
-        if (!(... && is_surely_harmless_in<Format, Index>(values))) [[unlikely]]
-            list_values<Format>(&writer::judge, values...);
+        if (!(... && stays_in_line<Format, Index>(values))) [[unlikely]]
+            refuse(fault::broken_text);
     }
 
-    // Hands the values of a line to one of the two below.
-    using whole_line = void (writer::*)(const char *, const format_piece *, const line_value *, std::size_t);
     template <format_string Format, class... Values>
-    [[gnu::noinline, gnu::cold]] void list_values(whole_line use, const Values &...values) {
+    [[gnu::noinline, gnu::cold]] void write_piece_by_piece(const Values &...values) {
         const line_value list[] = {values..., 0};
-        (this->*use)(Format.chars, pieces_of<Format>.data(), list, sizeof...(Values));
+        write_pieces(Format.chars, pieces_of<Format>.data(), list, sizeof...(Values));
     }
 
-    void judge(const char *format, const format_piece *pieces, const line_value *values, std::size_t count);
     void write_pieces(const char *format, const format_piece *pieces, const line_value *values, std::size_t count);
     void write_value(conversion kind, const line_value &value);
 
