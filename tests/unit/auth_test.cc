@@ -21,16 +21,14 @@ const Case parameters[] = {
     {"wherever they stand", R"(xrealm="r"nonce="n"; uri ="u")", "author realm=r nonce=n"},
     {"a client nonce is another", R"(nonce="n",cnonce="c",qop=auth,nc=00000001,CNONCE="d",algorithm=MD5)",
      "author nonce=n algorithm=MD5"},
-    {"other name behind a c", R"(crealm="r")", "author realm=r"},
     {"two of a name", R"(realm="a",realm="b")", "author realm=b"},
     {"name in a quoted value", R"(realm="nonce=x",uri="u")", "author realm=nonce=x uri=u"},
+    {"empty value", R"(realm=""uri="u")", "author uri=u"},
     {"unquoted value", "realm=r,nonce=n", "author realm=r,nonce=n nonce=n"},
     {"name in an unquoted value", "realm=xuri=u", "author realm=xuri=u uri=u"},
     {"name in place of an unquoted value", "realm=uri=u", "author realm=uri=u"},
     {"name in place of a value", R"(realm=uri="u")", "author realm=uri=u"},
-    {"unclosed quote", R"(realm="r,uri=u)", "author realm=r,uri=u uri=u"},
     {"algorithm list", R"(algorithm=",,MD5,SHA")", "author algorithm=MD5"},
-    {"31 characters of an algorithm list", "algorithm=\"" + std::string(30, ',') + "MD5\"", "author algorithm=M"},
     {"and no more", "algorithm=\"" + std::string(31, ',') + "MD5\"", "author algorithm=" + std::string(15, ',')},
     {"stale and what follows it", R"(STALE=faLSErealm="r")", "author stale=0 realm=r"},
     {"quoted stale", R"(stale="TRUE")", ""},
@@ -45,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(Credentials, Decoding, in_frame(credentials, parameters
 
 const Frame authorization{invite, "\r\n\r\n", "Authorization: x"};
 const Case authorizations[] = {
-    {"for a proxy", "Proxy-Authorization: Digest realm=\"r\"", "author author_type=101 realm=r"},
+    {"a tab behind the scheme", "Authorization: Digest\trealm=\"r\"", ""},
     {"both", "Proxy-Authorization: Digest realm=\"p\"\nAUTHORIZATION: Digest uri=\"u\"", "author uri=u"},
     {"empty and for a proxy", "Authorization:\nProxy-Authorization: Digest realm=\"p\"",
      "author author_type=101 realm=p"},
@@ -59,7 +57,6 @@ const Case challenges[] = {
      "authen stale=1 realm=r nonce=n algorithm=MD5 qop=auth,auth-int"},
     {"of a proxy", "Proxy-Authenticate: Digest stale=false", "authen authen_type=103 stale=0"},
     {"both", "Proxy-Authenticate: Digest realm=\"p\"\nwww-authenticate: Digest nonce=\"n\"", "authen nonce=n"},
-    {"none", "None: 0", "authen use untouched authen_type untouched"},
     {"long values", "WWW-Authenticate: Digest realm=\"" + letters(64) + "\",nonce=\"" + letters(128) + "\"",
      "authen realm=" + letters(63) + " nonce=" + letters(127)},
     {"255 characters", "WWW-Authenticate: Digest " + std::string(242, 'x') + "qop=\"uv", "authen qop=u"},
@@ -68,26 +65,17 @@ INSTANTIATE_TEST_SUITE_P(Challenge, Decoding, in_frame(unauthorized, challenges)
 
 const Frame registered{"SIP/2.0 200 OK\r\nCSeq: 1 REGISTER" + head, "\r\n\r\n", "Authentication-Info: x"};
 const Case next_nonces[] = {
-    {"one", "authentication-info: NEXTnonce=\"n\",qop=auth", "authen next_nonce.nonce=n"},
+    {"two", "Authentication-Info: nextnonce=\"n\",nextnonce=m,stale=FALSE", "authen next_nonce.nonce=m,stale=FALSE"},
     {"empty", "Authentication-Info: ", "authen next_nonce.use=0"},
-    {"none", "None: 0", "authen next_nonce.use=0"},
     {"511 characters", "Authentication-Info: " + std::string(499, 'x') + "nextnonce=\"uv", "authen next_nonce.nonce=u"},
 };
 INSTANTIATE_TEST_SUITE_P(NextNonce, Decoding, in_frame(registered, next_nonces), Title());
 
 TEST(Credentials, are_cleared_without_a_header) {
-    for (const std::string member : {"username", "realm", "nonce", "uri", "response", "algorithm"})
-        EXPECT_EQ(decode(invite + "\r\n")["author." + member], "") << member;
-    EXPECT_EQ(decode(invite + "\r\n")["author.stale"], "-1");
-}
-
-TEST(Credentials, with_a_quote_put_in_or_left_out_anywhere) {
-    const std::string line = R"(username="u",realm="r,s",nonce="n",uri="sip:h",stale=FALSE,algorithm="MD5,SHA")";
-    for (std::size_t at = 0; at < line.size(); ++at) {
-        expect_whole_members(credentials.text(line.substr(0, at)));
-        expect_whole_members(credentials.text(line.substr(0, at) + "\"" + line.substr(at)));
-        expect_whole_members(credentials.text(line.substr(0, at) + line.substr(at + 1)));
-    }
+    std::string values;
+    for (const std::string member : {"username", "realm", "nonce", "uri", "response", "algorithm", "stale"})
+        values += decode(invite + "\r\n")["author." + member];
+    EXPECT_EQ(values, "-1");
 }
 
 TEST(DelQuoteMark, table) {
@@ -96,16 +84,8 @@ TEST(DelQuoteMark, table) {
         int result;
         std::string copied;
     } rows[] = {
-        {"\"abc\"d", 3, "abc"},
-        {"\"\"", 0, ""},
-        {"\"a,b,c\"", 1, "a,b,c"},
-        {"a,b\"c\"d", 1, "a,bc"},
-        {"ab\"c\"", 3, "abc"},
-        {"\",\"", 0, ","},
-        {"", 0, ""},
-        {"abc", 0, "abc"},
-        {"\"abc", 0, "abc"},
-        {"a\"b", 0, "ab"},
+        {"\"abc\"d", 3, "abc"}, {"\"\"", 0, ""},     {"\"a,b,c\"", 1, "a,b,c"}, {"ab\"c\"", 3, "abc"},
+        {"\",\"", 0, ","},      {"\"abc", 0, "abc"}, {"a\"b", 0, "ab"},
     };
     for (const auto &[source, result, copied] : rows) {
         const Guarded to(source.size() + 1, zero);
@@ -132,11 +112,9 @@ TEST(OldChallenges, table) {
         std::string changed;
     } rows[] = {
         {"first", Parse_Authen_bak, www, four, all},
-        {"third", Parse_Authen_bak3, proxy, four, all},
         {"second", Parse_Authen_bak2, proxy, three, "authen stale=0 realm=r nonce=n algorithm=MD5 qop=auth"},
         {"second of the others", Parse_Authen_bak2, proxy, four,
          "authen stale=0 realm=r\",domain=\"d algorithm=MD5 qop=auth"},
-        {"first of the second", Parse_Authen_bak, www, three, "authen stale=1 algorithm=MD5 qop=auth"},
         {"neither stale", Parse_Authen_bak3, proxy, "stale=true,algor", "authen stale=0 algorithm=MD5 qop=auth"},
         {"no digest", Parse_Authen_bak, www + "x", four, ""},
         {"first without its header", Parse_Authen_bak, proxy, four, ""},

@@ -79,20 +79,18 @@ TEST(Dispatch, no_name_but_the_right_one) {
 TEST(Dispatch, body_of_a_message) {
     const std::string start = "MESSAGE sip:h SIP/2.0\r\nCSeq: 1 MESSAGE" + headers + "a/b\r\n\r\n";
     EXPECT_EQ(decode(start)["msg_sdp.use"], "(untouched)");
-    for (const std::size_t length : {2997U, 2998U, 2999U, 3700U})
-        EXPECT_EQ(decode(start + letters(length))["msg_sdp.content"], letters(std::min<std::size_t>(length, 2998)));
+    for (const std::size_t length : {2998U, 2999U})
+        EXPECT_EQ(decode(start + letters(length))["msg_sdp.content"], letters(2998));
 }
 
 TEST(Dispatch, in_the_order_of_work) {
     const std::string refer = "REFER sip:h SIP/2.0\r\nCSeq: 1 REFER\r\nCall-ID: c\r\nMax-Forwards: x\r\n\r\n";
     EXPECT_EQ(lines(decode(refer).log), "1 Refer-To Header missing. Skipping transfer.\n0 Decode max-forward : 'x'");
     const std::string notify =
-        "NOTIFY tel:1 SIP/2.0\r\nCSeq: 1 NOTIFY\r\nCall-ID: c\r\nv: SIP/2.0/UDP h;x\r\nf: tel:\r\nt: tel:\r\n"
-        "m: urn:1\r\nHistory-Info: <urn:2>\r\n\r\nMessage-Account: urn:3\r\n";
-    std::string expected;
-    for (const std::string uri : {"urn:1", "urn:2", "urn:3"})
-        expected += (expected.empty() ? "" : "\n") + ("0 Decode Uri : '" + uri + "' is not a valid SIP uri");
-    EXPECT_EQ(lines(decode(notify, zero).log), expected);
+        "NOTIFY tel:1 SIP/2.0\r\nCSeq: 1 NOTIFY\r\nCall-ID: c\r\nv: SIP/2.0/UDP h;x\r\nf: tel:\r\n"
+        "t: tel:\r\nm: u:1\r\nHistory-Info: <u:2>\r\n\r\nMessage-Account: u:3\r\n";
+    const auto wrong = [](const std::string &uri) { return "0 Decode Uri : '" + uri + "' is not a valid SIP uri"; };
+    EXPECT_EQ(decode(notify, zero).log, (std::vector{wrong("u:1"), wrong("u:2"), wrong("u:3")}));
 }
 
 // The exported decoders read what a host split.

@@ -25,7 +25,6 @@ TEST(History, table) {
         {"", "History-Info: <sip:2002@h;cause=302>;index=1, <sip:1001@i:5070;cause=480>;index=1.1",
          "history_info[0] use=1 user=2002 addr=h:5060 cause=302\nhistory_info[1] use=1 user=1001 addr=i:5070 cause=480"},
         {"", "History-Info: sip:a@h;cause=302", ""},
-        {"", "Diversion: <sip:a@h>", ""},
         {"", "history-info: <sip:a@h>\r\nHistory-Info: <sip:b@h>", "history_info[0] use=1 user=a addr=h:5060"},
         {"", "History-Info: <tel:1><tel:2>,<tel:3> x <tel:4>;<tel:5>",
          "history_info[0] use=1 user=1\nhistory_info[1] use=1 user=2\nhistory_info[2] use=1 user=3\nhistory_info[3] use=1 user=4"},
@@ -48,9 +47,6 @@ TEST(History, table) {
         Sip_Decode((message("BYE") + header + "\r\n\r\n").data(), &with);
         EXPECT_EQ(changes(members_of(without, zero), members_of(with, zero)), changed) << header;
     }
-    const std::string hostile = message("BYE") + "History-Info: " + repeat(500, "<s>") + "\r\n\r\n";
-    EXPECT_EQ(lines(decode(hostile, zero).log),
-              lines(std::vector<std::string>(4, "0 Decode Uri : 's' is not a valid SIP uri")));
 }
 
 TEST(Dtmf, table) {
@@ -62,18 +58,14 @@ TEST(Dtmf, table) {
         std::string body; // as it is kept
         std::string log = "";
     } rows[] = {
-        {relay + "Signal=5\nDuration=160\n", "1 5", "Signal=5\\r\\nDuration=160\\r\\n"},
         {"c: APPLICATION/DTMF-RELAY\n\nx\nsignal= # \n", "1 # ", "x\\r\\nsignal= # \\r\\n"},
         {relay + "Signal= \nSignals=1\nSignal =2\nSignal=3\nSignal=4", "1 3",
          "Signal= \\r\\nSignals=1\\r\\nSignal =2\\r\\nSignal=3\\r\\nSignal=4"},
         {relay + "Signal=" + letters(32), "1 " + letters(31), "Signal=" + letters(32)},
         {relay + "Signal=", "(untouched) (untouched)", "Signal=", no_signal},
-        {relay, "(untouched) (untouched)", "", no_signal},
         {relay + "Symbol=1\nSignal=5", "1 5", "Symbol=1\\r\\nSignal=5"},
-        {relay + "Signal\nSignal=5", "1 5", "Signal\\r\\nSignal=5"},
         {"Content-Type: application/DTMF\n\n 7 8 \n\n", "1  7 8", " 7 8"},
         {"c: application/dtmf\n\n" + letters(32), "1 " + letters(31), letters(32)},
-        {"c: application/dtmf\n\n\n \n", "1 ", ""},
         {"c: application/dtmf-relay;charset=utf-8\n\nSignal=5", "(untouched) (untouched)", "Signal=5"},
         {"c: application/dtmf\nContent-Type:\n\n5\n", "(untouched) (untouched)", "5\\r\\n"},
     };
@@ -97,19 +89,14 @@ TEST(Summary, table) {
          " messageswaiting= account=1 newmsgcount=1 oldmsgcount=-2 urgentmsgcount=3 urgentoldcount=4"},
         {"Voice-Message: 1/2(3/4)\n", " newmsgcount=1 oldmsgcount=2 urgentmsgcount=3 urgentoldcount=4"},
         {"Voice-Message: 3/1\n", " newmsgcount=3 oldmsgcount=1"},
-        {"Voice-Message: 3 /1\n", " newmsgcount=3"},
         {"Voice-Message: 3/ 1 (2 /3)\n", " newmsgcount=3 oldmsgcount=1 urgentmsgcount=2"},
         {"Voice-Message: 1:2 (3/4)\n", " newmsgcount=1"},
-        {"Voice-Message: 1/x (3/4)\n", " newmsgcount=1"},
         {"Voice-Message: 1/2 3/4\n", " newmsgcount=1 oldmsgcount=2"},
-        {"Voice-Message: 1/2 (x/4)\n", " newmsgcount=1 oldmsgcount=2"},
         {"Voice-Message: 1/2 (3/x)\n", " newmsgcount=1 oldmsgcount=2 urgentmsgcount=3"},
         {"Voice-Message: x/1\nVoice-Message: 1/1\n", ""},
         {"Messages-Waiting: 1234567\n", " messageswaiting=123456"},
         {"messages-waiting: yes\nMessages-Waiting:yes\nMessage-Account:sip:a@h\n", ""},
         {"Messages-Waiting: yes\nVoice-Message: 1/2", " messageswaiting=yes"},
-        {"Message-Account: urn:a\n", " account=a"},
-        {"y", ""},
         {std::string(487, 'x') + "Messages-Waiting: yes\n", " messageswaiting=yes"}, // 510 characters
         {std::string(488, 'x') + "Messages-Waiting: yes\n", ""},
     };
@@ -123,9 +110,6 @@ TEST(Summary, table) {
     Parse_Message_Summary(&summary, nullptr);
     Parse_Message_Summary(&summary, Guarded(std::string_view()).data());
     EXPECT_EQ(summary.use, 0) << "of no text";
-    for (const std::string &body :
-         {repeat(150, "Message-Account: sip:\r\n"), repeat(120, "Messages-Waiting: Voice-Message:")})
-        expect_whole_members(message("NOTIFY") + "\r\n" + body);
 }
 
 } // namespace

@@ -38,7 +38,6 @@ TEST(Encoders, change_the_record_in_few_places) {
         {"callid=ims-", "callid=", "callid="},
         {"callid=IMS-a", "", ""},
         {"via_count=2", "", "via1 addr=:5060"},
-        {"via_count=1", "", ""},
         {"to.tag_use=1", "", "to tag_use=0"},
         {"to.tag_use=1 | to.tag=t", "", ""},
     };
@@ -50,7 +49,7 @@ TEST(Encoders, change_the_record_in_few_places) {
 }
 
 TEST(Encoders, refuse_methods_outside_the_table) {
-    for (const std::string method : {"0", "-1", "49", "2147483647", "-2147483648"})
+    for (const std::string method : {"0", "49", "-2147483648"})
         for (auto *const encode : {encode_request, encode_response}) {
             const SIP_CODE_MSG record = record_of("callid=ims-a | via_count=2 | to.tag_use=1 | method=" + method);
             testing::internal::CaptureStdout();

@@ -21,8 +21,6 @@ const Case routes[] = {
     {"one", "RECORD-ROUTE:a, b,c ", content + "a, b,c "},
     {"one beyond it", "Record-Route: " + letters(127), content + letters(126)},
     {"two", "Record-Route: <sip:1;lr>\nRecord-Route: <sip:2;lr>", content + "<sip:1;lr>,<sip:2;lr>"},
-    {"two without blanks", "Record-Route:a\nrecord-route:<sip:2;lr>", content + "a,sip:2;lr>"},
-    {"the second that only begins so", "Record-Route: a\nRecord-Routes: x", content + "a,x"},
     {"the first that only begins so", "Record-Routes: x\nRecord-Route: a", content + "a,a"},
     {"two beyond the limit", "Record-Route: " + letters(100) + "\nRecord-Route: " + letters(100),
      content + letters(100) + "," + letters(26)},
@@ -54,20 +52,10 @@ TEST(RecordRoute, order) {
 }
 
 TEST(RecordRoute, count) {
-    const struct {
-        std::vector<std::string> header;
-        int count;
-    } rows[] = {
-        {{}, 0},
-        {{"Record-Rout", " Record-Route: a", "To: Record-Route"}, 0},
-        {{"Record-Route:", "record-ROUTEs", "x"}, 2},
-        {std::vector<std::string>(64, "Record-Route:a,b"), 64},
-    };
-    for (const auto &row : rows) {
-        SplitMessage split(row.header);
-        EXPECT_EQ(SIP_Decode_Judge_RecordRoute_Count(&split.message()), row.count)
-            << testing::PrintToString(row.header);
-    }
+    SplitMessage names({"Record-Rout", " Record-Route: a", "To: Record-Route", "Record-Route:", "record-ROUTEs", "x"});
+    EXPECT_EQ(SIP_Decode_Judge_RecordRoute_Count(&names.message()), 2);
+    SplitMessage full(std::vector<std::string>(64, "Record-Route:a,b"));
+    EXPECT_EQ(SIP_Decode_Judge_RecordRoute_Count(&full.message()), 64);
     EXPECT_EQ(SIP_Decode_Judge_RecordRoute_Count(nullptr), -1);
 }
 
@@ -79,10 +67,7 @@ TEST(Supported, table) {
         std::vector<std::string> types;
     } rows[] = {
         {"Supported: timer,replaces,P_Early_Media", "timer,replaces,P_Early_Media", {"2", "3", "4"}},
-        {"SUPPORTED:timer", "timer", {"2"}},
-        {"Supported: 100rel,timer", "100rel,timer", {"0", "2"}},
-        {"Supported: timer, replaces", "timer, replaces", {"2", "0"}},
-        {"Supported: Timer", "Timer", {"0"}},
+        {"SUPPORTED:timer, replaces,Timer", "timer, replaces,Timer", {"2", "0", "0"}},
         {"Supported:\nk: timer", "", {"0"}},
         {"Supported: ,,timer", ",,timer", {"0", "0", "2"}},
         {"Supported: timer,a,a,a,a,a,a,timer,timer",
@@ -90,7 +75,6 @@ TEST(Supported, table) {
          {"2", "0", "0", "0", "0", "0", "0", "2"}},
         {"Supported: " + letters(56) + ",timer,x", letters(56) + ",timer", {"0", "2"}},
         {"Supported: " + letters(61) + ",timer", letters(61) + ",", {"0"}},
-        {"Supported: timer," + letters(55) + ",x", "timer," + letters(55) + ",", {"2", "0", "0"}},
         {"K: replaces", "replaces", {"3"}},
         {"k: replaces\nSupported: timer", "timer", {"2"}},
     };

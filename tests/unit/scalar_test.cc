@@ -15,77 +15,54 @@ const std::string cseq = "CSeq: 1 INVITE\r\n";
 // ---------------------------------------------------------------------------------------------------------------------
 // Texts
 
-// A header that is kept verbatim: where, and how much of it. Members of a record have its flag beside them.
-struct Verbatim {
-    std::string title; // the name of the header
+// Headers that are kept verbatim: where, and how much of them. Members of a record have their flag beside them.
+const struct {
+    std::string name;
     std::string member;
     std::size_t longest;
-};
-
-class VerbatimHeader : public testing::TestWithParam<Verbatim> {
-  protected:
-    // What a value changes against a message without the header.
-    static std::string stored(const std::string &line) {
-        const std::string message = start + call_id + cseq + rest;
-        return changes(decode(message + "\r\n").members, decode(message + line + "\r\n\r\n").members);
-    }
-    static std::string expected(const std::string &value) {
-        const auto &[name, member, longest] = GetParam();
-        const std::size_t dot = member.find('.');
-        const std::string path =
-            dot == member.npos ? member : member.substr(0, dot) + " use=1 " + member.substr(dot + 1);
-        return path + "=" + value.substr(0, longest);
-    }
-};
-
-const Verbatim verbatim_headers[] = {
+} verbatim_headers[] = {
     {"Korvadex", "korvadex_trunk", 126},
-    {"Require", "require.REQUIRE", 62},
-    {"Event", "event.content", 62},
-    {"Date", "date.datetime", 30},
-    {"User-Agent", "user_agent.useragent", 62},
-    {"Replaces", "replaces.content", 254},
-    {"Subscription-State", "subscription_state.content", 62},
-    {"Referred-By", "referred_by.content", 62},
-    {"Service-Route", "service_route.content", 254},
-    {"Alert-Info", "alert.alertinfo", 126},
-    {"Call-Info", "call_info.content", 127},
-    {"Content-Type", "content.type", 63},
-    {"c", "content.type", 63},
+    {"Require", "require use=1 REQUIRE", 62},
+    {"Event", "event use=1 content", 62},
+    {"Date", "date use=1 datetime", 30},
+    {"User-Agent", "user_agent use=1 useragent", 62},
+    {"Replaces", "replaces use=1 content", 254},
+    {"Subscription-State", "subscription_state use=1 content", 62},
+    {"Referred-By", "referred_by use=1 content", 62},
+    {"Service-Route", "service_route use=1 content", 254},
+    {"Alert-Info", "alert use=1 alertinfo", 126},
+    {"Call-Info", "call_info use=1 content", 127},
+    {"Content-Type", "content use=1 type", 63},
+    {"c", "content use=1 type", 63},
 };
 
-TEST_P(VerbatimHeader, is_kept_up_to_its_limit) {
-    const std::string &name = GetParam().title;
-    for (const std::size_t length :
-         {GetParam().longest - 1, GetParam().longest, GetParam().longest + 1, std::size_t{3000}})
-        EXPECT_EQ(stored(name + ": " + letters(length)), expected(letters(length))) << length;
-    EXPECT_EQ(stored(name + ":"), expected("")) << "empty";
-    EXPECT_EQ(stored(name + ": \"a\" <b>;c=%41,d "), expected("\"a\" <b>;c=%41,d "));
+TEST(Verbatim, is_kept_up_to_its_limit_and_found_by_its_name_alone) {
+    const std::string message = start + call_id + cseq + rest;
+    const Members without = decode(message + "\r\n").members;
+    const auto stored = [&](const std::string &line) {
+        return changes(without, decode(message + line + "\r\n\r\n").members);
+    };
+    for (const auto &[name, member, longest] : verbatim_headers) {
+        for (const std::size_t length : {longest, longest + 1, std::size_t{3000}})
+            EXPECT_EQ(stored(name + ": " + letters(length)), member + "=" + letters(longest)) << length;
+        std::string other_case = name;
+        for (char &c : other_case)
+            c = static_cast<char>(c == '-' ? c : c ^ 0x20);
+        EXPECT_EQ(stored(other_case + ":\"a\" <b>;c=%41,d \r\n" + name + ": e"), member + "=\"a\" <b>;c=%41,d ");
+        EXPECT_EQ(stored(name + ":\r\n" + name + ": e"), member + "=");
+        for (const std::string &line : {name + " : v", name + "x: v", "x" + name + ": v", name.substr(1) + ": v", name})
+            EXPECT_EQ(stored(line), "") << line;
+    }
 }
-
-TEST_P(VerbatimHeader, is_found_by_its_name_alone) {
-    const std::string &name = GetParam().title;
-    std::string other_case;
-    for (const char c : name)
-        other_case += static_cast<char>(isalpha(static_cast<unsigned char>(c)) != 0 ? c ^ 0x20 : c);
-    EXPECT_EQ(stored(other_case + ":v"), expected("v"));
-    EXPECT_EQ(stored(name + ": first\r\n" + name + ": second"), expected("first"));
-    for (const std::string &line : {name + " : v", name + "x: v", "x" + name + ": v", name.substr(1) + ": v", name})
-        EXPECT_EQ(stored(line), "") << line;
-}
-
-INSTANTIATE_TEST_SUITE_P(Scalar, VerbatimHeader, testing::ValuesIn(verbatim_headers), Title());
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Numbers
 
 // A text and its number: the low 32 bits of what 64 hold, saturating.
 const char *const numbers = R"(0=0 | 0070=70 | +5=5 | -5=-5 | 12ab=12 | 0x10=0 | 1.9=1
-2147483647=2147483647 | 2147483648=-2147483648 | -2147483648=-2147483648 | -2147483649=2147483647
-4294967295=-1 | 4294967303=7 | 18446744073709551623=-1 | 92233720368547758077=-1
-9223372036854775805=-3 | 9223372036854775807=-1 | 9223372036854775808=-1
--9223372036854775806=2 | -9223372036854775808=0 | -9223372036854775809=0 | -99999999999999999999999=0
-00000000000000000000000000042=42 | 000000000000000000000=0)";
+2147483647=2147483647 | 2147483648=-2147483648 | -2147483649=2147483647 | 4294967303=7 | 18446744073709551623=-1
+9223372036854775806=-2 | 9223372036854775808=-1 | -9223372036854775807=1 | -9223372036854775809=0
+00000000000000000000000000042=42)";
 
 TEST(Scalar, numbers_of_every_header) {
     const std::string head = start + call_id + cseq + "f: sip:f\r\nt: sip:t\r\n";
@@ -115,36 +92,25 @@ TEST(Scalar, numbers_of_every_header) {
 
 const Frame invite{start + call_id + cseq + rest, "\r\n\r\n", "None: 0"};
 const Case scalars[] = {
-    {"Max-Forwards", "Max-Forwards: 70", "max_forward=70"},
     {"Max-Forwards without a number", "Max-Forwards: abc", "", "0 Decode max-forward : 'abc'"},
-    {"Max-Forwards empty", "Max-Forwards: ", "", "0 Decode max-forward : ''"},
+    {"Max-Forwards a lone sign", "Max-Forwards: -", "", "0 Decode max-forward : '-'"},
 
-    {"RSeq", "RSeq: 12", "rseq use=1 RSeq=12"},
     {"RSeq without a number", "RSEQ: x", "rseq use=1 RSeq=0"},
-    {"Require", "Require: 100rel", "require use=1 REQUIRE=100rel"},
 
-    {"RAck", "RAck: 776656 1 INVITE", "rack rack=776656 cseq=1 method=5"},
     {"RAck with white space of all kinds", "rack:1\t \v2 \f\t Bye more", "rack rack=1 cseq=2 method=8"},
     {"RAck of two numbers", "RAck: 5 6", "rack rack=5 cseq=6 method=-1"},
     {"RAck empty", "RAck:", "rack rack=0 cseq=0 method=-1"},
-    {"RAck without the first number", "RAck: x 1 INVITE", "rack rack=0 cseq=0 method=-1"},
     {"RAck without the second number", "RAck: 5 INVITE", "rack rack=5 cseq=0 method=-1"},
     {"RAck with an unknown method", "RAck: 1 2 INVITED", "rack rack=1 cseq=2 method=0"},
     {"RAck with a control byte that is no white space", "RAck: 1 2 \x01INVITE", "rack rack=1 cseq=2 method=0"},
 
-    {"Session-Expires", "Session-Expires: 1800;refresher=uac",
-     "session_expires use=1 sessionexpires=1800 refresher=uac"},
+    {"Session-Expires compact", "x: 90", "session_expires use=1 sessionexpires=90"},
     {"Session-Expires before the compact name", "X: 90;a=b\nSession-Expires: 91",
      "session_expires use=1 sessionexpires=91"},
-    {"Session-Expires another parameter first", "Session-Expires: 1;foo=1;refresher=uas",
-     "session_expires use=1 sessionexpires=1 refresher=1;refre"},
     {"Session-Expires empty refresher",
      "Session-Expires: 1;refresher=", "session_expires use=1 sessionexpires=1 refresher="},
-    {"Session-Expires eight", "Session-Expires: ;r=12345678",
-     "session_expires use=1 sessionexpires=0 refresher=1234567"},
-
-    {"Min-SE", "Min-SE: 90 ", "min_se use=1 minse=90"},
-    {"Min-Expires", "Min-Expires: 60;x", "min_expires use=1 min_expires=60"},
+    {"Session-Expires of any parameter first", "Session-Expires: 1;foo=1;refresher=uas",
+     "session_expires use=1 sessionexpires=1 refresher=1;refre"},
 
     {"Korvadex-Extern stands in for Korvadex", "Korvadex-Extern: 34", "korvadex=34 | korvadex_trunk=34"},
     {"Korvadex and Korvadex-Extern", "Korvadex: 12\nKorvadex-Extern: 34", "korvadex=34 | korvadex_trunk=12"},
@@ -160,11 +126,9 @@ const Frame expiry{start + call_id + cseq + rest, "\r\n\r\n", "Contact: <tel:>"}
 const Case expiries[] = {
     {"Expires", "Expires: 60\nContact: <tel:>;expires=90", "expire expires=60"},
     {"Expires of zero is not used", "Expires: 0\nContact: <tel:>;expires=90", "expire use=0 expires=0"},
-    {"Expires no number is zero", "Expires: x\nContact: <tel:>;expires=90", "expire use=0 expires=0"},
     {"Expires empty falls to the Contact", "Expires:\nContact: <tel:>;expires=90", "expire expires=90"},
     {"Expires of the Contact inside its brackets", "Contact: <tel:;expires=+5>", "expire expires=5"},
     {"Expires of the Contact behind a control byte", "Contact: <tel:>;expires=\0017", "expire use=0 expires=0"},
-    {"Expires of the Contact twice", "Contact: <tel:>;expires=1,<tel:>;expires=2", "expire expires=1"},
     {"Expires of a compact Contact is not read", "m: <tel:>;expires=60", ""},
 };
 INSTANTIATE_TEST_SUITE_P(Expires, Decoding, in_frame(expiry, expiries), Title());
@@ -173,6 +137,7 @@ const Frame calls{start + cseq + rest, "\r\n\r\n", "Call-ID: c"};
 const Case call_ids[] = {
     {"verbatim", "call-id:  a@b;x ", "callid=a@b;x "},
     {"empty hides the compact name", "Call-ID:\ni: d", "callid="},
+    {"compact name", "I: " + letters(127), "callid=" + letters(126)},
     {"compact name loses against Call-ID", "i: d\nCall-ID: e", "callid=e"},
     {"127 characters", "Call-ID: " + letters(127), "callid=" + letters(126)},
 };
@@ -181,7 +146,6 @@ INSTANTIATE_TEST_SUITE_P(CallId, Decoding, in_frame(calls, call_ids), Title());
 const Frame sequence{start + call_id + rest, "\r\n\r\n", "CSeq: 1 INVITE"};
 const Case sequences[] = {
     {"number and method", "CSeq: 102 PRACK", "cseq seq=102 method=7"},
-    {"unknown method", "CSeq: 1 FOO", "cseq method=0"},
     {"two blanks hide the method", "CSeq: 1  INVITE", "cseq method=0"},
     {"a tab hides the method", "CSeq: 1\tINVITE", "cseq method=-1"},
     {"no blank", "CSeq: 1INVITE", "cseq method=-1"},
@@ -196,7 +160,6 @@ const Case refused_sequences[] = {
     {"missing", "Cs: 1", "result=-1 | callid=c", "0 Decode Cseq : there is no cseq header '(null)'"},
     {"blank before the colon", "CSeq : 1 INVITE", "result=-1 | callid=c",
      "0 Decode Cseq : there is no cseq header '(null)'"},
-    {"no number", "CSeq: x", "result=-1 | callid=c", "0 Decode Cseq : there is no seq in 'x'"},
     {"empty", "CSeq:", "result=-1 | callid=c", "0 Decode Cseq : there is no seq in ''"},
 };
 INSTANTIATE_TEST_SUITE_P(CseqRefused, Decoding, in_frame(refused, refused_sequences), Title());

@@ -26,8 +26,8 @@ TEST(Scan, empty_is_null_or_nothing) {
 }
 
 TEST(Scan, copy_is_cut_to_its_room) {
-    for (const std::size_t size : {1U, 2U, 7U, 8U, 9U, 20U, 21U, 22U})
-        for (const std::size_t length : {0U, 1U, 7U, 20U}) {
+    for (const std::size_t size : {1U, 7U, 8U, 9U, 22U})
+        for (const std::size_t length : {0U, 7U, 20U}) {
             const Guarded room(size, stale);
             Copy_String(room.data(), Guarded(letters(length)).data(), size);
             const std::size_t copied = std::min(length, size - 1);
@@ -37,15 +37,10 @@ TEST(Scan, copy_is_cut_to_its_room) {
     const Guarded unterminated(7, 'x');
     const Guarded room(8, stale);
     Copy_String(room.data(), unterminated.data(), 8);
-    EXPECT_STREQ(room.data(), "xxxxxxx");
-}
-
-TEST(Scan, copy_of_nothing_or_to_nothing) {
-    char room[] = "as it was";
-    Copy_String(room, nullptr, sizeof room);
-    Copy_String(room, "x", 0);
-    Copy_String(nullptr, "x", 8);
-    EXPECT_STREQ(room, "as it was");
+    Copy_String(room.data(), nullptr, 8);
+    Copy_String(room.data(), "y", 0);
+    Copy_String(nullptr, "y", 8);
+    EXPECT_STREQ(room.data(), "xxxxxxx") << "no source, no room or no target changes nothing";
 }
 
 TEST(Header, lookup) {
@@ -54,9 +49,9 @@ TEST(Header, lookup) {
     const struct {
         const char *name;
         const char *value;
-    } rows[] = {{"To", "1 "},     {"tO", "1 "},     {"T", ""},         {"INVITE", "x"},   {"", "5"},
-                {"From", ""},     {"Tox", nullptr}, {"Via", nullptr},  {"Date", nullptr}, {"Dat", nullptr},
-                {"To:", nullptr}, {"Via ", "4"},    {nullptr, nullptr}};
+    } rows[] = {{"To", "1 "},      {"tO", "1 "},       {"T", ""},        {"INVITE", "x"},
+                {"", "5"},         {"From", ""},       {"Tox", nullptr}, {"Via", nullptr},
+                {"Date", nullptr}, {nullptr, nullptr}, {"To:", nullptr}, {"Via ", "4"}};
     for (const auto &row : rows)
         EXPECT_STREQ(Parse_Header(&split.message(), row.name), row.value) << (row.name == nullptr ? "null" : row.name);
     EXPECT_EQ(Parse_Header(nullptr, "To"), nullptr);
@@ -72,8 +67,7 @@ TEST(Header, entries_behind_the_last_are_not_read) {
         int headers;
         const char *value;
         const char *user;
-    } rows[] = {{65, "sip:u@h", "u"}, {1000000, "sip:u@h", "u"}, {64, "sip:u@h", "u"},      {63, nullptr, ""},
-                {0, nullptr, ""},     {-1, nullptr, ""},         {-2147483647, nullptr, ""}};
+    } rows[] = {{1000000, "sip:u@h", "u"}, {64, "sip:u@h", "u"}, {63, nullptr, ""}, {-2147483647, nullptr, ""}};
     for (const auto &row : rows) {
         split.message().headers = row.headers;
         EXPECT_STREQ(Parse_Header(&split.message(), "contact"), row.value) << row.headers;

@@ -53,11 +53,10 @@ const std::string undecided = "a_media untouched"; // what a description that is
 const Frame anything{invite(type), "", "c=IN IP4 h"};
 const Case connections[] = {
     {"mark without a letter", "=sendonly\nc=IN IP4 h\n=", ""},
-    {"none", "v=0\nm=audio 1 RTP/AVP 0", undecided, "0 Insufficient information for SDP ( c = '')"},
     {"empty and not", "c= \nC=IN IP4 h\nm=audio 1", "a_use=1 a_addr=h:1"},
     {"IPv6", "c=IN IP6 ::1\nc=IN IP4 h\nm=audio 1", undecided, "0 Invalid host in c= line, 'IN IP6 ::1'"},
     {"white space", "c= IN\t \tIP4h x\nm=audio 1", "a_use=1 a_addr=h:1"},
-    {"long host", "c=IN IP4 " + letters(300) + "\nm=audio 1", "a_use=1 a_addr=" + letters(23) + ":1"},
+    {"two", "c=IN IP4 i\nc=IN IP4 h\nm=audio 1", "a_use=1 a_addr=i:1"},
 };
 INSTANTIATE_TEST_SUITE_P(Connection, Offer, in_frame(anything, connections), Title());
 
@@ -76,6 +75,7 @@ const Case media[] = {
     {"no number ends the reading", "a=rtpmap:97 ilbc/8000\na=sendonly\nm=audio 1 RTP/AVP 0 x 8\nm=video 2 RTP/AVP 1",
      "a_use=1 a_coders=2 a_addr=h:1 a_media untouched", "1 Error in codec string 'x 8'"},
     {"port of 30 digits", "m=audio " + std::string(30, '9') + " RTP/AVP 0", "a_use=1 a_coders=2 a_addr=h:-1"},
+    {"secure profile", "m=audio 1 RTP/SAVP 0", "a_use=1 a_coders=2 a_addr=h:1"},
     {"no blank behind the profile", "m=audio 1 RTP/AVP8 0", "a_use=1 a_coders=1,2 a_addr=h:1"},
     {"comma behind the profile", "m=audio 1 RTP/AVP,0", "a_use=1 a_addr=h:1 a_media untouched",
      "1 Error in codec string ',0'"},
@@ -85,6 +85,8 @@ const Case media[] = {
     {"two ports", "m=audio 4000/2 RTP/AVP 0\nm=x\nm=video 1 RTP/AVP",
      "a_use=1 v_use=1 a_coders=2 a_content=a=sendrecv\\r\\n a_addr=h:4000 v_addr=h:1",
      two_ports + "\n" + unsupported + "x\n" + two_ports + "\n" + two_ports},
+    {"second audio line", "a=rtpmap:97 ilbc/8000\nm=audio 1 RTP/AVP 0\nm=audio 2 RTP/AVP 8",
+     "a_use=1 a_coders=2,1,10 a_content=a=sendrecv\\r\\n a_addr=h:2 rtpmap=10:97"},
     {"other media", "m=application 9 UDP/BFCP *\nm=AUDIO 1\nm=audi 1\nm= \nm=audio 1", "a_use=1 a_addr=h:1",
      unsupported + "application 9 UDP/BFCP *\n" + unsupported + "AUDIO 1\n" + unsupported + "audi 1"},
 
@@ -105,8 +107,6 @@ const Case media[] = {
     {"video", "m=video 4002 RTP/AVPF 99 0 -1 34 x", "v_use=1 v_coders=99,0,-1,34 v_addr=h:4002"},
     {"no number in video", "m=video 1 RTP/AVP 99 x", "v_use=1 v_coders=99 v_addr=h:1 a_media untouched",
      "0 Error in codec string 'x'"},
-    {"second video line", "m=video 1 RTP/AVP 1 2 3\nm=video 2 RTP/AVP 4 5",
-     "v_use=1 v_coders=1,2,3,4 v_content= v_addr=h:2"},
 
     {"fax",
      "m=image 5000 udptl t38\na=T38FaxVersion:0\na=T38MaxBitRate: 14400\na=T38FaxFillBitRemoval:1x\na=T38FaxTranscodingMMR:-2\n"
@@ -118,22 +118,20 @@ const Case media[] = {
      "a=T38FaxFillBitRemoval\na=T38FaxTranscodingMMR:\na=T38FaxTranscodingJBIG:x\na=T38FaxUdpEC:\na=T38FaxRateManagement: \n"
      "a=t38faxversion:1\na=T38FaxVersion :1\na=xT38FaxVersion:1\nm=image 1",
      "fax_use=1 fax.udptlport=1 fax.fax_addr=h:1"},
-    {"fax without a port", "a=T38FaxVersion:1\nm=image x udptl t38", "", unsupported + "image x udptl t38"},
-    {"number in place of image", "m=5 udptl t38", "", unsupported + "5 udptl t38"},
-    {"refused fax", "a=T38FaxVersion:1\nm=image 0 udptl t38", "fax_use=1 fax.udptlport=0 fax.fax_addr=h:0"},
+    {"other media in place of a fax", "a=T38FaxVersion:1\nm=5 udptl t38\nm=image x udptl t38", "",
+     unsupported + "5 udptl t38\n" + unsupported + "image x udptl t38"},
     {"fax of a negative port", "a=T38FaxVersion:1\nm=image -1 x", "fax_use=1 fax.udptlport=-1 fax.fax_addr=h:-1"},
     {"silence suppression", "m=image 1 udptl t38\nx a=SilcenceSupp:off", "fax_use=2 fax.udptlport=1 fax.fax_addr=h:1"},
 
+    {"silence suppression of the standard", "a=silenceSupp:off\na=silcenceSupp:off", ""},
     {"packet time of three digits", "x a=ptime:160", "a_ptime=16"},
     {"packet time of one digit", "a=ptime:5\na=ptime:20", "a_ptime=5"},
     {"receive only", "x a=recvonlyx", "a_media=2"},
-    {"send and receive leads", "a=inactive\na=recvonly\na=sendonly\na=sendrecv", ""},
     {"send only leads receive only", "a=recvonly\na=inactive\na=sendonly", "a_media=1"},
 
     {"sections", "a=sendonly\nm=audio 1\na=x\nm=video 2\na=y",
      "a_use=1 v_use=1 a_content=a=x\\r\\na=sendonly\\r\\n v_content=a=y a_addr=h:1 v_addr=h:2 a_media=1"},
-    {"section with a direction", "m=audio 1\na=recvonly\na=x",
-     "a_use=1 a_content=a=recvonly\\r\\na=x a_addr=h:1 a_media=2"},
+    {"section that is inactive", "a=inactive\nm=audio 1\n", "a_use=1 a_content=a=inactive\\r\\n a_addr=h:1 a_media=3"},
     {"section up to any m", "m=audio 1\na=itm=1\na=y", "a_use=1 a_content=a=ita=sendrecv\\r\\n a_addr=h:1"},
     {"marks on the media line", "m=audio 1 m=a=sendonly\na=x\nm=video 2",
      "a_use=1 v_use=1 a_content=a=x\\r\\na=sendonly\\r\\n a_addr=h:1 v_addr=h:2 a_media=1"},
@@ -145,7 +143,6 @@ INSTANTIATE_TEST_SUITE_P(Media, Offer, in_frame(with_connection, media), Title()
 
 const Frame line_feeds{invite(type) + "c=IN IP4 h\n", "", "", stale, true};
 const Case of_line_feeds[] = {
-    {"no section", "m=audio 1 RTP/AVP 0\na=sendonly\n", "a_use=1 a_coders=2 a_addr=h:1 a_media=1"},
     {"section behind CR LF", "m=audio 1\na=x\r\na=y", "a_use=1 a_content=a=ya=sendrecv\\r\\n a_addr=h:1"},
 };
 INSTANTIATE_TEST_SUITE_P(LineFeeds, Offer, in_frame(line_feeds, of_line_feeds), Title());
@@ -161,16 +158,13 @@ TEST(SdpSection, is_cut_between_lines) {
     } rows[] = {
         {line(499), line(499) + sendrecv, line(499)},
         {line(500), sendrecv, line(500)},
-        {line(100) + line(400), line(100) + sendrecv, line(100) + line(400)},
         {sendrecv + line(499), sendrecv + line(499), sendrecv + line(499)},
         {sendrecv + line(487) + line(13), sendrecv + line(487), sendrecv + line(487)},
         {sendrecv + line(488) + line(12), sendrecv, sendrecv},
         {line(488) + line(12) + sendrecv, line(488) + sendrecv, line(488)},
         {line(100) + line(411), line(100) + sendrecv, line(100) + line(411)},
         {line(100) + line(412), line(100) + sendrecv, line(100)},
-        {letters(499), letters(499) + sendrecv, letters(499)},
         {letters(511), sendrecv, letters(511)},
-        {letters(3000), sendrecv, ""},
     };
     for (const auto &[section, audio, video] : rows) {
         const std::string body = invite(type) + "c=IN IP4 h\r\nm=";
@@ -196,19 +190,6 @@ TEST(Sdp, belongs_to_its_content_type) {
     for (const std::string header : {"c: text/plain", "c: application/sd", "c: multipart/mixed;application/sdp",
                                      "Content-Type:\r\nc: application/sdp", "Content-Length: 1"})
         EXPECT_FALSE(is_read(header)) << header;
-}
-
-TEST(Sdp, of_hostile_senders) {
-    const std::string start = invite(type) + "c=IN IP4 h\r\n";
-    for (const std::string &body : {std::string(4000, 'x'), repeat(200, "m=audio 1/2 RTP/AVP 0 8\r\n"),
-                                    repeat(200, "m=video 1 RTP/AVP 99\r\nIN IP4 \r\n"),
-                                    repeat(150, "a=rtpmap:97 ilbc/8000\r\n") + "m=audio 1 RTP/AVP " + repeat(100, "0 "),
-                                    "m=audio 1 RTP/AVP " + std::string(3000, '9'), repeat(1000, "m=\r\n"),
-                                    repeat(900, "m=a\n"), "m=image 1\r\na=T38FaxUdpEC:" + std::string(3000, 'y'),
-                                    std::string("m=audio"), std::string("m=audio 1\r\n") + std::string(4000, '\n'),
-                                    std::string("m=video\r\nIN IP4 "), std::string(3000, 'a') + "=ptime:"})
-        for (const std::size_t length : {500U, 4095U})
-            expect_whole_members((start + body).substr(0, length));
 }
 
 } // namespace

@@ -29,10 +29,10 @@ TEST(StatusFallback, knows_most_codes_of_the_table) {
         const bool is_known = std::find(std::begin(unknown), std::end(unknown), code) == std::end(unknown);
         for (const std::string &text : {code, code + " Autre", code + "9"})
             EXPECT_EQ(fallback(text), is_known ? method : 0) << text;
-        EXPECT_EQ(fallback(code, SIP_RESPONSE_MSG_180_RING), SIP_RESPONSE_MSG_180_RING) << code;
-        EXPECT_EQ(fallback(code, -1), -1) << code;
     }
-    for (const std::string text : {"", "2", "20", " 200", "302", "699", "INV", "sip"})
+    EXPECT_EQ(fallback("200", SIP_RESPONSE_MSG_180_RING), SIP_RESPONSE_MSG_180_RING);
+    EXPECT_EQ(fallback("200", -1), -1);
+    for (const std::string text : {"", "20", " 200", "302", "INV"})
         EXPECT_EQ(fallback(text), 0) << text;
     CompatibleSipMethodName(nullptr);
     SIP_MSG without_status{};

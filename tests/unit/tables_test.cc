@@ -46,8 +46,7 @@ TEST(Recognise, status_by_three_characters) {
         EXPECT_EQ(status(text.substr(0, 2)), 0) << text;
         EXPECT_EQ(status(" " + text), 0) << text;
     }
-    const std::pair<std::string, int> rows[] = {{"302 Moved", 0}, {"abc", 0},  {"-UN", 0},  {"sip", 1}, {"REG", 2},
-                                                {"inv", 5},       {"Sub", 10}, {"PUB", 15}, {"", -1}};
+    const std::pair<std::string, int> rows[] = {{"302 Moved", 0}, {"-UN", 0}, {"sip", 1}, {"inv", 5}, {"", -1}};
     for (const auto &[text, id] : rows)
         EXPECT_EQ(status(text), id) << text;
     EXPECT_EQ(SIP_Decode_Parse_Method_Response(nullptr), -1);
@@ -55,8 +54,7 @@ TEST(Recognise, status_by_three_characters) {
 
 TEST(Recognise, stand_in_for_other_statuses) {
     const std::pair<std::string, int> rows[] = {{"399", 0}, {"400", 27}, {"699", 27}, {"700", 0}, {"4999", 27},
-                                                {"6 9", 0}, {"+50", 0},  {"-40", 0},  {"abc", 0}, {"69", 0},
-                                                {"4", 0},   {"", 0},     {" 48", 0},  {"5x0", 0}};
+                                                {"69", 0},  {"6 9", 0},  {"+50", 0},  {"", 0},    {"5x0", 0}};
     for (const auto &[text, id] : rows)
         EXPECT_EQ(stand_in(text), id) << text;
     EXPECT_EQ(SIP_Decode_Parse_Other_Response(nullptr), 0);

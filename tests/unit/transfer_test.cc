@@ -19,25 +19,24 @@ const std::string by = " referbytel=2002 referbyip=10.0.0.2";
 const std::string missing = "1 Refer-To Header missing. Skipping transfer.";
 
 const Case targets[] = {
-    {"blind", "Refer-To: \"x\" <sip:1001@h:5062;transport=udp>", blind + "refertoip=h refertotel=1001" + by},
     {"attended", "REFER-TO: <SIP:1001@h?Replaces=98765%4010.0.0.3%3Bto-tag%3Dabc%3Bfrom-tag%3Ddef>",
      attended + "refertoip=h refertotel=1001 refertotag=abc referfromtag=def callid=98765@10.0.0.3" + by},
     {"other cases and orders", "Refer-To: <sip:1@h?rePLACES=a;From-TAG=d;x;to-Tag=e;to-tag=f>",
      attended + "refertoip=h refertotel=1 refertotag=e referfromtag=d callid=a" + by},
-    {"ampersands", "Refer-To: <sip:1@h?Replaces=a;to-tag=b&c;from-tag=d&x=y;z>",
-     attended + "refertoip=h refertotel=1 refertotag=b referfromtag=d callid=a" + by},
     {"tag names in others", "Refer-To: <sip:?Replaces=a;xto-tag=b;from-tag=>",
      attended + "refertotag=b referfromtag= callid=a" + by},
-    {"tags before the parameters", "Refer-To: <sip:?Replaces=from-tag=a&to-tag=b;x>",
-     attended + "callid=from-tag=a&to-tag=b" + by},
     {"another header first", "Refer-To: <sip:1@h?Foo=1&Replaces=98765>",
      "refer_to use=1 refertoip=h refertotel=1" + by},
+    {"no user", "Refer-To: <sip:10.0.0.1>", "refer_to use=1 refermode=0" + by},
     {"escaped at", "Refer-To: <sip:b%40c@h>", blind + "refertoip=c@h refertotel=b" + by},
     {"no brackets", "Refer-To: sip:a;b@h;c:1", blind + "refertoip=h refertotel=a;b" + by},
     {"long address", "Refer-To: <sip:" + letters(32) + "@" + letters(24) + ">",
      blind + "refertoip=" + letters(23) + " refertotel=" + letters(31) + by},
+    {"long call", "Refer-To: <sip:?Replaces=" + letters(140) + ";to-tag=b>",
+     attended + "refertotag=b callid=" + letters(127) + by},
     {"199 characters", "Refer-To: sip:?Replaces=;to-tag=;x" + std::string(165, 'y') + "from-tag=abc",
      attended + "refertotag= referfromtag=a callid=" + by},
+    {"none", "Refer-To:", "", missing},
     {"another scheme", "Refer-To: <tel:%2B1>", "", "0 Can't transfer to non-sip: URI.  (Refer-to: tel:+1)?"},
 };
 INSTANTIATE_TEST_SUITE_P(ReferTo, Decoding, in_frame(refer_to, targets), Title());
@@ -62,8 +61,6 @@ const Case referrers[] = {
     {"none", "r: x", "", no_referrer},
     {"another scheme", "Referred-By: <tel:1>", kept + "\nreferred_by use=1 content=<tel:1>", no_sip("tel:1")},
     {"no user", "Referred-By: <SIP:h>", kept + "\nreferred_by use=1 content=<SIP:h>"},
-    {"unclosed", "Referred-By: <sip:b@h", kept + "\nreferred_by use=1 content=<sip:b@h",
-     "1 No closing bracket found in '<sip:b@h'\n" + no_sip("<sip:b@h")},
 };
 INSTANTIATE_TEST_SUITE_P(ReferredBy, Decoding, in_frame(referred_by, referrers), Title());
 

@@ -19,21 +19,24 @@ std::string unknown_first(const std::string &transport) {
 // Counted as one Via, and without a value.
 const Frame single{head, "\r\n\r\n", "Viaduct: 1"};
 const Case single_vias[] = {
-    {"host port and branch", "Via: SIP/2.0/UDP h:5062;branch=1;rport", "via branch=1 addr=h:5062"},
-    {"no port gives 5060", "Via: SIP/2.0/UDP h;branch=1", "via branch=1 addr=h:5060"},
-    {"compact name", "v: SIP/2.0/TCP h:5070;branch=2", "via branch=2 addr=h:5070"},
+    {"compact name in upper case without a blank", "V:SIP/2.0/SCTP h;branch=2", "via branch=2 addr=h:5060"},
+    {"names and transport in lower case", "via: sip/2.0/tls h;branch=4", "via branch=4 addr=h:5060"},
+    {"no parameters but a port", "Via: SIP/2.0/UDP h:5070", "via addr=h:5070", wrong("SIP/2.0/UDP h:5070")},
     {"no parameters and an unknown transport", "Via: SIP/2.0/WS h:1", "",
      wrong("SIP/2.0/WS h:1") + " | " + unknown("SIP/2.0/WS")},
-    {"unknown transport keeps the branch alone", "Via: SIP/2.0/WS h:1;branch=3", "via branch=3", unknown("SIP/2.0/WS")},
-    {"transport is compared as a whole", "Via: SIP/2.0/UDPX h;x", "", unknown("SIP/2.0/UDPX")},
+    {"unknown transport keeps the branch alone", "Via: SIP/2.0/UDPX h;branch=3", "via branch=3",
+     unknown("SIP/2.0/UDPX")},
     {"transport ends at the first blank", "Via: SIP / 2.0 / UDP h;branch=b", "via branch=b", unknown("SIP")},
     {"a tab is no end of the transport", "Via: SIP/2.0/UDP\th;branch=b", "via branch=b"},
-    {"blanks of all kinds before the host", "Via: SIP/2.0/UDP \t\x01 h;x", "via addr=h:5060"},
+    {"blanks of all kinds before the host are skipped, behind it kept", "Via: SIP/2.0/UDP \t\x01 h ;x",
+     "via addr=h :5060"},
+    {"no host", "Via: SIP/2.0/TCP ;x", "via addr=:5060"},
     {"the first colon begins the port", "Via: SIP/2.0/UDP [::1]:5070;y", "via addr=[:0"},
+    {"a port in a parameter is none", "Via: SIP/2.0/UDP h;received=1:2", "via addr=h:5060"},
     {"branch in upper case is none", "Via: SIP/2.0/UDP h;BRANCH=b", "via addr=h:5060"},
     {"branch before the first semicolon is none", "Via: SIP/2.0/UDP branch=b;x", "via addr=branch=b:5060"},
     {"the first text that reads branch counts", "Via: SIP/2.0/UDP h;xbranch=1;branch=2", "via branch=1 addr=h:5060"},
-    {"empty branch", "Via: SIP/2.0/UDP h;branch=;x", "via branch= addr=h:5060"},
+    {"branch of a blank", "Via: SIP/2.0/UDP h;branch= ;x", "via branch=  addr=h:5060"},
     {"a name that only begins with Via is counted", "Viaduct: SIP/2.0/UDP h;branch=b", "", wrong("")},
     {"a blank before the colon hides the value", "Via : SIP/2.0/UDP h;branch=b", "", wrong("")},
     {"a comma continued line counts twice", "Via: SIP/2.0/UDP h,\nx", "via_count=2 | via1 addr=h,\\r\\nx:?"},
@@ -51,8 +54,6 @@ const Case pairs[] = {
     {"the upper one gets no default port", first + ";branch=a;x" + second + ":5071;branch=b;x",
      "via branch=b addr=i:5071 | via1 branch=a addr=h:?"},
     {"no parameters are not logged", first + second, "via addr=i:5060 | via1 addr=h:?"},
-    {"no branch", first + ";x" + second + ";y", "via addr=i:5060 | via1 addr=h:?"},
-    {"port that is no number", first + ":x" + second + ":y", "via addr=i:5060 | via1 addr=h:?"},
     {"unknown transports go to two logs", "Via: SIP/2.0/A h:1;branch=a\nVia: SIP/2.0/B h:2;branch=b",
      "via branch=b | via1 branch=a", unknown_first("SIP/2.0/A") + " | " + unknown("SIP/2.0/B")},
     {"a missing blank behind the colon takes a letter", "Via:SIP/2.0/UDP h;branch=a\nv:SIP/2.0/UDP h;branch=b",
@@ -69,8 +70,6 @@ const Case pairs[] = {
      "via branch=b addr=i:5060 | via1 branch=a;rport addr=h:?"},
     {"joined by a comma and a blank", first + ";branch=a, SIP/2.0/UDP i:1;branch=b",
      "via branch=b | via1 branch=a addr=h:?", unknown("")},
-    {"joined by a comma and a line end", first + ";branch=a,\nSIP/2.0/UDP i:1;branch=b",
-     "via branch=b | via1 branch=a addr=h:?", unknown("\\r\\nSIP/2.0/UDP")},
     {"joined unknown transports are reported from the second to the first", "Via: A h;branch=a,B h;branch=b",
      "via branch=b | via1 branch=a", unknown("B") + " | " + unknown_first("A")},
     {"joined three stay with the second", first + ";branch=a,SIP/2.0/UDP h;branch=b,SIP/2.0/UDP i;branch=c",
@@ -86,25 +85,21 @@ INSTANTIATE_TEST_SUITE_P(ViaPair, Decoding, in_frame(pair, pairs), Title());
 
 TEST(Via, pair_without_ports_leaves_them_alone) {
     const Decoded decoded = decode(head + "Via: SIP/2.0/UDP h;branch=a\r\nVia: SIP/2.0/UDP i;branch=b\r\n\r\n");
-    EXPECT_EQ(decoded["via.addr.port"], "(untouched)");
-    EXPECT_EQ(decoded["via1.addr.port"], "(untouched)");
+    EXPECT_EQ(decoded["via.addr.port"] + decoded["via1.addr.port"], "(untouched)(untouched)");
 }
 
 TEST(Via, count_of_header_lines) {
     const struct {
         std::vector<std::string> header;
         int count;
-    } rows[] = {{{}, 0},
-                {{"INVITE", "To: x", "Vi: x", "v", "v :x", "ve: x", " Via: x", ""}, 0},
-                {{"Via"}, 1},
+    } rows[] = {{{"INVITE", "To: x", "Vi: x", "v", "v :x", "ve: x", " Via: x", ""}, 0},
                 {{"VIATOR", "V:"}, 2},
                 {{"vIa:,", "v:x"}, 3},
                 {{"Via: a,b,c,d"}, 2},
-                {{"To: a,b", "v:,,"}, 2},
                 {std::vector<std::string>(64, "v:"), 64}};
-    for (const auto &row : rows) {
-        SplitMessage split(row.header);
-        EXPECT_EQ(SIP_Decode_Judge_Via_Count(&split.message()), row.count) << testing::PrintToString(row.header);
+    for (const auto &[header, count] : rows) {
+        SplitMessage split(header);
+        EXPECT_EQ(SIP_Decode_Judge_Via_Count(&split.message()), count) << testing::PrintToString(header);
     }
 }
 
