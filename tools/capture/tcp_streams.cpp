@@ -15,6 +15,11 @@ constexpr std::size_t most_ahead = 32;
 // Seconds without a segment, behind which a connection is taken to be over.
 constexpr std::int64_t idle_time = 600;
 
+// The times of a capture are untrusted: a difference that does not fit wraps around.
+std::int64_t seconds_between(const PacketMark &from, const PacketMark &to) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(to.seconds) - static_cast<std::uint64_t>(from.seconds));
+}
+
 std::string_view text_of(const std::vector<std::uint8_t> &bytes) {
     return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
@@ -104,11 +109,11 @@ void TcpStreams::drain(Entry &entry) {
 
 void TcpStreams::forget_idle(const PacketMark &now) {
     constexpr std::int64_t sweep_interval = 60;
-    if (now.seconds - last_sweep_ < sweep_interval)
+    if (seconds_between(last_sweep_, now) < sweep_interval)
         return;
-    last_sweep_ = now.seconds;
+    last_sweep_ = now;
     for (auto stream = streams_.begin(); stream != streams_.end();) {
-        const bool is_idle = now.seconds - stream->second.last.seconds > idle_time;
+        const bool is_idle = seconds_between(stream->second.last, now) > idle_time;
         if (is_idle)
             drain(*stream);
         stream = is_idle ? streams_.erase(stream) : std::next(stream);

@@ -43,5 +43,5 @@ class TcpStreams {
 
     Deliver deliver_;
     std::map<Key, Stream> streams_;
-    std::int64_t last_sweep_ = 0;
+    PacketMark last_sweep_;
 };
