@@ -9,7 +9,7 @@
 
 namespace {
 
-SIPCODE_PRINTF(1, 0)
+[[gnu::format(printf, 1, 0)]]
 void discard(const char *format, va_list arguments) {
     char line[8192];
     std::vsnprintf(line, sizeof line, format, arguments);

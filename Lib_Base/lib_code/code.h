@@ -22,12 +22,11 @@
 
 #include "xml.h"
 
-/* The library hides every name but those of its headers. */
-#if defined(__GNUC__)
-#define SIPCODE_PUBLIC __attribute__((visibility("default")))
-#else
-#define SIPCODE_PUBLIC
-#endif
+/* Version of these headers. A library of another major version has another record and another SOVERSION. */
+#define SIPCODE_VERSION_MAJOR 1
+#define SIPCODE_VERSION_MINOR 0
+#define SIPCODE_VERSION_PATCH 0
+#define SIPCODE_VERSION "1.0.0"
 
 #ifdef __cplusplus
 extern "C" {
@@ -35,6 +34,10 @@ extern "C" {
 #define SIPCODE_ENUM_INT : int
 #else
 #define SIPCODE_ENUM_INT
+#endif
+
+#if defined(__GNUC__)
+#pragma GCC visibility push(default)
 #endif
 
 /* ------------------------------------------------------------------------------------------------------------------
@@ -164,13 +167,13 @@ typedef struct SIP_METHOD_TEXT {
     sip_code_method id;
     const char *text;
 } SIP_METHOD_TEXT;
-SIPCODE_PUBLIC extern const SIP_METHOD_TEXT decode_methods[SIP_CODE_METHOD_COUNT];
+extern const SIP_METHOD_TEXT decode_methods[SIP_CODE_METHOD_COUNT];
 
 /* Display name of every codec, indexed by e_codec. Read by the record dump alone; G722 shows as "97" there. */
 typedef struct SIP_CODEC_TEXT {
     const char *text;
 } SIP_CODEC_TEXT;
-SIPCODE_PUBLIC extern const SIP_CODEC_TEXT code_methods[SIP_CODE_CODEC_COUNT];
+extern const SIP_CODEC_TEXT code_methods[SIP_CODE_CODEC_COUNT];
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Addresses
@@ -608,6 +611,10 @@ typedef struct SIP_CODE_MSG {
 } SIP_CODE_MSG;
 
 #undef SIPCODE_ENUM_INT
+
+#if defined(__GNUC__)
+#pragma GCC visibility pop
+#endif
 
 #ifdef __cplusplus
 }

@@ -61,6 +61,8 @@ int MT_Log_Process(int first, int second, int third, const char *format, ...) SI
  * buffer of 4096 bytes and 4096. */
 int Xml_Encode(pXmldoc document, char *out, int *room);
 
+#undef SIPCODE_PRINTF
+
 #if defined(__GNUC__)
 #pragma GCC visibility pop
 #endif

@@ -15,6 +15,9 @@
 
 #ifdef __cplusplus
 extern "C" {
+#define SIPCODE_ENUM_INT : int
+#else
+#define SIPCODE_ENUM_INT
 #endif
 
 #if defined(__GNUC__)
@@ -28,7 +31,7 @@ extern "C" {
  * Decoding
  */
 
-typedef enum SIP_DECODE_OUTCOME {
+typedef enum SIP_DECODE_OUTCOME SIPCODE_ENUM_INT {
     SIP_DECODE_DONE = 1,
     SIP_DECODE_NULL_ARGUMENT = -1, /* data or record is null */
     SIP_DECODE_NO_START_LINE = -2, /* the text is empty, or its first line holds fewer than two words */
@@ -90,7 +93,7 @@ int SIP_Decode_Buffer(const char *data, size_t length, SIP_CODE_MSG *record, SIP
  * one that a comma joins to another as well. A CR that is no part of a line end is none: at the start of a line it makes that
  * line empty, also the first one, elsewhere it ends nothing.
  */
-typedef enum SIP_FRAME_OUTCOME {
+typedef enum SIP_FRAME_OUTCOME SIPCODE_ENUM_INT {
     SIP_FRAME_KEEP_ALIVE = 2, /* the first *message_length bytes are line ends, LF or CR LF: drop them */
     SIP_FRAME_COMPLETE = 1,   /* the first *message_length bytes are one message */
     SIP_FRAME_MORE = 0,       /* call again with more bytes behind these */
@@ -114,7 +117,7 @@ int SIP_Frame_Stream(const char *data, size_t length, size_t *message_length);
  * Encoding
  */
 
-typedef enum SIP_ENCODE_ERROR {
+typedef enum SIP_ENCODE_ERROR SIPCODE_ENUM_INT {
     SIP_ENCODE_NULL_ARGUMENT = -1, /* buffer or record is null */
     SIP_ENCODE_BAD_METHOD = -2,    /* method is outside 1 to 48; nothing is told on standard output */
     SIP_ENCODE_NO_ROOM = -3,       /* message and terminator are longer than size */
@@ -135,6 +138,8 @@ typedef enum SIP_ENCODE_ERROR {
  */
 int SIP_Encode_Request_Buffer(char *buffer, size_t size, SIP_CODE_MSG *record);
 int SIP_Encode_Response_Buffer(char *buffer, size_t size, SIP_CODE_MSG *record);
+
+#undef SIPCODE_ENUM_INT
 
 #if defined(__GNUC__)
 #pragma GCC visibility pop

@@ -39,8 +39,8 @@ struct padded_text : text {
 
 constexpr padded_text drop(padded_text t, std::size_t n) { return padded_text(drop(text(t), n)); }
 
-// Place of the first blank of a text without NUL, its size when there is none.
-inline std::size_t find_blank(text t) { return find_blank(t.data(), t.size()); }
+// What follows the first token of a text without NUL.
+inline text Parse_Skip_Nonblanks(text t) { return drop(t, find_blank(t.data(), t.size())); }
 
 constexpr text skip_blanks(text t) {
     while (!t.empty() && is_blank(t.front()))

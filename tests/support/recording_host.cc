@@ -19,7 +19,7 @@ Host &host() {
 
 namespace {
 
-SIPCODE_PRINTF(2, 0)
+[[gnu::format(printf, 2, 0)]]
 void keep(const std::string &head, const char *format, va_list arguments) {
     char line[8192];
     std::vsnprintf(line, sizeof line, format, arguments);

@@ -1,7 +1,7 @@
-// The decoders, in the order in which the driver calls them. Each reads one header family of a split message and fills one
-// member of the record; its file tells what it does with bad input. A missing header leaves the member as it was.
+// The decoders, by file. Each reads one header family of a split message and fills one member of the record; the head of its
+// file says what it does with bad input. A missing header leaves the member as it was. The driver shows the order of the calls.
 //
-// Names and argument order are part of the system's interface; those that decode.h exports take a SIP_MSG there.
+// Names and argument order are part of the interface. The exported ones take a SIP_MSG; see decode.h.
 #pragma once
 
 #include "message.h"
@@ -15,70 +15,24 @@ int decode(SIP_MSG &split, std::size_t length, SIP_CODE_MSG &record, SIP_DECODE_
 
 // ---- scan.cpp
 
-// The text inside the first angle brackets outside a quoted string; the whole value when it has none or when a bracket or
-// quote is not closed, which is logged.
+// The text inside the first angle brackets outside a quoted string. The whole value if there are none, or if a bracket or a
+// quote is not closed, which is logged. Parse_Get_In_Brackets is the same operation.
 padded_text Parse_Brackets(padded_text value);
 
-// The value of one body line made of the name, "=" and the value, behind leading blanks; empty when the line is another.
-text Parse_Get_Body_By_Line(text line, text name);
-
 // ---- scalar.cpp
+
 int Parse_Callid(const message &msg, SIP_CODE_MSG *pcode_msg);
 int Parse_Cseq(SIP_CSEQ *pcseq, const message &msg);
-
-// ---- address.cpp
-
-// Reads a URI into user, ip and port; a null slice writes nothing.
-SIP_URI_KIND Parse_Uri(const bounded_store &store, padded_text uri, char (&user)[32], IPV4_ADDRESS &addr);
-
-// ---- route.cpp
-void Parse_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg);
-
-// ---- scalar.cpp
 void Parse_Service_Route(const message &msg, SIP_CODE_MSG *pcode_msg);
 int Parse_Korvadex(const message &msg, SIP_CODE_MSG *pcode_msg);
 int Parse_Korvadex_Trunk(const message &msg, SIP_CODE_MSG *pcode_msg);
-
-// ---- transfer.cpp
-int Parse_Refer_Info(REFER_INFO *refer_info, const message &msg);
-
-// ---- scalar.cpp
 void Parse_Forwards(int *forward, const message &msg);
 int Parse_Require(const message &msg, SIP_CODE_MSG *pcode_msg);
 int Parse_RAck(SIP_RACK *prack_msg, const message &msg);
-
-// ---- address.cpp
-void Parse_PCalledPartyID(SIP_FROMTO *callparty, const message &msg);
-
-// ---- via.cpp
-int SIP_Decode_Judge_Via_Count(const message &msg);
-void Parse_Via(SIP_VIA *pvia, const message &msg);
-void Parse_Via_Pair(SIP_VIA *pvia1, SIP_VIA *pvia, const message &msg);
-
-// ---- route.cpp
-int Parse_Supported(const message &msg, SIP_CODE_MSG *pcode_msg);
-
-// ---- scalar.cpp
 int Parse_RSeq(const message &msg, SIP_CODE_MSG *pcode_msg);
 void Parse_Expires(int *expiry, const message &msg);
-
-// ---- address.cpp
-void Parse_From(SIP_FROMTO *from, const message &msg);
-void Parse_To(SIP_FROMTO *to, const message &msg);
-
-// ---- scalar.cpp
 void Parse_Alert(SIP_ALERT *palert, const message &msg);
-
-// ---- address.cpp
-void Parse_Contact(SIP_CONTACT *contact, const message &msg);
-
-// ---- scalar.cpp
 int Parse_Event(SIP_EVENT *pEvent, const message &msg);
-
-// ---- history.cpp
-void Parse_History_info(const message &msg, SIP_CODE_MSG *pcode_msg);
-
-// ---- scalar.cpp
 void Parse_Date(const message &msg, SIP_CODE_MSG *pcode_msg);
 void Parse_Replaces(const message &msg, SIP_CODE_MSG *pcode_msg);
 void Parse_ReferredBy(const message &msg, SIP_CODE_MSG *pcode_msg);
@@ -88,23 +42,52 @@ void Parse_Session_Expires(SIP_SESSION_EXPIRES *psessionexpires, const message &
 void Parse_Min_Se(SIP_MIN_SE *pMinSe, const message &msg);
 void Parse_Min_Expires(SIP_MIN_EXPIRES *pMinExpires, const message &msg);
 int Parse_Call_Info(const message &msg, SIP_CODE_MSG *pcode_msg);
-
-// ---- sdp.cpp
-void Parse_Sdp(SIP_SDP *SDP, message &msg);
-
-// ---- body.cpp
-void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg);
-void Parse_Message_Summary(const bounded_store &store, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary);
-
-// ---- scalar.cpp
 void Parse_Content_Type(SIP_CONTENT_TYPE *content_type, const message &msg);
 
-// ---- body.cpp
-void Parse_Info(SIP_INFO *info, message &msg); // trims the body of an application/dtmf message
+// ---- address.cpp
+
+// Reads a URI into user, ip and port; a null slice writes nothing.
+SIP_URI_KIND Parse_Uri(const bounded_store &store, padded_text uri, char (&user)[32], IPV4_ADDRESS &addr);
+void Parse_PCalledPartyID(SIP_FROMTO *callparty, const message &msg);
+void Parse_From(SIP_FROMTO *from, const message &msg);
+void Parse_To(SIP_FROMTO *to, const message &msg);
+void Parse_Contact(SIP_CONTACT *contact, const message &msg);
+
+// ---- via.cpp
+
+int SIP_Decode_Judge_Via_Count(const message &msg);
+void Parse_Via(SIP_VIA *pvia, const message &msg);
+void Parse_Via_Pair(SIP_VIA *pvia1, SIP_VIA *pvia, const message &msg);
+
+// ---- route.cpp
+
+void Parse_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg);
+int Parse_Supported(const message &msg, SIP_CODE_MSG *pcode_msg);
+
+// ---- history.cpp
+
+void Parse_History_info(const message &msg, SIP_CODE_MSG *pcode_msg);
+
+// ---- transfer.cpp
+
+int Parse_Refer_Info(REFER_INFO *refer_info, const message &msg);
 
 // ---- auth.cpp
+
 void Parse_Author(SIP_AUTHOR *pauthor, const message &msg);
 void Parse_Authen(SIP_AUTHEN *pauthen, const message &msg);
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, const message &msg);
+
+// ---- sdp.cpp
+
+void Parse_Sdp(SIP_SDP *SDP, message &msg);
+
+// ---- body.cpp
+
+// The value of one body line made of the name, "=" and the value, behind leading blanks; empty when the line is another.
+text Parse_Get_Body_By_Line(text line, text name);
+void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg);
+void Parse_Message_Summary(const bounded_store &store, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary);
+void Parse_Info(SIP_INFO *info, message &msg); // trims the body of an application/dtmf message
 
 } // namespace sipcode

@@ -53,9 +53,14 @@ void log_overflow(section part) {
         SIPCODE_TRACE(1, "Too many SDP lines. Ignoring");
 }
 
-// Cuts one section into lines, in place: a line end becomes a terminator unless a comma stands before it, and a CR ends the text
-// of its line. The header section ends behind its first empty line. Returns the number of lines and moves begin to where the
-// next section starts.
+// Cuts one section into lines, in place: the end of a line becomes a terminator.
+//
+//   CR LF   ends the line, unless a comma stands before it: then the line goes on in the next one
+//   LF      ends the line, unless a comma stands two bytes before it, where it would stand before CR LF
+//   CR      ends the text of the line but not the line; after a comma it ends nothing
+//
+// The header section ends after its first empty line. Returns the number of lines and moves begin to where the next section
+// starts.
 template <section Part>
 int cut_lines(const received whole, line_end_finder &finder, char *&begin, char **const lines, unsigned *lengths) {
     static constexpr char line_end[2] = {'\r', '\n'};
@@ -80,7 +85,6 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
             std::memset(at, 0, 2);
             places.pass();
         } else if (*at == '\n') {
-            // The comma is looked for two bytes before the LF, as if this were a CR LF.
             if (at - whole.begin >= 2 && at[-2] == ',')
                 continue;
             *at = '\0';
@@ -124,7 +128,7 @@ char *behind_blanks(char *at, const char *end) {
 // Cuts the first token off, in place; the rest is what follows behind its blanks.
 char *take_token(char *&rest, char *end) {
     char *const token = rest;
-    rest += find_blank({token, static_cast<std::size_t>(end - token)});
+    rest = end - Parse_Skip_Nonblanks({token, static_cast<std::size_t>(end - token)}).size();
     if (rest != end)
         *rest++ = '\0';
     rest = behind_blanks(rest, end);
