@@ -27,14 +27,14 @@ const Case request_uris[] = {
     {"escapes are decoded behind the cut at 31", "sip:" + repeat(11, "%41") + "@h", "uri user=AAAAAAAAAA% addr=h:5060"},
     {"tel", "tel:+15550100;phone-context=x", "uri user=+15550100"},
     {"tel with an at keeps what follows it", "tel:1@2@3", "uri user=2@3"},
-    {"tel cuts at the semicolon before it looks for the at", "tel:1;x@2", "uri user=1"},
-    {"sips is no sip", "sips:2002@h", "uri user=h", not_sip("sips:2002@h")},
+    {"tel is cut at the semicolon before the at is looked for", "tel:1;x@2", "uri user=1"},
+    {"sips is another scheme", "sips:2002@h", "uri user=h", not_sip("sips:2002@h")},
     {"another scheme is logged whole and loses four characters", "urn:x:y;z", "uri user=x:y", not_sip("urn:x:y;z")},
     {"a scheme without its colon", "sip1@h", "uri user=h", not_sip("sip1@h")},
 };
 INSTANTIATE_TEST_SUITE_P(RequestUri, Decoding, in_frame(request_uri, request_uris), Title());
 
-// A text and what becomes of it.
+// A text and its decoded form.
 const char *const escapes =
     "= | plain=plain | %41%5A%5a%7e=AZZ~ | %=% | %4=%4 | a%41=aA | %41b%=Ab% | %4G=\x04 | %4Gx=\x04x | %G1=%G1 | "
     "%%41=%A | %25%34%31=%41 | %ffx=\xFFx | %FFx=\xFFx | a%00b=a | %0xb= | %0=%0 | % 4z=\x04z | %  41=A41 | "
@@ -63,9 +63,10 @@ const Case froms[] = {
     {"user parameters in front of two ats", "From: <sip:1;x@h;y@z>", "from user=1 addr=h:5060"},
     {"user parameters of a tel", "From: <tel:1;x@2>", "from user=2"},
     {"a log line shows the URI without parameters", "From: <urn:x;y>", "from user=x", not_sip("urn:x")},
-    {"the first text that reads tag counts", "From: <sip:a@h;xtag=9>;tag=7", "from user=a tag=9> addr=h:5060"},
+    {"the first tag= counts, even inside another name", "From: <sip:a@h;xtag=9>;tag=7",
+     "from user=a tag=9> addr=h:5060"},
     {"tag in the display name counts", "From: \"tag=1;\" <sip:a@h>;tag=7", "from user=a tag=1 addr=h:5060"},
-    {"tag in upper case is none", "From: <sip:a@h>;TAG=7", "from user=a addr=h:5060"},
+    {"the name tag is case-sensitive", "From: <sip:a@h>;TAG=7", "from user=a addr=h:5060"},
 };
 INSTANTIATE_TEST_SUITE_P(From, Decoding, in_frame(from, froms), Title());
 
@@ -85,7 +86,7 @@ const Case contacts[] = {
     {"compact name loses against Contact", "M: <sip:compact@h>\nContact: sip:a@h", "contact user=a addr=h:5060"},
     {"an empty Contact hides the compact name", "Contact:\nm: sip:a@h", "contact user=", not_sip("")},
     {"user parameters hide the host", "Contact: <sip:1;x@h>", "contact addr=1:5060"},
-    {"a scheme in which only letters have a case", "Contact: SIP\032a", "contact user=a", not_sip("SIP\\x1Aa")},
+    {"case is folded for letters only", "Contact: SIP\032a", "contact user=a", not_sip("SIP\\x1Aa")},
 
     {"an escaped quote in a quoted name", R"(Contact: "a \" <sip:x@y>" <sip:a@h>)", "contact user=a addr=h:5060"},
     {"a quote behind the bracket", R"(Contact: <sip:a"b"@h>")", "contact user=a\"b\" addr=h:5060"},
@@ -94,7 +95,7 @@ const Case contacts[] = {
      "1 No closing quote found in '\"a <sip:a@h>' | " + not_sip("\"a <sip:a@h>")},
     {"a quote closed by an escaped backslash stays open", R"(Contact: "a\\" <sip:a@h>)", "contact user=h>",
      R"(1 No closing quote found in '"a\\" <sip:a@h>' | )" + not_sip(R"("a\\" <sip:a@h>)")},
-    {"an escaped quote opens all the same", R"(Contact: \" <sip:a@h>)", "contact user=h>",
+    {"an escaped quote still opens a quoted name", R"(Contact: \" <sip:a@h>)", "contact user=h>",
      R"(1 No closing quote found in '\" <sip:a@h>' | )" + not_sip(R"(\" <sip:a@h>)")},
     {"an unclosed bracket", "Contact: <sip:a@h;x", "contact user=h",
      "1 No closing bracket found in '<sip:a@h;x' | " + not_sip("<sip:a@h")},

@@ -18,7 +18,7 @@ const Frame credentials{invite + "Authorization: Digest ", "\r\n\r\n", ""};
 const Case parameters[] = {
     {"all", R"(username="u",realm="r",nonce="n",uri="sip:h",response="e",stale=TRUE,algorithm=MD5)",
      "author stale=1 username=u realm=r nonce=n uri=sip:h response=e algorithm=MD5"},
-    {"wherever they stand", R"(xrealm="r"nonce="n"; uri ="u")", "author realm=r nonce=n"},
+    {"names are found anywhere", R"(xrealm="r"nonce="n"; uri ="u")", "author realm=r nonce=n"},
     {"a client nonce is another", R"(nonce="n",cnonce="c",qop=auth,nc=00000001,CNONCE="d",algorithm=MD5)",
      "author nonce=n algorithm=MD5"},
     {"two of a name", R"(realm="a",realm="b")", "author realm=b"},
@@ -29,7 +29,8 @@ const Case parameters[] = {
     {"name in place of an unquoted value", "realm=uri=u", "author realm=uri=u"},
     {"name in place of a value", R"(realm=uri="u")", "author realm=uri=u"},
     {"algorithm list", R"(algorithm=",,MD5,SHA")", "author algorithm=MD5"},
-    {"and no more", "algorithm=\"" + std::string(31, ',') + "MD5\"", "author algorithm=" + std::string(15, ',')},
+    {"an algorithm list is read up to its 31st character", "algorithm=\"" + std::string(31, ',') + "MD5\"",
+     "author algorithm=" + std::string(15, ',')},
     {"stale and what follows it", R"(STALE=faLSErealm="r")", "author stale=0 realm=r"},
     {"quoted stale", R"(stale="TRUE")", ""},
     {"long values",
@@ -53,7 +54,8 @@ INSTANTIATE_TEST_SUITE_P(Authorization, Decoding, in_frame(authorization, author
 const Frame unauthorized{"SIP/2.0 401 Unauthorized\r\nCSeq: 1 INVITE" + head, "\r\n\r\n", "WWW-Authenticate: x"};
 const Case challenges[] = {
     {"all",
-     R"(WWW-Authenticate: Digest realm="r",domain="d",nonce="n",opaque="o",stale=TRUE,algorithm=MD5,qop="auth,auth-int")",
+     R"(WWW-Authenticate: Digest realm="r",domain="d",nonce="n",opaque="o",stale=TRUE,)"
+     R"(algorithm=MD5,qop="auth,auth-int")",
      "authen stale=1 realm=r nonce=n algorithm=MD5 qop=auth,auth-int"},
     {"of a proxy", "Proxy-Authenticate: Digest stale=false", "authen authen_type=103 stale=0"},
     {"both", "Proxy-Authenticate: Digest realm=\"p\"\nwww-authenticate: Digest nonce=\"n\"", "authen nonce=n"},
@@ -97,7 +99,7 @@ TEST(DelQuoteMark, table) {
     EXPECT_EQ(std::memcmp(unterminated.data(), "abc\xA5", 4), 0);
 }
 
-// The older decoders look for fixed neighbours in the whole message.
+// The older decoders look for fixed text around a value, in the whole message.
 TEST(OldChallenges, table) {
     const std::string www = "WWW-Authenticate: Digest ";
     const std::string proxy = "Proxy-Authenticate: Digest ";

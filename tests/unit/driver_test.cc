@@ -1,6 +1,4 @@
 // The order of work: what a whole message fills, what a refusal leaves, what depends on the method.
-#include <array>
-
 #include <gtest/gtest.h>
 
 #include "support/cases.h"
@@ -107,19 +105,7 @@ require use=0 | rseq use=0 RSeq=-1 | callparty user=3)",
 };
 INSTANTIATE_TEST_SUITE_P(Message, Decoding, in_frame(whole, messages), Title());
 
-TEST(Driver, alert_info_belongs_to_an_invite) {
-    for (const auto &[start_line, cseq, value] :
-         std::initializer_list<std::array<std::string, 3>>{{"INVITE sip:h SIP/2.0", "INVITE", "a"},
-                                                           {"INVITE sip:h SIP/2.0", "ACK", "(untouched)"},
-                                                           {"ACK sip:h SIP/2.0", "INVITE", "(untouched)"},
-                                                           {"SIP/2.0 180 Ringing", "INVITE", "(untouched)"}})
-        EXPECT_EQ(
-            decode(start_line + "\r\ni: c\r\nv: x\r\nCSeq: 1 " + cseq + "\r\nAlert-Info: a\r\n\r\n")["alert.alertinfo"],
-            value)
-            << start_line << cseq;
-}
-
-// Parameter names have a case, whatever the host thinks of its own comparisons.
+// Parameter names are case-sensitive, however the host compares.
 TEST(Driver, a_host_that_folds_case_changes_nothing) {
     host().folds_case = true;
     const Decoded decoded =

@@ -23,11 +23,13 @@ TEST(History, table) {
         std::string changed;
     } rows[] = {
         {"", "History-Info: <sip:2002@h;cause=302>;index=1, <sip:1001@i:5070;cause=480>;index=1.1",
-         "history_info[0] use=1 user=2002 addr=h:5060 cause=302\nhistory_info[1] use=1 user=1001 addr=i:5070 cause=480"},
+         "history_info[0] use=1 user=2002 addr=h:5060 cause=302\nhistory_info[1] use=1 user=1001 addr=i:5070 "
+         "cause=480"},
         {"", "History-Info: sip:a@h;cause=302", ""},
         {"", "history-info: <sip:a@h>\r\nHistory-Info: <sip:b@h>", "history_info[0] use=1 user=a addr=h:5060"},
         {"", "History-Info: <tel:1><tel:2>,<tel:3> x <tel:4>;<tel:5>",
-         "history_info[0] use=1 user=1\nhistory_info[1] use=1 user=2\nhistory_info[2] use=1 user=3\nhistory_info[3] use=1 user=4"},
+         "history_info[0] use=1 user=1\nhistory_info[1] use=1 user=2\nhistory_info[2] use=1 user=3\nhistory_info[3] "
+         "use=1 user=4"},
         {"history_info[0].use=1 | history_info[2].use=2", "History-Info: <tel:1>,<tel:2>,<tel:3>",
          "history_info[1] use=1 user=1\nhistory_info[3] use=1 user=2"},
         {"history_info[0].cause=404 | history_info[1].cause=404", "History-Info: <tel:1>, <tel:2;xcause=1;cause=2>",
@@ -84,7 +86,8 @@ TEST(Summary, table) {
         std::string changed;
     } rows[] = {
         {"Messages-Waiting: yes\nMessage-Account: sip:*97@10.0.0.1\nVoice-Message: 2/8 (0/2)\n",
-         " messageswaiting=yes account=*97 newmsgcount=2 oldmsgcount=8 urgentmsgcount=0 urgentoldcount=2 addr=10.0.0.1:5060"},
+         " messageswaiting=yes account=*97 newmsgcount=2 oldmsgcount=8 urgentmsgcount=0 urgentoldcount=2 "
+         "addr=10.0.0.1:5060"},
         {"xVoice-Message:+1/-2\t( 3/4\nx Message-Account: tel:1\nxMessages-Waiting: \n",
          " messageswaiting= account=1 newmsgcount=1 oldmsgcount=-2 urgentmsgcount=3 urgentoldcount=4"},
         {"Voice-Message: 1/2(3/4)\n", " newmsgcount=1 oldmsgcount=2 urgentmsgcount=3 urgentoldcount=4"},

@@ -10,7 +10,7 @@
 
 #include <sipcode/encode.h>
 
-// A locale in which nothing is named as on the wire.
+// Stands in for a locale that names no day or month as the wire does.
 extern "C" std::size_t strftime(char *text, std::size_t, const char *, const std::tm *) noexcept {
     *text = '\0';
     return 0;
@@ -20,7 +20,7 @@ namespace {
 
 using namespace support;
 
-// What a generator writes into the room that it asks for.
+// What a generator writes into a buffer of the size that it states.
 template <typename Generate>
 std::string generated(std::size_t room, Generate generate) {
     const Guarded output(room, stale);

@@ -23,7 +23,7 @@ TEST(RequestLines, change_with_members_and_methods) {
     expect_line_changes("request", [](const SIP_CODE_MSG &record) { return encode_request(record).text; });
 }
 
-// How event packages compare is the host's choice.
+// The host decides how event packages compare.
 TEST(RequestLines, follow_the_comparison_of_the_host) {
     const SIP_CODE_MSG record = record_of("method=SUBSCRIBE | event.content=REG");
     EXPECT_EQ(encode_request(record).text.find("Accept"), std::string::npos);
@@ -32,7 +32,7 @@ TEST(RequestLines, follow_the_comparison_of_the_host) {
     host().folds_case = false;
 }
 
-// Small numbers are written by another way than large ones.
+// Small numbers take another path than large ones.
 TEST(RequestLines, hold_numbers_of_every_length) {
     for (const std::string number : {"1", "9", "10", "99", "101", "999", "1009", "9999", "10203", "99999", "100000",
                                      "2147483647", "-1", "-99999", "-2147483648"}) {

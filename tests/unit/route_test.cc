@@ -19,10 +19,10 @@ const Frame invite = message("INVITE sip:h SIP/2.0", "INVITE");
 const std::string content = "record_route use=1 content=";
 const Case routes[] = {
     {"one", "RECORD-ROUTE:a, b,c ", content + "a, b,c "},
-    {"one beyond it", "Record-Route: " + letters(127), content + letters(126)},
+    {"one past the limit", "Record-Route: " + letters(127), content + letters(126)},
     {"two", "Record-Route: <sip:1;lr>\nRecord-Route: <sip:2;lr>", content + "<sip:1;lr>,<sip:2;lr>"},
-    {"the first that only begins so", "Record-Routes: x\nRecord-Route: a", content + "a,a"},
-    {"two beyond the limit", "Record-Route: " + letters(100) + "\nRecord-Route: " + letters(100),
+    {"a longer name counts as the first", "Record-Routes: x\nRecord-Route: a", content + "a,a"},
+    {"two past the limit", "Record-Route: " + letters(100) + "\nRecord-Route: " + letters(100),
      content + letters(100) + "," + letters(26)},
     {"room for the comma alone", "Record-Route: " + letters(126) + "\nRecord-Route: x", content + letters(126) + ","},
     {"three", "Record-Route: a\nRecord-Route: b\nRecord-Route: c", ""},
@@ -37,19 +37,6 @@ const Case routes_of_responses[] = {
     {"room for the comma alone", "Record-Route: x\nRecord-Route: " + letters(126), content + letters(126) + ","},
 };
 INSTANTIATE_TEST_SUITE_P(RecordRouteOfResponse, Decoding, in_frame(ringing, routes_of_responses), Title());
-
-TEST(RecordRoute, order) {
-    for (int method = 2; method < SIP_CODE_METHOD_COUNT; ++method)
-        for (const int of_cseq : {2, 3, 5, 6, 8, 12}) {
-            const std::string text = decode_methods[method].text;
-            const Frame frame =
-                message(method < 16 ? text + " sip:h SIP/2.0" : "SIP/2.0 " + text, decode_methods[of_cseq].text);
-            const bool reversed = method == 17 || method == 18 || (method == 20 && of_cseq == 5);
-            EXPECT_EQ(decode(frame.text("Record-Route: a\nRecord-Route: b"))["record_route.content"],
-                      reversed ? "b,a" : "a,b")
-                << text;
-        }
-}
 
 TEST(RecordRoute, count) {
     SplitMessage names({"Record-Rout", " Record-Route: a", "To: Record-Route", "Record-Route:", "record-ROUTEs", "x"});

@@ -15,7 +15,7 @@ const std::string cseq = "CSeq: 1 INVITE\r\n";
 // ---------------------------------------------------------------------------------------------------------------------
 // Texts
 
-// Headers that are kept verbatim: where, and how much of them. Members of a record have their flag beside them.
+// Headers that are kept verbatim: the member, and how many characters it holds.
 const struct {
     std::string name;
     std::string member;
@@ -50,6 +50,8 @@ TEST(Verbatim, is_kept_up_to_its_limit_and_found_by_its_name_alone) {
             c = static_cast<char>(c == '-' ? c : c ^ 0x20);
         EXPECT_EQ(stored(other_case + ":\"a\" <b>;c=%41,d \r\n" + name + ": e"), member + "=\"a\" <b>;c=%41,d ");
         EXPECT_EQ(stored(name + ":\r\n" + name + ": e"), member + "=");
+        for (std::size_t at = 0; at < name.size(); ++at)
+            EXPECT_EQ(stored(std::string(name).replace(at, 1, "_") + ": v"), "") << at << " of " << name;
         for (const std::string &line : {name + " : v", name + "x: v", "x" + name + ": v", name.substr(1) + ": v", name})
             EXPECT_EQ(stored(line), "") << line;
     }
@@ -58,7 +60,7 @@ TEST(Verbatim, is_kept_up_to_its_limit_and_found_by_its_name_alone) {
 // ---------------------------------------------------------------------------------------------------------------------
 // Numbers
 
-// A text and its number: the low 32 bits of what 64 hold, saturating.
+// A text and its number: read into 64 bits with saturation, of which the low 32 are kept.
 const char *const numbers = R"(0=0 | 0070=70 | +5=5 | -5=-5 | 12ab=12 | 0x10=0 | 1.9=1
 2147483647=2147483647 | 2147483648=-2147483648 | -2147483649=2147483647 | 4294967303=7 | 18446744073709551623=-1
 9223372036854775806=-2 | 9223372036854775808=-1 | -9223372036854775807=1 | -9223372036854775809=0
@@ -121,7 +123,7 @@ INSTANTIATE_TEST_SUITE_P(Scalar, Decoding, in_frame(invite, scalars), Title());
 // ---------------------------------------------------------------------------------------------------------------------
 // Call-ID and CSeq
 
-// An empty tel as Contact, for its parameters.
+// The Contact is an empty tel, so that only its parameters matter.
 const Frame expiry{start + call_id + cseq + rest, "\r\n\r\n", "Contact: <tel:>"};
 const Case expiries[] = {
     {"Expires", "Expires: 60\nContact: <tel:>;expires=90", "expire expires=60"},

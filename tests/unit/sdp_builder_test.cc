@@ -32,7 +32,8 @@ TEST(BuildDefaultSdp, gives_telephone_events_a_payload) {
         {"sdp.a_coders[0]=TE101 | sdp.rtpmap[0].a_coder=ILBC", "sdp rtpmap[1].a_coder=5 rtpmap[1].a_payload=101"},
         {"sdp.a_coders[0]=TE101 | sdp.rtpmap[2].a_coder=TE101", "sdp rtpmap[2].a_payload=101"},
         {"sdp.a_coders[0]=TE101 | sdp.rtpmap[3].a_coder=TE101 | sdp.rtpmap[3].a_payload=-1", ""},
-        {"sdp.a_coders[0]=TE101 | sdp.rtpmap[0].a_coder=77 | sdp.rtpmap[1].a_coder=-1 | sdp.rtpmap[2].a_coder=1 | sdp.rtpmap[3].a_coder=1",
+        {"sdp.a_coders[0]=TE101 | sdp.rtpmap[0].a_coder=77 | sdp.rtpmap[1].a_coder=-1 | sdp.rtpmap[2].a_coder=1 | "
+         "sdp.rtpmap[3].a_coder=1",
          ""},
     };
     for (const auto &[members, changed] : rows) {

@@ -8,7 +8,8 @@ namespace {
 using namespace support;
 
 std::string invite(const std::string &content_type) {
-    return "INVITE sip:h SIP/2.0\r\nCall-ID: c\r\nCSeq: 1 INVITE\r\nVia: SIP/2.0/UDP h;branch=b\r\nFrom: sip:f\r\nTo: sip:t\r\n" +
+    return "INVITE sip:h SIP/2.0\r\nCall-ID: c\r\nCSeq: 1 INVITE\r\nVia: SIP/2.0/UDP h;branch=b\r\nFrom: sip:f\r\n"
+           "To: sip:t\r\n" +
            content_type + "\r\n\r\n";
 }
 
@@ -52,8 +53,8 @@ const std::string undecided = "a_media untouched"; // what a description that is
 // A media line that ends the body has no section.
 const Frame anything{invite(type), "", "c=IN IP4 h"};
 const Case connections[] = {
-    {"mark without a letter", "=sendonly\nc=IN IP4 h\n=", ""},
-    {"empty and not", "c= \nC=IN IP4 h\nm=audio 1", "a_use=1 a_addr=h:1"},
+    {"= without a letter", "=sendonly\nc=IN IP4 h\n=", ""},
+    {"an empty line, then another", "c= \nC=IN IP4 h\nm=audio 1", "a_use=1 a_addr=h:1"},
     {"IPv6", "c=IN IP6 ::1\nc=IN IP4 h\nm=audio 1", undecided, "0 Invalid host in c= line, 'IN IP6 ::1'"},
     {"white space", "c= IN\t \tIP4h x\nm=audio 1", "a_use=1 a_addr=h:1"},
     {"two", "c=IN IP4 i\nc=IN IP4 h\nm=audio 1", "a_use=1 a_addr=i:1"},
@@ -109,13 +110,18 @@ const Case media[] = {
      "0 Error in codec string 'x'"},
 
     {"fax",
-     "m=image 5000 udptl t38\na=T38FaxVersion:0\na=T38MaxBitRate: 14400\na=T38FaxFillBitRemoval:1x\na=T38FaxTranscodingMMR:-2\n"
-     "a=T38FaxTranscodingJBIG:3\na=T38FaxRateManagement:transferredTCF\na=T38FaxMaxBuffer:200\na=T38FaxMaxDatagram:72\nA=T38FaxUdpEC: t38 x",
-     "fax_use=1 fax.udptlport=5000 fax.T38FaxMaxBuffer=200 fax.T38MaxBitRate=14400 fax.T38FaxVersion=0 fax.T38FaxMaxDatagram=72 "
-     "fax.T38FaxFillBitRemoval=1 fax.T38FaxTranscodingMMR=-2 fax.T38FaxTranscodingJBIG=3 fax.T38FaxRateManagement=transferredTCF "
+     "m=image 5000 udptl t38\na=T38FaxVersion:0\na=T38MaxBitRate: 14400\na=T38FaxFillBitRemoval:1x\n"
+     "a=T38FaxTranscodingMMR:-2\n"
+     "a=T38FaxTranscodingJBIG:3\na=T38FaxRateManagement:transferredTCF\na=T38FaxMaxBuffer:200\n"
+     "a=T38FaxMaxDatagram:72\nA=T38FaxUdpEC: t38 x",
+     "fax_use=1 fax.udptlport=5000 fax.T38FaxMaxBuffer=200 fax.T38MaxBitRate=14400 fax.T38FaxVersion=0 "
+     "fax.T38FaxMaxDatagram=72 "
+     "fax.T38FaxFillBitRemoval=1 fax.T38FaxTranscodingMMR=-2 fax.T38FaxTranscodingJBIG=3 "
+     "fax.T38FaxRateManagement=transferredTCF "
      "fax.T38FaxUdpEC=t38 fax.fax_addr=h:5000"},
     {"fax attributes without a value",
-     "a=T38FaxFillBitRemoval\na=T38FaxTranscodingMMR:\na=T38FaxTranscodingJBIG:x\na=T38FaxUdpEC:\na=T38FaxRateManagement: \n"
+     "a=T38FaxFillBitRemoval\na=T38FaxTranscodingMMR:\na=T38FaxTranscodingJBIG:x\na=T38FaxUdpEC:\n"
+     "a=T38FaxRateManagement: \n"
      "a=t38faxversion:1\na=T38FaxVersion :1\na=xT38FaxVersion:1\nm=image 1",
      "fax_use=1 fax.udptlport=1 fax.fax_addr=h:1"},
     {"other media in place of a fax", "a=T38FaxVersion:1\nm=5 udptl t38\nm=image x udptl t38", "",

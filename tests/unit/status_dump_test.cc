@@ -45,13 +45,16 @@ const struct {
     std::string behind_ten_lines;
 } dumps[] = {
     {"", ""},
-    {"sdp.a_use=1 | sdp.a_addr.ip=h | sdp.a_addr.port=4000 | sdp.a_coders[0]=G711_A | sdp.a_coders[1]=G711_U | sdp.a_coders[2]=G722",
+    {"sdp.a_use=1 | sdp.a_addr.ip=h | sdp.a_addr.port=4000 | sdp.a_coders[0]=G711_A | sdp.a_coders[1]=G711_U | "
+     "sdp.a_coders[2]=G722",
      "A_SDP   = [ addr = h : 4000  coder G711_A G711_U 97 ]\n"},
-    {"sdp.a_use=1 | sdp.a_coders[0]=G729 | sdp.a_coders[1]=TE101 | sdp.a_coders[2]=12 | sdp.a_coders[3]=-1 | sdp.a_coders[4]=GSM",
+    {"sdp.a_use=1 | sdp.a_coders[0]=G729 | sdp.a_coders[1]=TE101 | sdp.a_coders[2]=12 | sdp.a_coders[3]=-1 | "
+     "sdp.a_coders[4]=GSM",
      "A_SDP   = [ addr =  : 0  coder G729 101  ]\n"},
     {"sdp.a_use=2 | sdp.v_use=1 | sdp.v_addr.ip=h | sdp.v_addr.port=-1", "V_SDP   = [ addr = h : -1 ]\n"},
     {"content.use=1 | content.type=%n | info.use=1 | info.key=#", "Content = [ type = %n ]\nInfo    = [ key = # ]\n"},
-    {"author.use=1 | author.author_type=101 | author.stale=-1 | author.username=u | author.realm=r | author.nonce=n | author.uri=i | "
+    {"author.use=1 | author.author_type=101 | author.stale=-1 | author.username=u | author.realm=r | author.nonce=n "
+     "| author.uri=i | "
      "author.response=e | author.algorithm=MD5",
      "Author  = [ type = 101  stale = -1 username = u realm= r nonce = n uri = i response = e algorithm = MD5 ]\n"},
     {"authen.use=1 | authen.authen_type=103 | authen.stale=1 | authen.realm=r | authen.nonce=n | authen.algorithm=MD5",
@@ -63,9 +66,9 @@ TEST(Dump, table) {
     for (const auto &[members, behind_ten_lines] : dumps)
         EXPECT_EQ(
             dump(record_of(R"(callid=c | uri.user=b | uri.addr.ip=i | uri.addr.port=1 | method=INVITE | max_forward=69
-via.branch=z | via.addr.ip=v | via.addr.port=2 | expire.expires=60 | cseq.seq=7 | cseq.method=ACK | from.user=a | from.tag=f
-from.addr.ip=j | from.addr.port=3 | to.user=d | to.tag=t | to.addr.ip=k | to.addr.port=4 | contact.user=e | contact.addr.ip=l
-contact.addr.port=5
+via.branch=z | via.addr.ip=v | via.addr.port=2 | expire.expires=60 | cseq.seq=7 | cseq.method=ACK | from.user=a
+from.tag=f | from.addr.ip=j | from.addr.port=3 | to.user=d | to.tag=t | to.addr.ip=k | to.addr.port=4 | contact.user=e
+contact.addr.ip=l | contact.addr.port=5
 )" + members)),
             R"(CALL-ID = [ callid = c ]
 URI     = [ user = b  addr = i : 1 ]

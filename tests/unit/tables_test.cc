@@ -1,4 +1,4 @@
-// The recognisers of method words and statuses.
+// Recognition of method words and statuses.
 #include <gtest/gtest.h>
 
 #include <sipcode/decode.h>

@@ -11,7 +11,7 @@ const std::string head =
     "REFER sip:h SIP/2.0\r\nCSeq: 1 REFER\r\nCall-ID: c\r\nVia: SIP/2.0/UDP h;branch=b\r\nFrom: sip:f\r\nTo: sip:t\r\n";
 const std::string end = "\r\nReferred-By: <sip:2002@10.0.0.2>\r\n\r\n";
 
-// The Referred-By is kept verbatim as well; that is in the neutral row.
+// The Referred-By is also kept verbatim, in the neutral row too.
 const Frame refer_to{head, end, "None: 0"};
 const std::string blind = "refer_to use=1 refermode=0 ";
 const std::string attended = "refer_to use=1 refermode=1 ";

@@ -16,7 +16,7 @@ std::string unknown_first(const std::string &transport) {
     return "MT Don't know how to respond via '" + transport + "'\\n";
 }
 
-// Counted as one Via, and without a value.
+// Compared with a line that counts as a Via but has no value.
 const Frame single{head, "\r\n\r\n", "Viaduct: 1"};
 const Case single_vias[] = {
     {"compact name in upper case without a blank", "V:SIP/2.0/SCTP h;branch=2", "via branch=2 addr=h:5060"},
@@ -27,16 +27,17 @@ const Case single_vias[] = {
     {"unknown transport keeps the branch alone", "Via: SIP/2.0/UDPX h;branch=3", "via branch=3",
      unknown("SIP/2.0/UDPX")},
     {"transport ends at the first blank", "Via: SIP / 2.0 / UDP h;branch=b", "via branch=b", unknown("SIP")},
-    {"a tab is no end of the transport", "Via: SIP/2.0/UDP\th;branch=b", "via branch=b"},
+    {"a tab does not end the transport", "Via: SIP/2.0/UDP\th;branch=b", "via branch=b"},
     {"blanks of all kinds before the host are skipped, behind it kept", "Via: SIP/2.0/UDP \t\x01 h ;x",
      "via addr=h :5060"},
     {"no host", "Via: SIP/2.0/TCP ;x", "via addr=:5060"},
     {"the first colon begins the port", "Via: SIP/2.0/UDP [::1]:5070;y", "via addr=[:0"},
-    {"a port in a parameter is none", "Via: SIP/2.0/UDP h;received=1:2", "via addr=h:5060"},
-    {"branch in upper case is none", "Via: SIP/2.0/UDP h;BRANCH=b", "via addr=h:5060"},
-    {"branch before the first semicolon is none", "Via: SIP/2.0/UDP branch=b;x", "via addr=branch=b:5060"},
-    {"the first text that reads branch counts", "Via: SIP/2.0/UDP h;xbranch=1;branch=2", "via branch=1 addr=h:5060"},
-    {"branch of a blank", "Via: SIP/2.0/UDP h;branch= ;x", "via branch=  addr=h:5060"},
+    {"a colon in a parameter begins no port", "Via: SIP/2.0/UDP h;received=1:2", "via addr=h:5060"},
+    {"the name branch is case-sensitive", "Via: SIP/2.0/UDP h;BRANCH=b", "via addr=h:5060"},
+    {"branch before the first semicolon does not count", "Via: SIP/2.0/UDP branch=b;x", "via addr=branch=b:5060"},
+    {"the first branch= counts, even inside another name", "Via: SIP/2.0/UDP h;xbranch=1;branch=2",
+     "via branch=1 addr=h:5060"},
+    {"a blank as branch", "Via: SIP/2.0/UDP h;branch= ;x", "via branch=  addr=h:5060"},
     {"a name that only begins with Via is counted", "Viaduct: SIP/2.0/UDP h;branch=b", "", wrong("")},
     {"a blank before the colon hides the value", "Via : SIP/2.0/UDP h;branch=b", "", wrong("")},
     {"a comma continued line counts twice", "Via: SIP/2.0/UDP h,\nx", "via_count=2 | via1 addr=h,\\r\\nx:?"},
@@ -48,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(Via, Decoding, in_frame(single, single_vias), Title());
 const std::string first = "Via: SIP/2.0/UDP h";
 const std::string second = "\nVia: SIP/2.0/UDP i";
 
-// Two Vias of which nothing is read; the lower one gets a default port.
+// Compared with two Vias that hold nothing; the lower one gets a default port.
 const Frame pair{head, "\r\n\r\n", "Via: 1\nVia: 2", zero};
 const Case pairs[] = {
     {"the upper one gets no default port", first + ";branch=a;x" + second + ":5071;branch=b;x",
