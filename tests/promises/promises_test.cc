@@ -1,4 +1,4 @@
-// What docs/limits.md and the headers promise of a call: the stack that it takes, and that two threads may call at once.
+// The promises of docs/limits.md and of the headers: the stack a call takes, and two threads calling at once.
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -45,7 +45,7 @@ void decode(const std::string &message, Buffers &room) {
     SIP_Decode_Buffer(message.data(), message.size(), &room.record, &room.report);
 }
 
-// With every method and status, by all four encoders.
+// By all four encoders, with every method and status.
 void encode(Buffers &room) {
     for (int method = SIP_REQUEST_MSG_RESPONSE; method < SIP_CODE_METHOD_COUNT; ++method) {
         room.record.method = method;
@@ -80,7 +80,7 @@ ucontext_t caller;
 ucontext_t callee;
 const std::function<void()> *work;
 
-// Bytes between the top of a painted stack and the deepest one that a call changed.
+// Bytes from the top of a painted stack down to the lowest one that a call changed.
 std::size_t depth_of(const std::function<void()> &call) {
     std::memset(stack, paint, sizeof stack);
     work = &call;

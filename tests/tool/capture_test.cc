@@ -52,7 +52,7 @@ Bytes behind(Bytes header, const Bytes &packet) {
     return header;
 }
 
-// A UDP datagram cut into pieces of 1000 bytes; the packet of each is made from the piece, its place and whether more follow.
+// A UDP datagram cut into pieces of 1000 bytes. packet_of(piece, place, has_more) makes the packet of a piece.
 template <typename Make>
 std::vector<Bytes> fragments(const std::string &text, const Make &packet_of) {
     constexpr std::size_t size = 1000;

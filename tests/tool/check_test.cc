@@ -1,4 +1,4 @@
-// sipcode check against what Sip_Decode did: every finding and every silence has to show in the record.
+// Compares the findings of sipcode check with the record that Sip_Decode fills.
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The library logs and prints what it meets: here too much to read.
+// Hides what the library logs and prints, unless a test fails.
 class Check : public testing::Test {
   protected:
     static void SetUpTestSuite() {
@@ -82,7 +82,8 @@ std::string without_line(std::string text, const Range &line) {
 
 // ---------------------------------------------------------------------------------------------------------------------
 
-// A message cut at any place is refused when the library refuses it, and its ignored lines can be taken out.
+// A message cut at any place is refused exactly if the library refuses it. Without an ignored line the record is the
+// same.
 TEST_F(Check, SamplesCutAnywhere) {
     ASSERT_GT(samples().size(), 10U);
     for (const Sample &sample : samples()) {
@@ -103,7 +104,7 @@ TEST_F(Check, SamplesCutAnywhere) {
     }
 }
 
-// A header line that is not told of is in the record: without it, or with another value, that is another one.
+// Without a header line that has no finding, or with another value in it, the record is a different one.
 TEST_F(Check, WhatIsNotToldOfIsRead) {
     for (const Sample &sample : samples()) {
         const Decoded decoded(sample.text);
@@ -180,7 +181,8 @@ const Case cases[] = {
      "5:From : <sip:: ignored: a blank stands before the colon\n"
      "6:Via : SIP/2.: ignored: a blank stands before the colon\n"},
     {"continued without and with a comma", head + "Event: reg\n ;id=1\nUser-Agent: a,\r\n b\n\n",
-     "6: ;id=1\nUser-: ignored: it begins with a blank and goes on from a line that does not end in a comma and CR LF\n"},
+     "6: ;id=1\nUser-: ignored: "
+     "it begins with a blank and goes on from a line that does not end in a comma and CR LF\n"},
     {"line behind the 63rd", head + repeated("Content-Length: 1\n", 59) + "Event: reg\nTo: <sip:a@b>\n\n",
      "64:Event: reg\nT: ignored: it stands behind the first 63 lines\n"
      "65:To: <sip:a@b: ignored: it stands behind the first 63 lines\n"},

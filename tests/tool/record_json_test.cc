@@ -1,4 +1,4 @@
-// The record as JSON and back: nothing is lost, and what does not fit is told with its place.
+// The record as JSON and back: nothing is lost, and an error names the place of what does not fit.
 #include <climits>
 #include <cstring>
 #include <random>
@@ -12,7 +12,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// Texts of any bytes but NUL, so valid UTF-8 or not; numbers up to their extremes.
+// Texts hold any bytes but NUL, so some are not UTF-8. Numbers include the smallest and the largest.
 SIP_CODE_MSG random_record(unsigned seed) {
     std::mt19937 random(seed);
     SIP_CODE_MSG record{};
