@@ -16,10 +16,8 @@ const Frame request_uri{
     " SIP/2.0\r\nCall-ID: c\r\nCSeq: 1 OPTIONS\r\nVia: SIP/2.0/UDP h;branch=b\r\nFrom: sip:f\r\nTo: sip:t\r\n\r\n",
     "tel:"};
 const Case request_uris[] = {
-    {"user host and port", "sip:1001@h:5070", "uri user=1001 addr=h:5070"},
     {"no user leaves it alone", "sip:h", "uri user untouched addr=h:5060"},
     {"empty user clears it", "sip:@h", "uri addr=h:5060"},
-    {"port that is no number", "sip:h:abc", "uri user untouched addr=h:0"},
     {"the first colon behind the user begins the port", "sip:a:pw@h:1:2", "uri user=a:pw addr=h:1"},
     {"the first at ends the user", "sip:a@b@c", "uri user=a addr=b@c:5060"},
     {"a parameter before the at hides it", "sip:123;cpc=o@h", "uri user untouched addr=123:5060"},
@@ -53,7 +51,6 @@ TEST(UriDecode, escapes) {
 
 const Frame from{head + "To: sip:t\r\n", "\r\n\r\n", "From: tel:\nFrom: sip:second"};
 const Case froms[] = {
-    {"display name in quotes", "From: \"Desk\" <sip:1001@h:5070>;tag=abc", "from user=1001 tag=abc addr=h:5070"},
     {"no brackets", "From: sip:a@h:1;tag=abc;x", "from user=a tag=abc addr=h:1"},
     {"compact name", "f: <sip:a@h>;tag=9", "from user=a tag=9 addr=h:5060"},
     {"compact name behind an empty From", "F: sip:a@h;tag=9\nFrom:", "from user=a tag=9 addr=h:5060"},
@@ -79,7 +76,6 @@ INSTANTIATE_TEST_SUITE_P(To, Decoding, in_frame(to, tos), Title());
 
 const Frame contact{head + "From: sip:f\r\nTo: sip:t\r\n", "\r\n\r\n", "None: 0"};
 const Case contacts[] = {
-    {"brackets", "Contact: \"x\" <sip:a@h:1;transport=tcp>;expires=60", "expire expires=60 | contact user=a addr=h:1"},
     {"no brackets", "CONTACT: sip:a@h;x=1", "contact user=a addr=h:5060"},
     {"the first of a list in brackets", "Contact: <sip:a@h>, <sip:b@i:2>", "contact user=a addr=h:5060"},
     {"a list without brackets is one address", "Contact: sip:a@h,sip:b@i", "contact user=a addr=h,sip:0"},

@@ -91,7 +91,6 @@ TEST(Summary, table) {
         {"xVoice-Message:+1/-2\t( 3/4\nx Message-Account: tel:1\nxMessages-Waiting: \n",
          " messageswaiting= account=1 newmsgcount=1 oldmsgcount=-2 urgentmsgcount=3 urgentoldcount=4"},
         {"Voice-Message: 1/2(3/4)\n", " newmsgcount=1 oldmsgcount=2 urgentmsgcount=3 urgentoldcount=4"},
-        {"Voice-Message: 3/1\n", " newmsgcount=3 oldmsgcount=1"},
         {"Voice-Message: 3/ 1 (2 /3)\n", " newmsgcount=3 oldmsgcount=1 urgentmsgcount=2"},
         {"Voice-Message: 1:2 (3/4)\n", " newmsgcount=1"},
         {"Voice-Message: 1/2 3/4\n", " newmsgcount=1 oldmsgcount=2"},

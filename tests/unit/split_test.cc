@@ -11,9 +11,7 @@ const std::string rest = "Call-ID: c\r\nCSeq: 1 OPTIONS\r\nVia: SIP/2.0/UDP h;br
 
 const Frame header_lines{"OPTIONS sip:h SIP/2.0\r\n" + rest, "", "\r\n", stale, true};
 const Case headers[] = {
-    {"CR LF ends a line", "Date: d\r\nEvent: e\r\n\r\nb", "xml_buf=b | event use=1 content=e | date use=1 datetime=d"},
     {"LF ends a line", "Date: d\nEvent: e\n\nb", "xml_buf=b | event use=1 content=e | date use=1 datetime=d"},
-    {"no empty line", "Date: d\r\n", "date use=1 datetime=d"},
     {"the body is kept as it is", "\r\na\r\n\r\nb,\r\n,\n\rc", "xml_buf=a\\r\\n\\r\\nb,\\r\\n,\\n\\rc"},
     {"a comma before CR LF joins two lines", "Date: a,\r\n b\r\n\r\n", "date use=1 datetime=a,\\r\\n b"},
     {"a comma two before LF does", "Date: a,b\nEvent: e\r\n\r\n", "date use=1 datetime=a,b\\nEvent: e"},
@@ -30,11 +28,8 @@ const Case headers[] = {
     {"a line that begins with a blank is one of its own", "Date: a\r\n Event: e\r\n\tb\r\n\r\n",
      "date use=1 datetime=a"},
 
-    {"names in any letter case", "dAtE: d\r\nEVENT: e\r\n\r\n", "event use=1 content=e | date use=1 datetime=d"},
     {"blanks behind the colon are skipped, at the end kept", "Date:\t\x01 d \t\r\n\r\n", "date use=1 datetime=d \\x09"},
-    {"no blank before the colon", "Date : d\r\nEvent\t: e\r\n\r\n", ""},
     {"a compact name alone", "m\r\nk\r\n" + letters(40) + "\r\n\r\n", ""},
-    {"a shorter name is another", "Dat: d\r\nE: e\r\n: x\r\n\r\n", ""},
     {"the first of two counts, empty or not", "Date:\r\nEvent: 1\r\nDate: d\r\nEvent: 2\r\n\r\n",
      "event use=1 content=1 | date use=1 datetime="},
 };
@@ -72,7 +67,6 @@ const Case refused_lines[] = {
     {"a request URI in an unclosed bracket", "OPTIONS <sip:h SIP/2.0 ", "result=-1",
      "0 bogus uri in <> <sip:h SIP/2.0 | 1 No closing bracket found in '<sip:h SIP/2.0'"},
     {"a response without a status", "SIP/2.0", "result=-1"},
-    {"a status of two characters", "SIP/2.0 20 ", "result=-1"},
 };
 INSTANTIATE_TEST_SUITE_P(StartLineRefused, Decoding, in_frame(refused_line, refused_lines), Title());
 

@@ -29,7 +29,6 @@ const Case targets[] = {
      "refer_to use=1 refertoip=h refertotel=1" + by},
     {"no user", "Refer-To: <sip:10.0.0.1>", "refer_to use=1 refermode=0" + by},
     {"escaped at", "Refer-To: <sip:b%40c@h>", blind + "refertoip=c@h refertotel=b" + by},
-    {"no brackets", "Refer-To: sip:a;b@h;c:1", blind + "refertoip=h refertotel=a;b" + by},
     {"long address", "Refer-To: <sip:" + letters(32) + "@" + letters(24) + ">",
      blind + "refertoip=" + letters(23) + " refertotel=" + letters(31) + by},
     {"long call", "Refer-To: <sip:?Replaces=" + letters(140) + ";to-tag=b>",
