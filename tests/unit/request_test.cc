@@ -34,8 +34,8 @@ TEST(RequestLines, follow_the_comparison_of_the_host) {
 
 // Small numbers take another path than large ones.
 TEST(RequestLines, hold_numbers_of_every_length) {
-    for (const std::string number : {"1", "9", "10", "99", "101", "999", "1009", "9999", "10203", "99999", "100000",
-                                     "2147483647", "-1", "-99999", "-2147483648"}) {
+    for (const std::string number : {"1", "9", "10", "99", "101", "999", "1000", "1009", "9999", "10203", "99999",
+                                     "100000", "2147483647", "-1", "-99999", "-2147483648"}) {
         const SIP_CODE_MSG record = record_of("method=INVITE | cseq.seq=" + number + " | cseq.method=INVITE");
         EXPECT_NE(encode_request(record).text.find("\r\nCSeq: " + number + " INVITE\r\n"), std::string::npos) << number;
     }
