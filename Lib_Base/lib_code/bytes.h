@@ -1,5 +1,5 @@
-// Bytes eight, sixteen and sixty-four at a time: what makes the scanning idioms of text.h cheap. With SSE2 where the build has
-// it, in plain code elsewhere.
+// Searches over eight, sixteen and sixty-four bytes at a time, for the scanning idioms of text.h. They use SSE2 if the
+// build has it and portable code otherwise.
 #pragma once
 
 #include <bit>
@@ -14,7 +14,7 @@
 
 namespace sipcode {
 
-// Whether a number loaded from memory is little-endian.
+// Whether numbers in memory are little-endian. The portable build does not rely on it.
 #if defined(SIPCODE_PORTABLE)
 inline constexpr bool is_little_endian = false;
 #else
@@ -23,7 +23,7 @@ inline constexpr bool is_little_endian = std::endian::native == std::endian::lit
 
 inline constexpr std::size_t block_size = 64;
 
-// Bit i is set when byte i of the sixteen (eight) at `at` is the wanted one.
+// Return a mask: bit i is set if byte i of the sixteen (eight) at `at` is the wanted one.
 #if defined(SIPCODE_SSE2)
 inline unsigned matches16(const char *at, char wanted) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
@@ -33,13 +33,14 @@ inline unsigned matches8(const char *at, char wanted) {
     const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(at));
     return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(wanted)))) & 0xFF;
 }
-// Of the sixteen: bytes from 0 to `largest`.
+// Bit i is set if byte i of the sixteen is `largest` or less.
 inline unsigned matches_up_to16(const char *at, char largest) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
     const __m128i above = _mm_subs_epu8(bytes, _mm_set1_epi8(largest));
     return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(above, _mm_setzero_si128())));
 }
-// Of the sixteen: bytes that are the wanted ones, which are in lower case and aligned, ignoring the case of letters. See nocase in text.h.
+// Bit i is set if byte i of the sixteen equals byte i of `wanted`, ignoring the case of letters. `wanted` is in lower
+// case and aligned to 16 bytes. nocase in text.h names the characters for which this holds.
 inline unsigned matches16_nocase(const char *at, const char *wanted) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
     const __m128i lower_case = _mm_load_si128(reinterpret_cast<const __m128i *>(wanted));
@@ -82,10 +83,10 @@ inline std::uint64_t matches_up_to(const char *at, char largest) {
     return matches_of_block(at, [largest](const char *sixteen) { return matches_up_to16(sixteen, largest); });
 }
 
-// The same for what is left of a text, less than a block, and a byte that is not NUL.
+// The same for the rest of a text that is shorter than a block. The wanted byte must not be NUL.
 std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted);
 
-// Calls visit with the place of every wanted byte, in order. Whole blocks are read while there are as many readable bytes.
+// Calls visit with the place of every wanted byte, in order. Reads whole blocks as long as they are readable.
 template <class Visit>
 void for_each_byte(const char *begin, std::size_t size, std::size_t readable, char wanted, Visit visit) {
     for (std::size_t at = 0; at < size; at += block_size) {
@@ -99,13 +100,13 @@ void for_each_byte(const char *begin, std::size_t size, std::size_t readable, ch
     }
 }
 
-// Place of the first byte from 0 to 32, size when there is none.
+// Place of the first byte from 0 to 32, size if there is none.
 std::size_t find_blank(const char *begin, std::size_t size);
 
-// Place of the first wanted byte, size when there is none. Nothing behind size is read.
+// Place of the first wanted byte, size if there is none. Reads nothing past size.
 std::size_t find_byte(const char *begin, std::size_t size, char wanted);
 
-// One to eight bytes as a number, the first one lowest; those that are missing are 0.
+// Up to eight bytes as a little-endian number. Missing bytes are 0.
 constexpr std::uint64_t word_of(const char *bytes, std::size_t count) {
     std::uint64_t word = 0;
     for (std::size_t i = 0; i < count; ++i)
@@ -120,7 +121,7 @@ inline std::uint64_t load(const char *bytes) {
     return value;
 }
 
-// The same; of more bytes, the first eight.
+// The same, over at most the first eight bytes.
 inline std::uint64_t load_word(const char *bytes, std::size_t count) {
     if constexpr (!is_little_endian)
         return word_of(bytes, count < 8 ? count : 8);
@@ -133,7 +134,7 @@ inline std::uint64_t load_word(const char *bytes, std::size_t count) {
     return word_of(bytes, count);
 }
 
-// Copies a short text in a few moves: a call of memcpy costs more than most values are long.
+// Copies a short text in a few moves. For most values a call of memcpy costs more than the copy.
 inline void copy_bytes(char *to, const char *from, std::size_t count) {
     const auto copy_ends = [=]<class Chunk>(Chunk first) {
         Chunk last;

@@ -1,5 +1,5 @@
-// One log line per problem, through the host's Log_Trace_Proc with the constants that every line carries. A macro, so that
-// the compiler checks each format against its arguments and the line number is the caller's.
+// One log line per problem, through the host's Log_Trace_Proc with the arguments that every line shares. It is a macro,
+// so that the compiler checks each format and the line number is the caller's.
 #pragma once
 
 #include "host.h"

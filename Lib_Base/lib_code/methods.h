@@ -1,15 +1,19 @@
-// Texts into identifiers of sip_code_method and back, over slices; decode.h tells what the exported forms return.
+// What decoders and encoders share of the protocol: text to identifier of sip_code_method and back, and the default
+// port. decode.h describes the results.
 #pragma once
 
 #include "text.h"
 
 namespace sipcode {
 
+inline constexpr int default_port = 5060;
+inline constexpr std::size_t status_code_length = 3; // characters of "180"
+
 int SIP_Decode_Parse_Method(text msg);
 int SIP_Decode_Parse_Method_Response(text msg);
 int SIP_Decode_Parse_Other_Response(text msg);
 
-// Text on the wire of an identifier; that of row 0 for one outside the table.
+// Text of an identifier on the wire; that of row 0 if the table does not hold the identifier.
 text method_text(int id);
 
 } // namespace sipcode

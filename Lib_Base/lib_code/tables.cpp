@@ -90,7 +90,7 @@ consteval bool rows_can_be_compared() {
 }
 static_assert(rows_can_be_compared());
 
-// Without relocations, unlike the texts themselves.
+// The texts are pointers, which need relocation. Their lengths do not.
 constexpr auto row_lengths = [] {
     std::array<std::uint8_t, SIP_CODE_METHOD_COUNT> lengths{};
     for (std::size_t row = 0; row < lengths.size(); ++row)
@@ -103,10 +103,8 @@ text row_text(int id) {
     return {decode_methods[row].text, row_lengths[row]};
 }
 
-constexpr std::size_t code_length = 3;
-
-// The first characters of a text, in lower case: no two rows agree in them. The comparison that follows tells apart what becomes
-// alike.
+// The first three characters in lower case, which differ in every row. Setting the case bits may make other texts
+// alike; the comparison that follows tells them apart.
 constexpr std::uint32_t beginning_key(std::uint64_t first_three) {
     constexpr std::uint32_t case_bits = 0x202020;
     return static_cast<std::uint32_t>(first_three) | case_bits;
@@ -115,18 +113,18 @@ constexpr std::uint32_t beginning_key(std::uint64_t first_three) {
 constexpr key_slots row_slots([] {
     std::array<std::uint32_t, SIP_CODE_METHOD_COUNT> keys{};
     for (std::size_t row = 0; row < keys.size(); ++row)
-        keys[row] = beginning_key(word_of(decode_methods[row].text, code_length));
+        keys[row] = beginning_key(word_of(decode_methods[row].text, status_code_length));
     return keys;
 }());
 
-// The row that matches, which is not row 0.
+// The row that matches; row 0 if none does, -1 for an empty text.
 template <class Match>
 int find_row(text msg, Match match) {
     if (msg.empty())
         return -1;
-    if (msg.size() < code_length)
+    if (msg.size() < status_code_length)
         return SIP_REQUEST_MSG_UNKNOWN;
-    const int id = row_slots.candidate(beginning_key(load_word(msg.data(), code_length)));
+    const int id = row_slots.candidate(beginning_key(load_word(msg.data(), status_code_length)));
     return match(id, msg) ? id : SIP_REQUEST_MSG_UNKNOWN;
 }
 
@@ -138,7 +136,7 @@ bool SIP_Decode_Parse_Method_Match(int id, text name) {
 
 // The status code alone counts, not the reason phrase.
 bool SIP_Decode_Parse_Method_Match_Response(int id, text name) {
-    return starts_nocase(name, at_most(row_text(id), code_length));
+    return starts_nocase(name, at_most(row_text(id), status_code_length));
 }
 
 text or_empty(const char *msg) { return msg == nullptr ? text() : text(msg); }
@@ -153,7 +151,7 @@ int SIP_Decode_Parse_Other_Response(text msg) {
     if (msg.empty())
         return SIP_REQUEST_MSG_UNKNOWN;
     char code[8];
-    store(code, at_most(msg, 3));
+    store(code, at_most(msg, status_code_length));
     const int status = Str_Atoi(code);
     return status >= 400 && status <= 699 ? SIP_RESPONSE_MSG_480_TEMPORARILY_UNAVAILABLE : SIP_REQUEST_MSG_UNKNOWN;
 }

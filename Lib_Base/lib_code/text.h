@@ -1,7 +1,7 @@
 // Text idioms of the library: slices of received text, the one bounded store, the one number reader.
 //
-// A slice is a std::string_view into text that the caller owns. Only the parts of std::string_view that neither throw nor
-// need a C++ runtime are used; what could throw (substr) has its own name here.
+// A slice is a std::string_view into text that the caller owns. Its members that may throw need a C++ runtime, so they
+// are not used: at_most and drop replace substr.
 #pragma once
 
 #include <algorithm>
@@ -19,7 +19,7 @@ constexpr bool is_blank(char c) { return static_cast<unsigned char>(c - 1) < 32;
 constexpr bool is_digit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
 constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
-// What the C library's number readers skip; fewer bytes than a blank.
+// What the C library's number readers skip. Fewer characters than is_blank.
 constexpr bool is_white_space(char c) { return c == ' ' || static_cast<unsigned char>(c - '\t') < 5; }
 
 constexpr text at_most(text t, std::size_t n) { return {t.data(), t.size() < n ? t.size() : n}; }
@@ -29,8 +29,8 @@ constexpr text drop(text t, std::size_t n) {
     return {t.data() + dropped, t.size() - dropped};
 }
 
-// A view that is readable 15 bytes past its end, as each of its parts is. A search in it takes ten instructions; in any other
-// short text it takes thirty.
+// A view readable 15 bytes past its end; so is each of its parts. A search takes ten instructions in it and thirty in
+// any other short text.
 struct padded_text : text {
     padded_text() = default;
     explicit constexpr padded_text(text t) : text(t) {}
@@ -54,7 +54,7 @@ constexpr text Parse_Trim_Blanks(text t) {
     return t;
 }
 
-// Place of the first wanted byte of a text, its size or more when there is none.
+// Place of the first wanted byte; the size of the text or more if there is none.
 inline std::size_t find(text t, char wanted) { return find_byte(t.data(), t.size(), wanted); }
 [[gnu::always_inline]] inline std::size_t find(padded_text t, char wanted) {
     for (std::size_t at = 0; at < t.size(); at += 16)
@@ -63,7 +63,7 @@ inline std::size_t find(text t, char wanted) { return find_byte(t.data(), t.size
     return t.size();
 }
 
-// A text cut at the first occurrence of a mark: without one, before is the whole text.
+// A text cut at the first occurrence of a mark. Without the mark, before is the whole text.
 template <class Text>
 struct basic_parts {
     Text before;
@@ -73,7 +73,7 @@ struct basic_parts {
 using parts = basic_parts<text>;
 using padded_parts = basic_parts<padded_text>;
 
-// In line, for its mark is a constant.
+// Inlined because the mark is a constant.
 template <class Text>
 [[gnu::always_inline]] inline basic_parts<Text> cut_at(Text t, char mark) {
     const std::size_t at = find(t, mark);
@@ -101,7 +101,7 @@ bool contains(Text t, char mark) {
     return find(t, mark) < t.size();
 }
 
-// A text member, read to its end when a host left it unterminated.
+// The text of a member. It ends where the member ends if a host left it unterminated.
 template <std::size_t N>
 text member_text(const char (&member)[N]) {
     if constexpr (N <= 32 && N % 8 == 0) { // a call of strnlen costs twice as much
@@ -116,8 +116,8 @@ text member_text(const char (&member)[N]) {
     return {member, strnlen(member, N)};
 }
 
-// Constants are compared ignoring the case of letters by one trick: a character from '@' on is a letter, and its two cases
-// differ in the bit below that which tells so.
+// Comparison with a constant ignores case by one rule: every character of the constant from '@' on is a letter. Bit
+// 0x40 then marks a letter, and bit 0x20 is all that its two cases differ in.
 consteval bool has_letters_alone_from_at(text constant) {
     return std::all_of(constant.begin(), constant.end(),
                        [](char c) { return c < '@' || (lower(c) >= 'a' && lower(c) <= 'z'); });
@@ -125,7 +125,8 @@ consteval bool has_letters_alone_from_at(text constant) {
 
 void not_such_a_constant(); // never defined: a call of it does not compile
 
-// A constant for texts that are padded. It has no pointer, so a table of them needs no relocation.
+// A constant that padded text is compared with, ignoring case. It holds no pointer, so a table of them needs no
+// relocation.
 class nocase {
   public:
     static constexpr std::size_t longest = 32;
@@ -142,7 +143,7 @@ class nocase {
     constexpr std::size_t size() const { return length; }
     constexpr text in_lower_case() const { return {lower_case, length}; }
 
-    // Whether the text that begins at `begin`, readable for size() and 15 bytes more, begins with this one.
+    // Whether the text at `begin` starts with this one. It must be readable for size() + 15 bytes.
     bool begins(const char *begin) const {
         constexpr unsigned block = 0xFFFF;
         if ((counted & block & ~matches16_nocase(begin, lower_case)) != 0)
@@ -163,7 +164,7 @@ inline bool starts_nocase(padded_text t, const nocase &name) {
     return t.size() >= name.size() && name.begins(t.data());
 }
 
-// The same for any text and a constant as above, in words.
+// The same for any text, eight bytes at a time. The constant must keep the rule above.
 inline bool starts_nocase(text t, text constant) {
     if (t.size() < constant.size())
         return false;
@@ -178,7 +179,7 @@ inline bool starts_nocase(text t, text constant) {
 }
 inline bool equals_nocase(text t, text constant) { return t.size() == constant.size() && starts_nocase(t, constant); }
 
-// Whether a text starts with a constant one, which is compared by whole words.
+// Whether a text starts with a constant. The compiler compares whole words.
 template <std::size_t N>
 bool starts_with(text t, const char (&beginning)[N]) {
     return t.size() >= N - 1 && std::memcmp(t.data(), beginning, N - 1) == 0;
@@ -192,7 +193,7 @@ void store(char (&member)[N], text value) {
     copy_bytes(member, kept.data(), kept.size());
 }
 
-// A copy of a text: terminated, as a log line or a host service needs it, and padded. By default as long as a message can be.
+// A terminated and padded copy of a text, for log lines and host services. By default it has room for a whole message.
 template <std::size_t Longest = 4095>
 class terminated {
   public:
@@ -216,10 +217,10 @@ class terminated {
 
 struct number {
     int value;
-    std::size_t length; // characters read, leading white space included; 0 when there is no number
+    std::size_t length; // characters read, leading white space included; 0 if there is no number
 };
 
-// The number of these digits, or the largest when that is less.
+// The number that the digits write, at most `largest`.
 constexpr std::uint64_t saturated(const char *digits, const char *end, std::uint64_t largest) {
     constexpr std::ptrdiff_t longest = 19; // digits of the largest
     while (digits != end && *digits == '0')
@@ -234,8 +235,8 @@ constexpr std::uint64_t saturated(const char *digits, const char *end, std::uint
     return magnitude;
 }
 
-// Reads a number as "%d" does: white space, one sign, decimal digits. A number too large for 64 bits saturates there, and
-// the low 32 bits are kept, as the C library does on LP64. Reads up to where is_end holds.
+// Reads a number as "%d" does: white space, one sign, decimal digits. A number too large for 64 bits saturates.
+// The low 32 bits are kept, as the C library does on LP64. Stops where is_end holds.
 template <class IsEnd>
 constexpr number read_number_until(const char *const begin, IsEnd is_end) {
     const char *at = begin;
@@ -265,15 +266,16 @@ constexpr number read_number(text t) {
     return read_number_until(t.data(), [end](const char *at) { return at == end; });
 }
 
-// Of a text that is terminated, or ends in any other byte that belongs to no number: its end need not be looked for.
+// The same for a text that ends in a terminator or in another byte that belongs to no number. Its length need not be
+// known.
 constexpr number read_terminated_number(const char *begin) {
     return read_number_until(begin, [](const char *) { return false; });
 }
 
-// Reads a number as atoi does: 0 when there is none.
+// Reads a number as atoi does: 0 if there is none.
 constexpr int to_int(text t) { return read_number(t).value; }
 
-// Reads a terminated text item by item as a scanf format does: each step moves on only when it matches.
+// Reads a terminated text item by item as a scanf format does. Each step moves on only if it matches.
 class scanner {
   public:
     explicit constexpr scanner(text input) : at(input.data()), end(input.data() + input.size()) {}
@@ -307,7 +309,7 @@ class scanner {
         return take(found.length != 0, found.length);
     }
 
-    // "%s": the text up to the next white space; empty, which is no match, only at the end.
+    // "%s": the text up to the next white space. It is empty, and no match, only at the end.
     constexpr text word() {
         white_space();
         const char *const begin = at;

@@ -1,20 +1,20 @@
-// SIP URIs and the name-address headers From, To, Contact and P-Called-Party-ID (RFC 3261 sections 19.1 and 20, RFC 3966).
+// SIP URIs, and From, To, Contact and P-Called-Party-ID (RFC 3261 sections 19.1 and 20; RFC 3966).
 //
 //   name-addr = [display-name] "<" URI ">" / URI, then *(";" parameter)
 //   good:       From: "Desk" <sip:1001@10.0.0.1:5070>;tag=abc    user 1001, addr 10.0.0.1 5070, tag abc
 //   bad:        To: <sips:2002@10.0.0.1>                         logged; user 10.0.0.1, flag 2, addr untouched
 //
-// Differs from the RFC on purpose: the first "tag=" anywhere in the value counts, even inside the brackets, and only From
-// looks behind parameters of the user part.
+// Differs from the RFC on purpose: the first "tag=" anywhere in the value counts, even inside the brackets. Only From
+// removes parameters of the user part.
 #include "decoders.h"
 #include "log.h"
+#include "methods.h"
 
 namespace sipcode {
 namespace {
 
 constexpr std::size_t longest_value = 255;
-constexpr int default_port = 5060;
-constexpr std::size_t scheme_length = 4; // of "sip:"; any other scheme is read as if it had as many characters
+constexpr std::size_t scheme_length = 4; // of "sip:"; every other scheme is taken to be as long
 constexpr char tag_name[] = "tag=";
 
 // Value of a hexadecimal digit, -1 for any other character.
@@ -28,7 +28,7 @@ struct hex_number {
     char value;
 };
 
-// Reads the number that begins s as "%2x" does: white space, then at most two characters, the first of which may be a sign.
+// Reads a number at the start of s as "%2x" does: white space, then at most two characters. The first may be a sign.
 hex_number read_two_hex(const char *s) {
     while (is_white_space(*s))
         ++s;
@@ -65,7 +65,8 @@ void store_user(const bounded_store &store, char (&user)[32], padded_text value)
         decode_escapes(user);
 }
 
-// Parameters of the user part ("123;cpc=ordinary@10.0.0.1") are taken out, into scratch when there are any.
+// The URI without parameters of the user part ("123;cpc=ordinary@10.0.0.1"). If it has any, the rest is joined in
+// scratch.
 padded_text without_user_parameters(padded_text uri, char (&scratch)[longest_value + 16]) {
     const std::size_t name_length = find(uri, ';');
     const std::size_t user_length = name_length >= uri.size() ? 0 : find(uri, '@');
@@ -85,7 +86,7 @@ void read_tag(const message &msg, padded_text value, char (&tag)[128]) {
         msg.store.put(tag, cut_at(found.after, ';').before);
 }
 
-// Reads a URI of which the text behind the scheme, up to the first ";", is already cut out.
+// Reads a URI. rest is its text behind the scheme, up to the first ";".
 SIP_URI_KIND read_uri(const bounded_store &store, padded_text uri, padded_text rest, char (&user)[32],
                       IPV4_ADDRESS &addr) {
     const auto user_host = cut_at(rest, '@');

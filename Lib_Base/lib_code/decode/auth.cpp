@@ -6,8 +6,8 @@
 //       authen: use 1, authen_type 102, ..., qop "auth,auth-int"
 //   bad: Authorization: Digest            use and author_type are set, the texts are empty
 //
-// Differs from the RFC on purpose: parameter names count wherever they stand, and a value without quotes runs to the end of
-// the header.
+// Differs from the RFC on purpose: a parameter name counts wherever it stands. A value without quotes runs to the end
+// of the header.
 #include <algorithm>
 
 #include "decoders.h"
@@ -36,7 +36,7 @@ class quoted_value {
         width = before_comma.before.size() + (before_comma.found ? 0 : cut_at(between, ',').before.size());
     }
 
-    // The text on both sides of the first quote, nearly always the one behind it; joined in scratch when both are there.
+    // The text on both sides of the first quote, joined in scratch if both are there. Nearly always only the second is.
     text value(char (&scratch)[longest_credentials + 1]) const {
         if (before.empty() || between.empty())
             return before.empty() ? between : before;
@@ -46,7 +46,8 @@ class quoted_value {
         return {scratch, joined.length()};
     }
 
-    // How far the scan skips: the value's length, or the place of its first comma, or 0 when it was not quoted.
+    // How far the scan skips: to the first comma of the value, or over the whole value without one. 0 if it was not
+    // quoted.
     std::size_t skip() const { return width; }
 
   private:
@@ -55,8 +56,8 @@ class quoted_value {
     std::size_t width = 0;
 };
 
-// Stores the first item of a comma list, of which 31 characters are searched. When those are commas alone, the list is stored
-// as it is.
+// Stores the first item of a comma list. Only its first 31 characters are searched; if they are all commas, the list is
+// stored as it is.
 void store_algorithm(const bounded_store &store, char (&algorithm)[16], text list) {
     constexpr std::size_t longest_list = 31;
     text items = at_most(list, longest_list);
@@ -69,7 +70,7 @@ void store_algorithm(const bounded_store &store, char (&algorithm)[16], text lis
     store.put(algorithm, whole, std::min(seen, sizeof algorithm - 1));
 }
 
-// 0 when the text begins with the name.
+// 0 if the text begins with the name.
 int Strncmp_Nocase(padded_text str1, const nocase &str2) { return starts_nocase(str1, str2) ? 0 : 1; }
 
 // Whether the name that ends before `end` is `name`, which includes its "=".
@@ -81,7 +82,8 @@ bool name_ends_at(padded_text header, std::size_t end, std::size_t scan_from, co
     return name.in_lower_case() != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
 }
 
-// Stores stale and returns how many characters its value takes; a quoted one, like any other text, sets nothing.
+// Stores stale and returns the length of its value. Anything else, a quoted value included,
+// sets nothing and returns 0.
 std::size_t read_stale(padded_text value, int &stale) {
     constexpr nocase no = "FALSE";
     constexpr nocase yes = "TRUE";
@@ -122,8 +124,8 @@ constexpr text_parameter<NEXT_NONCE> info_parameters[] = {
     {"nextnonce=", [](const bounded_store &store, NEXT_NONCE &next, text value) { store.put(next.nonce, value); }},
 };
 
-// Finds the parameters of a header value from `from` on. A name holds no "=" but its last character, so only the texts that
-// end in one are compared. Without a place for it, stale is a name like any other.
+// Finds the parameters of a header value from `from` on. The only "=" of a name is its last character, so only texts
+// that end in one are compared. If stale is null, it is no known name.
 template <class Record, std::size_t N>
 void scan_parameters(const bounded_store &store, padded_text value, std::size_t from,
                      const text_parameter<Record> (&names)[N], Record &record,
@@ -153,7 +155,7 @@ void scan_parameters(const bounded_store &store, padded_text value, std::size_t 
     }
 }
 
-// Credentials and challenges begin with a scheme name and a space; without the space there is nothing to read.
+// Credentials and challenges begin with a scheme name and a space. Without the space nothing is read.
 template <class Record, std::size_t N>
 void scan_behind_scheme(const bounded_store &store, padded_text value, const text_parameter<Record> (&names)[N],
                         Record &record) {

@@ -1,4 +1,4 @@
-// Bodies that are no session description: DTMF of an INFO, message-waiting summary (RFC 3842), and the text of a MESSAGE,
+// Bodies other than a session description: DTMF of an INFO, message-waiting summary (RFC 3842), text of a MESSAGE,
 // SUBSCRIBE or NOTIFY.
 //
 //   application/dtmf-relay   Signal=5 on a line of its own            info.key 5
@@ -13,7 +13,14 @@
 namespace sipcode {
 namespace {
 
-// The first filled value of a body line made of the name, "=" and the value; empty when there is none.
+// The value of a body line made of the name, "=" and the value, behind leading blanks; empty for any other line.
+text Parse_Get_Body_By_Line(text line, text name) {
+    if (!starts_nocase(line, name) || line.size() == name.size() || line[name.size()] != '=')
+        return {};
+    return skip_blanks(drop(line, name.size() + 1));
+}
+
+// The first filled value of a body line made of the name, "=" and the value; empty if there is none.
 text Parse_Get_Body(const message &msg, text name) {
     for (int i = 0; i < msg.body_lines(); ++i)
         if (const text value = Parse_Get_Body_By_Line(msg.body_line(i), name); !value.empty())
@@ -48,12 +55,6 @@ void read_message_counts(text value, MESSAGE_SUMMARY &summary) {
 
 } // namespace
 
-text Parse_Get_Body_By_Line(text line, text name) {
-    if (!starts_nocase(line, name) || line.size() == name.size() || line[name.size()] != '=')
-        return {};
-    return skip_blanks(drop(line, name.size() + 1));
-}
-
 void Parse_Info(SIP_INFO *info, message &msg) {
     const text type = msg.value(header::content_type, header::compact_content_type);
     if (equals_nocase(type, "application/dtmf-relay")) {
@@ -79,7 +80,8 @@ void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg) {
     msg.store.put_verbatim(SDP->content, msg.body());
 }
 
-// Message-Account and the counts are cut from copies by the host, so a long value of theirs has no place in the message.
+// The host cuts Message-Account and the counts from copies. A report can give no place for a value of theirs that is
+// too long.
 void Parse_Message_Summary(const bounded_store &store, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary) {
     if (pchMesseagSummary == nullptr || *pchMesseagSummary == '\0')
         return;

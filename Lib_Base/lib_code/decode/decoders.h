@@ -1,5 +1,6 @@
-// The decoders, by file. Each reads one header family of a split message and fills one member of the record; the head of its
-// file says what it does with bad input. A missing header leaves the member as it was. The driver shows the order of the calls.
+// The decoders, by file. Each reads one header family of a split message and fills one member of the record. The head
+// of its file describes what it does with bad input. A missing header leaves the member as it was. The driver shows the
+// order of the calls.
 //
 // Names and argument order are part of the interface. The exported ones take a SIP_MSG; see decode.h.
 #pragma once
@@ -10,13 +11,14 @@ namespace sipcode {
 
 // ---- driver.cpp
 
-// Decodes the text in split.data, terminated and length bytes long; the report may be null. 1, or -1 for a refused message.
+// Decodes the text in split.data, terminated and length bytes long. The report may be null. Returns 1, or -1 if the
+// message is refused.
 int decode(SIP_MSG &split, std::size_t length, SIP_CODE_MSG &record, SIP_DECODE_REPORT *report);
 
 // ---- scan.cpp
 
-// The text inside the first angle brackets outside a quoted string. The whole value if there are none, or if a bracket or a
-// quote is not closed, which is logged. Parse_Get_In_Brackets is the same operation.
+// The text inside the first angle brackets outside a quoted string. The whole value if there are none, or if a bracket
+// or a quote is not closed, which is logged. Parse_Get_In_Brackets is the same operation.
 padded_text Parse_Brackets(padded_text value);
 
 // ---- scalar.cpp
@@ -46,7 +48,7 @@ void Parse_Content_Type(SIP_CONTENT_TYPE *content_type, const message &msg);
 
 // ---- address.cpp
 
-// Reads a URI into user, ip and port; a null slice writes nothing.
+// Reads a URI into user, ip and port. A null slice writes nothing.
 SIP_URI_KIND Parse_Uri(const bounded_store &store, padded_text uri, char (&user)[32], IPV4_ADDRESS &addr);
 void Parse_PCalledPartyID(SIP_FROMTO *callparty, const message &msg);
 void Parse_From(SIP_FROMTO *from, const message &msg);
@@ -84,8 +86,6 @@ void Parse_Sdp(SIP_SDP *SDP, message &msg);
 
 // ---- body.cpp
 
-// The value of one body line made of the name, "=" and the value, behind leading blanks; empty when the line is another.
-text Parse_Get_Body_By_Line(text line, text name);
 void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg);
 void Parse_Message_Summary(const bounded_store &store, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary);
 void Parse_Info(SIP_INFO *info, message &msg); // trims the body of an application/dtmf message

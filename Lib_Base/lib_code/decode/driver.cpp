@@ -1,4 +1,4 @@
-// Sip_Decode: the order of work. What each step reads stands in the file of its decoder.
+// Sip_Decode: the order of work. The file of each decoder describes what it reads.
 #include <initializer_list>
 
 #include "decoders.h"
@@ -12,8 +12,8 @@ namespace {
 constexpr int decoded = 1;
 constexpr int refused = -1;
 
-// Kind of a response. A status that the table does not hold is taken as 480, or as unknown outside 400 to 699; the line is
-// logged either way.
+// Kind of a response. A status missing from the table becomes 480 if it is from 400 to 699 and unknown otherwise. Both
+// are logged.
 int response_kind(const char *status) {
     const int kind = SIP_Decode_Parse_Method_Response(text(status));
     if (kind != SIP_REQUEST_MSG_UNKNOWN)
@@ -37,7 +37,7 @@ int refuse_cseq(const message &msg) {
     return msg.store.refuse(value != nullptr ? SIP_DECODE_BAD_CSEQ : SIP_DECODE_NO_CSEQ, "CSeq", value);
 }
 
-// Three or more Vias are counted and not read. False when there is none.
+// Three or more Vias are counted but not read. Returns false if there is none.
 bool decode_vias(const message &msg, SIP_CODE_MSG &record) {
     record.via_count = SIP_Decode_Judge_Via_Count(msg);
     if (record.via_count == 1)
@@ -92,7 +92,7 @@ bool carries_challenge(int method, int cseq_method) {
            is_any_of(method, {SIP_RESPONSE_MSG_401_UNAUTHORIZED, SIP_RESPONSE_MSG_407_PROXY_AUTHENTICATION_REQUIRED});
 }
 
-// Bodies and credentials: which a message has is told by its method and that of its CSeq.
+// Bodies and credentials, which depend on the method and on that of CSeq.
 void decode_by_method(message &msg, SIP_CODE_MSG &record) {
     const int method = record.method;
     const int cseq_method = record.cseq.method;

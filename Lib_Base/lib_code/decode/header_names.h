@@ -115,8 +115,8 @@ static_assert([] {
 
 inline constexpr std::uint8_t no_header = 0xFF;
 
-// Of a name with its colon: its first two characters, its last and its length, in lower case. The comparison that follows tells
-// apart what becomes alike.
+// Key of a name: its length and, in lower case, its first two characters and its last. The colon stands for a missing
+// second character. Other names may have the same key; the comparison that follows tells them apart.
 constexpr std::uint32_t name_key(std::uint64_t first_two, char last, std::size_t length) {
     constexpr std::uint32_t case_bits = 0x202020;
     const auto last_byte = static_cast<std::uint32_t>(static_cast<unsigned char>(last));
@@ -134,8 +134,8 @@ inline constexpr key_slots header_slots([] {
     return keys;
 }());
 
-// The beginning of a terminated line, padded to the length by which names are compared. Bytes behind the terminator never become
-// a part of a name, which holds no NUL.
+// The beginning of a terminated line, padded to the length over which names are compared. A name holds no NUL, so bytes
+// behind the terminator never match one.
 class line_start {
   public:
     static constexpr std::size_t length = 32;
@@ -153,7 +153,7 @@ class line_start {
 
     bool begins(const nocase &name) const { return name.begins(bytes); }
 
-    // Characters before the first colon; 0 if there is none, or none near enough for a name.
+    // Characters before the first colon; 0 if no colon follows within the length of a name.
     std::size_t name_length() const {
         unsigned colons = matches16(bytes, ':');
         if (colons == 0)

@@ -1,9 +1,9 @@
-// History-Info (RFC 7044), the first such header alone.
+// History-Info (RFC 7044). Only the first such header is read.
 //
 //   History-Info: <sip:2002@10.0.0.1;cause=302>;index=1, <sip:1001@10.0.0.2:5070>;index=1.1
 //       history_info[0]: user 2002, addr 10.0.0.1 5060, cause 302; [1]: user 1001, addr 10.0.0.2 5070
 //
-// Four entries are kept. What stands outside the brackets, the index included, is not read.
+// Four entries are kept. Nothing outside the brackets is read, so the index is not either.
 #include <algorithm>
 
 #include "decoders.h"
@@ -19,7 +19,7 @@ void Parse_HistoryInfo_Cause(const message &msg, text entry, char (&cause)[16]) 
     const parts found = cut_at(entry, "cause=");
     if (!found.found)
         return;
-    store(cause, at_most(found.after, cause_length)); // a ";" that comes earlier included
+    store(cause, at_most(found.after, cause_length)); // even past a ";"
     if (const text whole = cut_at(found.after, ';').before; whole.size() > cause_length)
         msg.store.note_cut(cause, whole, cause_length);
 }

@@ -26,11 +26,11 @@ inline int take_first(line_set &lines) {
 // A message that SIP_Decode_Parse_Msg split, or one that the host did.
 class message {
   public:
-    // Over a message that is still to be split, into record; the report may be null.
+    // For decoding a message that is still to be split. The report may be null.
     message(SIP_MSG &storage, const SIP_CODE_MSG &record, SIP_DECODE_REPORT *decode_report)
         : store(storage, record, decode_report), split_message(storage) {}
 
-    // Over a message that the host split.
+    // For a message that the host split.
     explicit message(SIP_MSG &host_split);
 
     message(const message &) = delete;
@@ -42,34 +42,34 @@ class message {
     int body_lines() const { return body_line_count; }
     text body_line(int index) const { return {split_message.line[index], body_length[index]}; }
 
-    // Value of the first header line with this name, behind the colon and leading blanks; a null slice when there is none.
-    // Its data is terminated at its end.
+    // Value of the first header line with this name, behind the colon and leading blanks; a null slice if there is
+    // none. It is followed by a terminator.
     text value(header name) const {
         const auto number = static_cast<std::size_t>(name);
         return first_line[number] == 0 ? text() : text(first_value[number].begin, first_value[number].size);
     }
 
-    // A slice of a message that SIP_Decode_Parse_Msg split: other members of its SIP_MSG stand behind it. A message that the host
-    // split has no such padding; its values are copied first.
+    // A slice of a message that SIP_Decode_Parse_Msg split: other members of SIP_MSG pad it. The lines of a host-split
+    // message have no padding and are copied first.
     static padded_text padded(text slice) {
         static_assert(offsetof(SIP_MSG, content) + sizeof SIP_MSG::content == offsetof(SIP_MSG, data));
         static_assert(offsetof(SIP_MSG, data) + sizeof SIP_MSG::data + 15 <= sizeof(SIP_MSG));
         return padded_text(slice);
     }
 
-    // The same, by the full name or, when there is no such line, by the compact form.
+    // The same, by the compact form if no line has the full name.
     text value(header name, header compact) const {
         const text full = value(name);
         return full.data() != nullptr ? full : value(compact);
     }
 
-    // The same, with the compact form also standing in for an empty value.
+    // The same, by the compact form also if the value under the full name is empty.
     text filled_value(header name, header compact) const {
         const text full = value(name);
         return full.empty() ? value(compact) : full;
     }
 
-    // Lines that count by how they begin, whether or not a header name ends there.
+    // Lines that begin with these names. The name may go on, as in "Viable:".
     line_set via_lines() const { return vias; }
     line_set record_route_lines() const { return record_routes; }
 
@@ -107,7 +107,8 @@ class message {
     std::size_t content_length = 0;
 };
 
-// Splits the text in msg.split().data, terminated and length bytes long. 0 when it has an acceptable start line, else -1.
+// Splits the text in msg.split().data, terminated and length bytes long. Returns 0 if its start line is acceptable,
+// else -1.
 int SIP_Decode_Parse_Msg(message &msg, std::size_t length);
 
 } // namespace sipcode

@@ -1,7 +1,7 @@
 // Route set and option tags: Record-Route and Supported (RFC 3261 sections 20.30 and 20.37).
 //
 //   Record-Route: <sip:10.0.0.1;lr>        one line: kept verbatim, however many routes it lists
-//   Record-Route: <sip:10.0.0.2;lr>        two lines: joined by a comma, in the order that the host's next message needs
+//   Record-Route: <sip:10.0.0.2;lr>        two lines: joined by a comma, in the order of the host's next message
 //   Supported: timer,replaces              supported_type 2, 3
 //   bad:  Supported: timer, replaces       supported_type 2, 0: the blank is part of the second tag
 //
@@ -25,7 +25,7 @@ void Decode_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
     msg.store.put_verbatim(pcode_msg->record_route.content, value);
 }
 
-// The last of the lines, behind its colon and the one blank that is taken to stand there.
+// The last of the lines, behind its colon and exactly one blank.
 text second_route(const message &msg) {
     const int last = max_lines - 1 - std::countl_zero(msg.record_route_lines());
     return drop(cut_at(msg.store.within(msg.header_line(last), longest_line), ':').after, 1);
@@ -37,7 +37,7 @@ bool routes_are_reversed(int method, int cseq_method) {
            (method == SIP_RESPONSE_MSG_200_OK && cseq_method == SIP_REQUEST_MSG_INVITE);
 }
 
-// first may stand in the member itself.
+// first may be a view of the member itself.
 template <std::size_t N>
 void store_joined(const message &msg, char (&member)[N], text first, text second) {
     char scratch[N];
@@ -47,7 +47,7 @@ void store_joined(const message &msg, char (&member)[N], text first, text second
     joined.append(second);
     store(member, {scratch, joined.length()});
     if (const std::size_t length = first.size() + 1 + second.size(); length >= N)
-        msg.store.note_cut(member, {scratch, length}, N - 1); // put together from pieces, so it has no place
+        msg.store.note_cut(member, {scratch, length}, N - 1); // no place: it stands nowhere in the message
 }
 
 int CompareSupportedString(const char *pSupported) {

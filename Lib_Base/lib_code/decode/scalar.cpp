@@ -6,8 +6,8 @@
 //   RAck:      RAck: 776656 1 INVITE                 rack 776656, cseq 1, method 5
 //   bad:       CSeq: x                               logged, and the message is refused
 //
-// Verbatim texts go through the host's Str_N_Copy, which counts the terminator: most members keep one character fewer than
-// they could hold.
+// The host's Str_N_Copy copies verbatim texts. Its bound counts the terminator, so most members keep one character
+// fewer than they could hold.
 #include "decoders.h"
 #include "host.h"
 #include "log.h"
@@ -27,7 +27,7 @@ constexpr const char *absent = nullptr;
 constexpr int default_expiry = 3600;
 constexpr std::size_t longest_contact = 255;
 
-// Copies a value into a text member. False, and nothing is written, when there is none.
+// Copies a value into a text member. Returns false and writes nothing if there is none.
 template <int N>
 bool copy_if_any(const message &msg, char (&member)[N], text value, int bound = N - 1) {
     if (value.data() == nullptr)
@@ -36,7 +36,7 @@ bool copy_if_any(const message &msg, char (&member)[N], text value, int bound = 
     return true;
 }
 
-// The same for a member whose record has a presence flag, which then becomes 1.
+// The same for a member whose record has a presence flag. Sets the flag if there is a value.
 template <class Record, int N>
 bool copy_present(const message &msg, Record &record, char (&member)[N], text value, int bound = N - 1) {
     const bool present = copy_if_any(msg, member, value, bound);
@@ -45,7 +45,7 @@ bool copy_present(const message &msg, Record &record, char (&member)[N], text va
     return present;
 }
 
-// A number of seconds, of which at most 63 characters are looked at.
+// A number of seconds. At most 63 characters are looked at.
 int seconds(const message &msg, text value) {
     constexpr std::size_t longest = 63;
     return Str_Atoi(terminated<longest>(msg.store.within(value, longest)).c_str());
@@ -195,7 +195,7 @@ void Parse_Min_Expires(SIP_MIN_EXPIRES *pMinExpires, const message &msg) {
     pMinExpires->min_expires = seconds(msg, value);
 }
 
-// Call-Info alone does not go through the host, and so keeps all 127 characters.
+// Only Call-Info is not copied by the host, so it keeps all 127 characters.
 int Parse_Call_Info(const message &msg, SIP_CODE_MSG *pcode_msg) {
     const text value = msg.value(header::call_info);
     if (value.data() == nullptr)

@@ -1,4 +1,4 @@
-// Scanning primitives: lookup of header and body lines, brackets, and what of them is exported to the host.
+// Scanning primitives: brackets, header lookup and what else is exported to the host.
 //
 //   "Desk <1>" <sip:1001@10.0.0.1>;tag=a    in brackets: sip:1001@10.0.0.1
 #include "decoders.h"
@@ -8,7 +8,7 @@ namespace sipcode {
 
 namespace {
 
-// The text behind the double quote that closes the string which begins t; null when none does.
+// t is the text behind an opening quote. Returns the text behind the closing one, a null text if there is none.
 padded_text behind_quoted(padded_text t) {
     for (padded_parts cut = cut_at(t, '"'); cut.found; cut = cut_at(cut.after, '"'))
         if (cut.before.empty() || cut.before.back() != '\\')
@@ -42,7 +42,7 @@ padded_text Parse_Brackets(padded_text value) {
 
 namespace {
 
-// For names that a host asks for; those of the library are compared by the faster nocase.
+// For names that a host asks for. Names of the library are compared by nocase, which is faster.
 bool starts_with_name(text line, text name) {
     return line.size() > name.size() && line[name.size()] == ':' &&
            std::equal(name.begin(), name.end(), line.begin(), [](char a, char b) { return lower(a) == lower(b); });

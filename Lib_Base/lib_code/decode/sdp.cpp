@@ -1,13 +1,13 @@
 // Session description (RFC 4566) of a message with Content-Type application/sdp, into SIP_SDP.
 //
-//   c=IN IP4 10.0.0.5                         the first such line serves every stream; without one nothing is read
+//   c=IN IP4 10.0.0.5                         the first such line counts for every stream; without it nothing is read
 //   m=audio 4000 RTP/AVP 0 8 101              a_use, a_addr, a_coders
 //   m=video 4002 RTP/AVP 99                   v_use, v_addr, v_coders
 //   m=image 4004 udptl t38                    fax_use, fax
 //   bad:  m=audio 4000 RTP/AVP 0 x 8          logged, and nothing behind it is read
 //
-// Two views of the body are read: its lines, for c=, m=, rtpmap and T.38, and its raw text, for the direction, the packet
-// time and the sections kept verbatim. What the raw text is searched for counts wherever it stands.
+// The body is read in two ways. c=, m=, rtpmap and T.38 are read from its lines. The direction, the packet time and the
+// sections kept verbatim are read from its raw text, where a mark counts wherever it stands.
 #include <algorithm>
 #include <cstdio>
 
@@ -104,7 +104,8 @@ session_lines sort_lines(const message &msg) {
     return sorted;
 }
 
-// The next filled value of these lines, behind leading blanks, which leave the set up to it; empty at the end.
+// Takes lines out of the set up to the next one with a filled value. Returns the value behind leading blanks, empty at
+// the end.
 inline text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
     while (lines != 0) {
         const text line = msg.body_line(take_first(lines));
@@ -117,7 +118,7 @@ inline text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
     return {};
 }
 
-// Calls read with the value of every one of these lines, until it returns false. False when it did.
+// Calls read with the value of each of these lines until it returns false. Returns false if it did.
 template <class Read>
 bool for_each_line(line_set lines, const message &msg, Read read) {
     for (text value = Parse_Sdp_Iterate(lines, msg); !value.empty(); value = Parse_Sdp_Iterate(lines, msg))
@@ -145,14 +146,14 @@ struct media_line {
     text payloads = no_payloads;
 };
 
-// Of a character behind "RTP/AVP": whether it makes another profile of it, as in "RTP/AVPF". Those that RFC 4566 has in words do,
-// but for the digits, with which the list may begin.
+// Whether a character behind "RTP/AVP" makes it another profile, as in "RTP/AVPF". Letters do, and the
+// marks that RFC 4566 allows in a word. Digits do not, since the list may begin with one.
 constexpr bool goes_on_as_profile(char c) {
     const char letter = lower(c);
     return (letter >= 'a' && letter <= 'z') || text("/!#$%&'*+-.^_`{|}~").find(c) != text::npos;
 }
 
-// What follows the profile word, secure and feedback profiles included; a line without one has no list.
+// What follows the profile word, which may be a secure or a feedback profile. A line without the word has no list.
 text payload_list(scanner items) {
     items.white_space();
     if (const text rest = items.rest(); rest.empty() || is_digit(rest.front()))
@@ -182,13 +183,13 @@ media_line read_media_line(text value, const char (&media)[N], int &port_count) 
     return line;
 }
 
-// What lives across all media lines of one description.
+// State that lasts over all media lines of one description.
 class media_reader {
   public:
     media_reader(SIP_SDP &target, const message &source, line_set attribute_lines, text connection)
         : sdp(target), msg(source), attributes(attribute_lines), host(connection) {}
 
-    // False when the line ends the whole decoding.
+    // Returns false if the line ends the decoding of the whole description.
     bool read(text value) {
         if (const media_line audio = read_media_line(value, "audio", port_count); audio.matches) {
             if (!read_audio(audio))
@@ -199,7 +200,7 @@ class media_reader {
         } else if (!read_fax(value)) {
             SIPCODE_TRACE(0, "Unsupported SDP media type in offer: %s", value.data());
         }
-        // The count of an earlier line stands until another line gives one.
+        // The count of an earlier line holds until another line gives one.
         if (port_count > 1)
             SIPCODE_TRACE(0, "SDP offered %d ports for media, not supported by Korvadex softswitch. Will try anyway...",
                           port_count);
@@ -319,13 +320,13 @@ int direction_of(std::uint64_t beginning) {
     }
 }
 
-// The part of a body behind the first media line of a medium, up to the next media line.
+// The part of a body from behind the first media line of a medium up to the next media line.
 class media_section {
   public:
     explicit constexpr media_section(text wanted_medium)
         : medium(beginning_word(wanted_medium)), counted((std::uint64_t{1} << (8 * wanted_medium.size())) - 1) {}
 
-    // A media line, told by what stands behind its "m=".
+    // Sees a media line. behind is its text behind "m=".
     void see_media(text behind, std::uint64_t beginning) {
         if (found) {
             if (behind.data() - media_mark >= begin && end == nullptr)
@@ -339,7 +340,7 @@ class media_section {
 
     void see_direction(const char *place) { directed |= begin != nullptr && place >= begin && end == nullptr; }
 
-    // Null without a whole such media line.
+    // The section; null if its media line is missing or has no line end.
     text of(text body) const {
         const char *const last = end != nullptr ? end : body.data() + body.size();
         return begin == nullptr ? text() : text(begin, static_cast<std::size_t>(last - begin));
@@ -358,9 +359,9 @@ class media_section {
     const char *end = nullptr;
 };
 
-// What counts in a body wherever it stands.
+// What counts wherever it stands in a body.
 struct body_marks {
-    text packet_time;         // behind the first "a=ptime:", null when there is none
+    text packet_time;         // behind the first "a=ptime:", null if there is none
     int media = no_direction; // the first in the order of precedence
     bool silence = false;
     media_section audio{"audio"};
@@ -381,7 +382,7 @@ struct body_marks {
     }
 };
 
-// Every mark is told by its "=", the rarest byte of what a body is searched for, and the letter before it.
+// Every mark is found by its "=", the rarest of its bytes, and told by the letter before it.
 body_marks find_marks(text body, const message &msg) {
     body_marks marks;
     const auto readable = static_cast<std::size_t>(std::end(msg.split().content) - body.data());
@@ -402,7 +403,7 @@ body_marks find_marks(text body, const message &msg) {
 }
 
 void read_packet_time(const message &msg, text value, int &milliseconds) {
-    constexpr std::size_t longest = 2; // 100 is taken as 10
+    constexpr std::size_t longest = 2; // 100 reads as 10
     milliseconds = Str_Atoi(terminated<longest>(value).c_str());
     const auto digits =
         static_cast<std::size_t>(std::find_if_not(value.begin(), value.end(), is_digit) - value.begin());
@@ -448,7 +449,7 @@ void Parse_Sdp_Video_Content(SIP_SDP *SDP, const message &msg, const media_secti
     std::printf("sdp video content=\n%s\n", SDP->v_content);
 }
 
-// The audio section travels with a direction, its own or the one that holds for the whole body. A section that is cut keeps
+// The audio section is stored with a direction: its own, or the one of the whole body. A section that is cut leaves
 // room for it.
 void Parse_Sdp_Vbd_Content(SIP_SDP *SDP, const message &msg, const media_section &audio) {
     const text section = audio.of(msg.body());

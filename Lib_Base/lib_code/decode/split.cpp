@@ -21,13 +21,13 @@ struct received {
     char *end;
 };
 
-// Walks the bytes from 0 to CR, which hold every line end, the terminator and hardly anything else: one comparison finds them
-// all. Every byte of the block that holds the terminator must be readable.
+// Finds the bytes from 0 to CR by one comparison. They include every line end and the terminator, and others of them
+// are rare. The whole block that holds the terminator must be readable.
 class line_end_finder {
   public:
     explicit line_end_finder(char *begin) : block(begin), mask(matches_up_to(begin, '\r')) {}
 
-    // The next place. That of the terminator is never passed, so there is one.
+    // The next place. There always is one: the caller never passes the terminator.
     char *find() {
         while (mask == 0) {
             block += block_size;
@@ -36,7 +36,7 @@ class line_end_finder {
         return block + std::countr_zero(mask);
     }
 
-    // Passes over the place that was found. What is left of its block may hold none.
+    // Steps over the place that was found.
     void pass() { mask &= mask - 1; }
 
   private:
@@ -59,15 +59,15 @@ void log_overflow(section part) {
 //   LF      ends the line, unless a comma stands two bytes before it, where it would stand before CR LF
 //   CR      ends the text of the line but not the line; after a comma it ends nothing
 //
-// The header section ends after its first empty line. Returns the number of lines and moves begin to where the next section
-// starts.
+// The header section ends after its first empty line. Returns the number of lines and moves begin to where the next
+// section starts.
 template <section Part>
 int cut_lines(const received whole, line_end_finder &finder, char *&begin, char **const lines, unsigned *lengths) {
     static constexpr char line_end[2] = {'\r', '\n'};
     line_end_finder places = finder; // in registers while the section lasts
     char **entry = lines;
     char *line = begin;
-    char *cut = nullptr; // where a CR, no LF behind it, ended the text of this line
+    char *cut = nullptr; // the CR alone that ended the text of this line
     const auto keep_line = [&](const char *text_end) {
         if (cut != nullptr) [[unlikely]]
             text_end = std::exchange(cut, nullptr);
@@ -103,7 +103,7 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
             begin = line;
             return static_cast<int>(entry - lines);
         }
-        // Later lines take the last entry in turn; the last of them is lost when an empty line follows.
+        // Later lines replace each other in the last entry. If an empty line follows, the entry is lost.
         if (entry != lines + max_lines - 1) {
             ++entry;
             ++lengths;
@@ -118,14 +118,14 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
 
 // ------------------------------------------------------------------------------------------------ start line
 
-// The first byte that is no blank.
+// The first byte that is not a blank.
 char *behind_blanks(char *at, const char *end) {
     while (at != end && is_blank(*at))
         ++at;
     return at;
 }
 
-// Cuts the first token off, in place; the rest is what follows behind its blanks.
+// Cuts the first token off, in place. The rest is what follows the blanks behind it.
 char *take_token(char *&rest, char *end) {
     char *const token = rest;
     rest = end - Parse_Skip_Nonblanks({token, static_cast<std::size_t>(end - token)}).size();
@@ -135,7 +135,7 @@ char *take_token(char *&rest, char *end) {
     return token;
 }
 
-// Sets rlPart1 and rlPart2. 0, or -1 when the line is none of the two forms.
+// Sets rlPart1 and rlPart2. Returns 0, or -1 if the line has neither form.
 int Parse_StartLine_Parts(message &msg) {
     constexpr nocase protocol = "SIP/2.0";
     SIP_MSG &split = msg.split();
@@ -171,7 +171,7 @@ int Parse_StartLine_Parts(message &msg) {
 
 // ---------------------------------------------------------------------------------------------------- split message
 
-// The bytes that can be read at a line are for the caller to tell.
+// The caller knows how many bytes are readable from the start of a line.
 template <class ReadableBytes>
 void message::index_headers(ReadableBytes readable_bytes) {
     constexpr nocase via = "Via";
@@ -181,7 +181,7 @@ void message::index_headers(ReadableBytes readable_bytes) {
         const line_start start(line, readable_bytes(line));
         const std::size_t length = start.name_length();
         const std::uint8_t name = length == 0 ? no_header : start.header_of(length);
-        if (name == no_header) { // but lines count as Via or Record-Route by how they begin
+        if (name == no_header) { // may still count as Via or Record-Route, by how it begins
             vias |= line_set{start.begins(via)} << i;
             record_routes |= line_set{start.begins(record_route)} << i;
         } else if (first_line[name] != 0) {
@@ -209,14 +209,14 @@ void message::count_line(header name, line_set line) {
 int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
     SIP_MSG &split = msg.split();
     const received whole{split.data, split.data + length};
-    // The rest of the last block, and more where there is room, so that what follows a text can be read.
+    // Clears the rest of the last block and, if there is room, one block more: both are read past the text.
     std::memset(whole.end, 0, std::min(2 * block_size - length % block_size, sizeof split.data - length));
     line_end_finder finder(whole.begin);
     char *begin = whole.begin;
     split.headers = msg.header_line_count =
         cut_lines<section::headers>(whole, finder, begin, split.header, msg.header_length);
 
-    // The body is kept whole before it is cut.
+    // A copy of the whole body is kept before it is cut.
     msg.store.body_begin = begin;
     msg.content_length = static_cast<std::size_t>(whole.end - begin);
     std::memcpy(split.content, begin, msg.content_length + 1);
@@ -231,7 +231,7 @@ int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
 
 namespace {
 
-// Takes over the lines of a message that the host split.
+// Measures the lines of a message that the host split. Returns how many count.
 int measure_lines(char *const *lines, int count, unsigned *lengths) {
     const int taken = std::clamp(count, 0, max_lines);
     for (int i = 0; i < taken; ++i)

@@ -2,13 +2,11 @@
 //
 //   rlPart2 "486 Busy Here" -> 30    "401 Unauthorized" -> 0: only the codes below are known here
 #include "decode.h"
-#include "text.h"
+#include "methods.h"
 
 namespace {
 
-using sipcode::text;
-
-// Narrower than decode_methods: 401, 403, 422, 503 and 513 are left out, and hosts rely on it.
+// Fewer than decode_methods holds: hosts rely on 401, 403, 422, 503 and 513 being unknown.
 constexpr sip_code_method known_kinds[] = {
     SIP_RESPONSE_MSG_487_REQUEST_TERMINATED,
     SIP_RESPONSE_MSG_407_PROXY_AUTHENTICATION_REQUIRED,
@@ -40,15 +38,13 @@ constexpr sip_code_method known_kinds[] = {
     SIP_RESPONSE_MSG_200_OK,
 };
 
-constexpr std::size_t code_length = 3;
-
 } // namespace
 
 void CompatibleSipMethodName(SIP_MSG *psip_msg) {
     if (psip_msg == nullptr || psip_msg->method != SIP_REQUEST_MSG_UNKNOWN || psip_msg->rlPart2 == nullptr)
         return;
     for (const sip_code_method kind : known_kinds) {
-        if (std::strncmp(psip_msg->rlPart2, decode_methods[kind].text, code_length) == 0) {
+        if (std::strncmp(psip_msg->rlPart2, decode_methods[kind].text, sipcode::status_code_length) == 0) {
             psip_msg->method = kind;
             return;
         }

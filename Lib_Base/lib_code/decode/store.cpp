@@ -2,7 +2,7 @@
 
 namespace sipcode {
 
-// Received text is seen in two places: cut in place, and, of the body, as received.
+// The split message holds received text twice: cut into lines, and the body as received.
 int bounded_store::offset_of(const char *place) const {
     if (place >= source->data && place < source->data + sizeof source->data)
         return static_cast<int>(place - source->data);

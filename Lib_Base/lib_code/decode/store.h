@@ -1,5 +1,5 @@
-// The bounded store of the decoders: every value that goes into the record, and every bound on how far a value is looked at.
-// What it cuts it notes in the caller's SIP_DECODE_REPORT, if there is one.
+// The bounded store of the decoders. It puts every value into the record and bounds how far a value is looked at. It
+// notes each cut in the caller's SIP_DECODE_REPORT, if there is one.
 #pragma once
 
 #include "decode.h"
@@ -11,7 +11,7 @@ namespace sipcode {
 
 class bounded_store {
   public:
-    // For decoders that are called alone: nothing is noted.
+    // For decoders that are called alone. Notes nothing.
     bounded_store() = default;
 
     // For a decode of split into record.
@@ -26,7 +26,7 @@ class bounded_store {
             note_cut(member, value, longest);
     }
 
-    // As much of a value as is looked at.
+    // The part of a value that is looked at.
     text within(text value, std::size_t longest) const {
         if (value.size() > longest)
             note_cut(nullptr, value, longest);
@@ -36,7 +36,7 @@ class bounded_store {
         return padded_text(within(text(value), longest));
     }
 
-    // For headers kept verbatim: the copy is the host's, whose bound counts the terminator.
+    // For headers kept verbatim. The host copies them, with a bound that counts the terminator.
     template <int N>
     void put_verbatim(char (&member)[N], text value, int bound = N - 1) const {
         Str_N_Copy(member, value.data(), bound);

@@ -6,7 +6,7 @@
 //       referbytel 2002, referbyip 10.0.0.2, use 1
 //   bad: no Referred-By        logged; nothing is written, use included
 //
-// The whole Refer-To URI is percent-decoded before it is cut, so an escaped "@" or ";" cuts like a plain one.
+// The Refer-To URI is percent-decoded before it is cut, so an escaped "@" or ";" cuts as a plain one does.
 #include "decoders.h"
 #include "log.h"
 
@@ -49,7 +49,7 @@ void read_replaces(const message &msg, text replaces, REFER_INFO &refer) {
     refer.refermode = 1;
 }
 
-// User and host of a URI behind its scheme; one without "@" has neither.
+// User and host of the text behind the scheme of a URI. Without "@" neither is stored.
 void read_user_and_host(const message &msg, text uri, char (&user)[32], char (&host)[24]) {
     const parts user_host = cut_at(uri, '@');
     if (!user_host.found)

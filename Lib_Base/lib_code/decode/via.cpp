@@ -4,18 +4,18 @@
 //   good:   Via: SIP/2.0/UDP 10.0.0.1:5062;branch=z9hG4bK1;rport    branch, addr.ip, addr.port of via
 //   bad:    Via: SIP/2.0/WS 10.0.0.1;branch=z9hG4bK3                branch alone; the transport is logged
 //
-// Differs from the RFC on purpose: the first "branch=" anywhere in the parameters counts, and of two Vias exactly one blank
-// is taken to stand behind the colon.
+// Differs from the RFC on purpose: the first "branch=" anywhere in the parameters counts. If there are two Vias, each
+// value is taken to begin behind the colon and exactly one blank.
 #include <algorithm>
 
 #include "decoders.h"
 #include "log.h"
+#include "methods.h"
 
 namespace sipcode {
 namespace {
 
 constexpr std::size_t longest_via = 255;
-constexpr int default_port = 5060;
 constexpr char branch_name[] = "branch=";
 
 padded_text via_value(const message &msg) {
@@ -36,8 +36,8 @@ bool is_known_transport(padded_text word) {
                        [word](const nocase &transport) { return equals_nocase(word, transport); });
 }
 
-// Reads transport and sent-by of the text before the first ";". Without a port in it, addr.port becomes port_if_none.
-// Returns the transport word when it is unknown, and then stores nothing; else a null text.
+// Reads transport and sent-by, the text before the first ";". Without a port, addr.port becomes port_if_none. Stores
+// nothing if the transport is unknown and returns its word; returns a null text otherwise.
 text read_sent_by(const message &msg, padded_text head, SIP_VIA &via, int port_if_none) {
     const auto words = cut_at(head, ' ');
     if (!words.found)
@@ -55,7 +55,7 @@ void read_sent_by_or_log(const message &msg, padded_text head, SIP_VIA &via, int
         SIPCODE_TRACE(0, "Don't know how to respond via '%s'", terminated(unknown).c_str());
 }
 
-void Parse_Via_Not_Branch(const message &msg, SIP_VIA *pvia, padded_text value) {
+void Parse_Via_Not_Branch(SIP_VIA *pvia, const message &msg, padded_text value) {
     read_sent_by_or_log(msg, value, *pvia, default_port);
 }
 
@@ -66,8 +66,8 @@ void Parse_Via_Str(const message &msg, SIP_VIA *pvia, padded_text value) {
     read_sent_by_or_log(msg, via.before, *pvia, pvia->addr.port);
 }
 
-// The first Via line of a pair. When a comma follows its branch, the line holds the second Via too, behind its first comma:
-// whatever stands there, blanks included, is taken as a value.
+// The first Via line of a pair. If a comma follows its branch, the line holds both Vias. The second one is all that
+// stands behind the first comma of the line, blanks included.
 void Parse_Via_Str1(const message &msg, SIP_VIA *pvia, SIP_VIA *pvia1, padded_text line) {
     const auto via = cut_at(value_of_via_line(line), ';');
     const auto branch = cut_at(via.after, branch_name);
@@ -95,7 +95,7 @@ void Parse_Via(SIP_VIA *pvia, const message &msg) {
     const auto via = cut_at(value, ';');
     if (!via.found) {
         SIPCODE_TRACE(0, "via is wrong, via '%s'", terminated(value).c_str());
-        Parse_Via_Not_Branch(msg, pvia, value);
+        Parse_Via_Not_Branch(pvia, msg, value);
         return;
     }
     read_branch(msg, via.after, *pvia);

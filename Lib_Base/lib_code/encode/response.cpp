@@ -6,8 +6,6 @@
 namespace sipcode {
 namespace {
 
-constexpr int default_port = 5060;
-
 void write_vias(writer &out, const transport_token &transport, SIP_CODE_MSG &r) {
     const SIP_VIA &via = r.via;
     if (r.via_count == 2) {

@@ -1,4 +1,4 @@
-// SIP_Decode_Buffer: text by its length, from anyone, into a record that need not be clear.
+// SIP_Decode_Buffer: untrusted text of a given length, into a record that need not be zeroed.
 #include <algorithm>
 #include <cstddef>
 
@@ -7,7 +7,8 @@
 namespace sipcode {
 namespace {
 
-// Clears all that a reader of the record may look at: of the two texts as large as a message, the first character is enough.
+// Clears all that a reader of the record may look at. One character is enough for the two texts that are as large as a
+// message.
 void clear(SIP_CODE_MSG &record) {
     char *const begin = reinterpret_cast<char *>(&record);
     const auto clear_from_to = [begin](std::size_t from, std::size_t to) { std::memset(begin + from, 0, to - from); };
@@ -19,7 +20,7 @@ void clear(SIP_CODE_MSG &record) {
     clear_from_to(second + sizeof record.msg_sdp.content, sizeof record);
 }
 
-// Line and column of a place, counted from 1. In blocks, as up to seventeen places are looked for in one text.
+// Line and column of a place, counted from 1. Counts in blocks, since a report may hold up to seventeen places.
 void locate(text data, int at, int &line, int &column) {
     line = 0;
     column = 0;
@@ -40,8 +41,8 @@ void locate(text data, int at, int &line, int &column) {
     column = static_cast<int>(before.size() - line_begin) + 1;
 }
 
-// What is missing is missing where the header section ends: before the line end of its last line, which is at least a start
-// line.
+// A missing header is reported at the end of the header section: before the line end of its last line. There is always
+// a start line.
 int before_line_end(text data, int at) {
     if (data[static_cast<std::size_t>(at) - 1] == '\n')
         --at;

@@ -5,10 +5,10 @@
 //
 //   Content-Length: 12      a body of 12 bytes
 //   l : 012                 the same, so both may stand in one message
-//   Content-Length: 12;x    refused: the end of the message is anyone's guess, and so is all that follows it
+//   Content-Length: 12;x    refused: nobody knows where the message ends and what follows it
 //
-// Where others might read a length differently the message is refused: a length behind a comma that joins lines is one for a
-// reader that does not join them, and a CR in the middle of such a line ends it for some.
+// A message is refused if other readers might read another length. A length line that a comma joins to the line before
+// it is a line of its own to readers that join none. A CR in the middle of such a line ends the line for some readers.
 #include <climits>
 
 #include "safe.h"
@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t longest_message = SIP_LONGEST_MESSAGE;
 constexpr std::size_t largest_length = INT_MAX;
 
-// Line ends that stand before a message. A CR alone is none: it may get its LF yet.
+// Line ends before a message. A CR alone is not counted, since its LF may still arrive.
 std::size_t keep_alive_length(text data) {
     std::size_t length = 0;
     for (text rest = data; rest.starts_with('\n') || rest.starts_with("\r\n"); rest = drop(data, length))
@@ -28,11 +28,11 @@ std::size_t keep_alive_length(text data) {
     return length;
 }
 
-// As the splitter has it: a comma before CR LF, which two before LF is as well.
+// As in the splitter: the comma stands two bytes before LF, whether or not a CR stands between.
 bool is_behind_comma(text data, std::size_t line_feed) { return line_feed >= 2 && data[line_feed - 2] == ','; }
 
-// Length of the header section, its empty line included; 0 when there is no empty line. A CR cuts the text of a line, so a line
-// that begins with one is empty.
+// Length of the header section with its empty line; 0 if there is no empty line. A CR cuts the text of a line, so a
+// line that begins with CR is empty.
 std::size_t header_section_length(text data) {
     std::size_t line = 0;
     for (std::size_t at = 0;; ++at) {
@@ -47,7 +47,7 @@ std::size_t header_section_length(text data) {
     }
 }
 
-// The value of a line that states the length, as far as the LF; null data for any other line.
+// The value of a line that states the length, up to the LF; a null text for any other line.
 text length_value(text line) {
     constexpr text full = "Content-Length";
     constexpr text compact = "l";
@@ -58,7 +58,7 @@ text length_value(text line) {
     return name != 0 && behind_name.starts_with(':') ? drop(behind_name, 1) : text();
 }
 
-// False for what is no number from 0 to largest_length.
+// Returns false if the value is no number from 0 to largest_length.
 bool read_length(text value, std::size_t &length) {
     const text digits = Parse_Trim_Blanks(skip_blanks(value));
     length = 0;
@@ -73,7 +73,7 @@ bool read_length(text value, std::size_t &length) {
     return !digits.empty();
 }
 
-// Reads the lengths that the lines of the header section state. SIP_FRAME_COMPLETE when they state one.
+// Reads the lengths that the header lines state. Returns SIP_FRAME_COMPLETE if there is one and all agree.
 int read_stated_length(text headers, std::size_t &stated) {
     bool found = false;
     while (!headers.empty()) {
