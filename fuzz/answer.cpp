@@ -1,4 +1,4 @@
-// A message is decoded, sent on and answered with each status that there is: what comes from a message may go into another.
+// Decodes a message, sends it on and answers it with every status. A text from one message may go into another.
 #include "judge.h"
 #include "judge_encode.h"
 
@@ -14,7 +14,7 @@ int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size) {
     record.author.author_type += 2; // from the header that was read to the challenge that it answers
     if (record.method < SIP_RESPONSE_MSG_100_TRY)
         fuzz::judge_encoding(fuzz::Kind::request, record);
-    // Every status is a message of its own; one for each input is enough for the many inputs that there are.
+    // One status for each input: together the inputs try them all.
     const int status =
         static_cast<int>(SIP_RESPONSE_MSG_100_TRY + size % (SIP_CODE_METHOD_COUNT - SIP_RESPONSE_MSG_100_TRY));
     for (const int method : {record.method, static_cast<int>(SIP_RESPONSE_MSG_200_OK), status}) {

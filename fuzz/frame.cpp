@@ -1,5 +1,5 @@
-// A stream. It is walked message by message; what framing gives out as a message is decoded, and its body is as long as the message
-// says. Data that grows changes nothing that is decided.
+// A stream, framed message by message. Each message is decoded, and its body has the stated length. More data never
+// changes a decision.
 #include "judge.h"
 
 #include <algorithm>
@@ -55,7 +55,7 @@ void judge_lengths(const Framed &framed, std::size_t size) {
     }
 }
 
-// What the whole data is found to be, a part of it is found to be as well, or it is undecided.
+// A prefix of the data has the same outcome as all of it, or none yet.
 void judge_part(std::string_view data, std::size_t size, const Framed &whole) {
     const Framed part = frame(data.substr(0, size));
     judge_lengths(part, size);
@@ -79,7 +79,7 @@ void judge_parts(std::string_view data, const Framed &whole) {
 
 const char *skip_blanks(const char *at) { return at + std::strspn(at, blanks); }
 
-// The first length that a message states, as a reader finds it who knows that there is one.
+// The first length that a message states. It must state one.
 std::size_t stated_length(std::string_view message) {
     static char text[SIP_LONGEST_MESSAGE + 1];
     text[message.copy(text, SIP_LONGEST_MESSAGE)] = '\0';

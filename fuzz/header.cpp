@@ -1,5 +1,5 @@
-// The headers, family by family: the first character of the input selects one, the rest is its value in a message that makes it
-// count. A decoder that is exported is also called for itself, on a message that was split by the host.
+// Header values. The first character of the input selects the header, the rest is its value in a message where the
+// header counts. If its decoder is exported, it is also called alone, on a message that the host has split.
 #include "judge.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// The services that the library takes from its process, but for the texts, which host/strings.cpp has: log lines are written and
-// thrown away, so that their arguments are read.
+// The host services, except those for strings, which are in host/strings.cpp. Log lines are formatted and discarded,
+// which reads their arguments.
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -9,8 +9,7 @@
 
 namespace {
 
-[[gnu::format(printf, 1, 0)]]
-void discard(const char *format, va_list arguments) {
+[[gnu::format(printf, 1, 0)]] void discard(const char *format, va_list arguments) {
     char line[8192];
     std::vsnprintf(line, sizeof line, format, arguments);
 }

@@ -54,7 +54,7 @@ const SIP_CODE_MSG &without_hidden_bytes(const SIP_CODE_MSG &record) {
     memory = allocate(sizeof record);
 #if defined(__has_feature)
 #if __has_feature(memory_sanitizer)
-    // Of a mask of bytes, it takes the number of the lowest set bit to be unknown when any higher bit is. valgrind does not.
+    // It takes the index of a mask's lowest set bit as undefined if any higher bit is undefined. valgrind does not.
     std::memset(memory, fence_byte, sizeof record);
 #endif
 #endif

@@ -1,7 +1,7 @@
 // What the fuzz targets judge by. A violation ends the process, which is what a fuzzer looks for.
 //
-// Only header-only parts of the C++ library are used here and in the targets, so that they also run under MemorySanitizer, which
-// wants all code instrumented but that of libc.
+// The targets also run under MemorySanitizer, which needs all code but libc instrumented. So they use only header-only
+// parts of the C++ library.
 #pragma once
 
 #include <cstddef>
@@ -33,8 +33,7 @@ const SIP_CODE_MSG &without_hidden_bytes(const SIP_CODE_MSG &record);
 
 constexpr std::size_t longest_input = 16384;
 
-// Decodes a text in every way that there is and holds the results against each other. The record is valid until the next
-// decode.
+// Decodes a text with every decoder and compares the results. The record is valid until the next decode.
 struct Decoded {
     int result;
     const SIP_CODE_MSG &record;

@@ -1,4 +1,4 @@
-// What is written is judged by every encoder that there is, and by reading it again.
+// Judges the encoders against each other and against the decoder.
 #pragma once
 
 #include <sipcode/code.h>
@@ -7,8 +7,8 @@ namespace fuzz {
 
 enum class Kind { request, response };
 
-// Encodes a copy of the record, plainly and into every room. What the bounded encoder accepts is one whole message, and reads as
-// the record.
+// Encodes copies of the record with the plain encoder, and with the bounded one into buffers of several sizes. What the
+// bounded encoder accepts is one complete message that decodes to the record.
 void judge_encoding(Kind kind, const SIP_CODE_MSG &record);
 
 } // namespace fuzz

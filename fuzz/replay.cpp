@@ -1,4 +1,4 @@
-// A fuzz target as a test: judges each file of the named directories, and variants of it: prefixes and replaced bytes.
+// A fuzz target as a test: judges each file of the named directories and its variants, prefixes and replaced bytes.
 // Usage: fuzz_replay_TARGET [--variants N] DIRECTORY...     N of each kind a file; 300 unless given
 #include <cstdio>
 #include <cstdlib>
@@ -16,7 +16,7 @@ void judge(const char *bytes, std::size_t size) {
     LLVMFuzzerTestOneInput(reinterpret_cast<const unsigned char *>(bytes), size);
 }
 
-// At places all over the text, in turn with the bytes that separate its parts.
+// Places are spread over the text. The replacements are bytes that separate its parts, in turn.
 void judge_variants(char *text, std::size_t size) {
     static constexpr char bytes[] = "\r\n,;:=\"<>@%/ \0\1a5\xFF";
     const std::size_t step = size / (variants + 1) + 1;
@@ -30,7 +30,7 @@ void judge_variants(char *text, std::size_t size) {
     }
 }
 
-// False when it cannot be read.
+// Returns false if the file cannot be read.
 bool replay_file(const char *path) {
     static char content[fuzz::longest_input];
     std::FILE *const file = std::fopen(path, "rb");
@@ -46,7 +46,7 @@ bool replay_file(const char *path) {
     return is_whole;
 }
 
-// The number of files, -1 when one of them cannot be read.
+// Returns the number of files, -1 if one cannot be read.
 int replay_directory(const char *directory) {
     DIR *const entries = opendir(directory);
     if (entries == nullptr)

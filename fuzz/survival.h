@@ -7,8 +7,8 @@
 
 namespace fuzz {
 
-// Decodes a message that was accepted, and demands that it has the members that its kind carries, whatever the other members
-// hold. Left out are members in which a text would be read otherwise than it was meant: see the table.
+// Decodes an accepted message and demands the members that its kind carries, whatever the other members hold. The table
+// leaves out texts that do not read back as they were written.
 void judge_survival(Kind kind, const SIP_CODE_MSG &sent, std::string_view text);
 
 } // namespace fuzz

@@ -9,8 +9,8 @@ namespace support {
 // Ends the process with the reason unless it holds.
 void demand(bool holds, const char *reason);
 
-// Pages between two unreadable ones, used anew for each input. What is placed in them ends in front of the one or begins behind
-// the other, so that a byte past it or before it faults; bytes on its open side tell of writes.
+// Pages between two unreadable ones, reused for each input. Data is placed against one of the two, so an access past
+// that side faults. Known bytes on the other side show writes.
 class Arena {
   public:
     explicit Arena(std::size_t capacity);

@@ -40,9 +40,9 @@ std::vector<EncodedCase> encoded_cases(const std::string &extension);
 
 inline void PrintTo(const EncodedCase &row, std::ostream *out) { *out << row.title; }
 
-// Holds the rows of data/encoded/<name>.lines against what is written. The first line sets members for all of them; a row reads
-// "method=BYE ; require.use=1 => Require: ", or "-To | To: <sip:h>" for a line in place of another: what follows the semicolon
-// makes these changes.
+// Compares the rows of data/encoded/<name>.lines with what is written. The first line sets members for all rows. A row
+// reads "method=BYE ; require.use=1 => Require: ". What follows the semicolon makes the change. "-To | To: <sip:h>"
+// replaces a line.
 void expect_line_changes(const std::string &name, std::string (*write)(const SIP_CODE_MSG &record));
 
 // A message as the tests write it: "\n" stands for CR LF.

@@ -12,8 +12,8 @@ class RandomRecords {
   public:
     explicit RandomRecords(unsigned seed) : draw_(seed) {}
 
-    // Every member drawn: flags mostly 0 or 1 but also 2 and -1, numbers up to their extremes, texts empty, hostile or without a
-    // terminator, and where a member decides something the values that decide it. The method is 1 to 48.
+    // Draws every member: flags mostly 0 or 1 but also 2 and -1, numbers up to their extremes, texts that are empty,
+    // hostile or unterminated. Members that decide something often get a deciding value. The method is 1 to 48.
     SIP_CODE_MSG next();
 
     // One of n.
