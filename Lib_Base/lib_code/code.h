@@ -4,7 +4,8 @@
  * SIP message (RFC 3261), the encoders (encode.h) write a SIP message from it.
  *
  * Rules of every record here
- *  - Plain values in declared order, no pointer but SIP_XML.xml. The caller owns the record; nothing in it is allocated.
+ *  - Plain values in declared order, no pointer but SIP_XML.xml. The caller owns the record, and nothing in it is
+ *    allocated.
  *  - A text member char[N] holds at most N-1 characters and is always terminated. Decoders cut longer values silently;
  *    where a member keeps fewer than N-1 characters, its comment says so.
  *  - int and the enumerations are 32 bits wide and signed; long int is the platform's.
@@ -30,7 +31,7 @@
 
 #ifdef __cplusplus
 extern "C" {
-/* In C++ an enumeration without a fixed type has no valid value beyond its enumerators; records of a careless host do. */
+/* In C++ an enumeration without a fixed type has no valid value beyond its enumerators. Untrusted records hold some. */
 #define SIPCODE_ENUM_INT : int
 #else
 #define SIPCODE_ENUM_INT

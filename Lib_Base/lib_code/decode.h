@@ -88,8 +88,8 @@ void CompatibleSipMethodName(SIP_MSG *psip_msg);
  * Showing a record
  */
 
-/* Room for the longest dump, terminator included: 2264 bytes when every text member is terminated, and one more for each
- * of its 26 texts that a host left unterminated. */
+/* Room for the longest dump, terminator included: 2264 bytes when every text member is terminated, and one more for
+ * each of its 26 texts that a host left unterminated. */
 #define SIP_DUMP_SIZE 2290
 
 /* Writes the main members of pcode_msg as lines of text to buf, which holds at least SIP_DUMP_SIZE bytes. The record is
@@ -167,13 +167,14 @@ void Parse_Authen(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg);
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, SIP_MSG *psip_msg);
 
 /* Copies src to dst without double quotes, up to the second one. Returns the offset of the first comma in dst, or the
- * length of dst when it holds none, and dst is terminated. With fewer than two double quotes all of src is copied, the
- * result is 0, and dst is not terminated: clear it before the call. dst holds as many bytes as src with its terminator. */
+ * length of dst when it holds none, and dst is terminated. With fewer than two double quotes all of src is copied,
+ * the result is 0, and dst is not terminated: clear it before the call. dst holds as many bytes as src with its
+ * terminator. */
 int Del_Quote_Mark(char *src, char *dst);
 
 /* Older challenge decoders, kept for hosts that call them. Each works on buf, the whole message text, of which 4095
- * characters are used, when the host's Str_Cmp finds the header's value equal to "Digest ": realm and nonce are the texts
- * between fixed neighbours, algorithm becomes "MD5" and qop "auth". None sets use or authen_type. */
+ * characters are used, when the host's Str_Cmp finds the header's value equal to "Digest ": realm and nonce are the
+ * texts between fixed neighbours, algorithm becomes "MD5" and qop "auth". None sets use or authen_type. */
 void Parse_Authen_bak(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf);  /* WWW-Authenticate; stale is read */
 void Parse_Authen_bak2(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf); /* Proxy-Authenticate; stale becomes 0 */
 void Parse_Authen_bak3(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf); /* Proxy-Authenticate; stale is read */

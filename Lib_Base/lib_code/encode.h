@@ -1,18 +1,18 @@
 /* encode.h - the codec record into SIP text, and the builders of the values that a new message needs.
  *
- * Threads: the two encoders, Build_Date and BuildDefaultSdp may run at once on different records and buffers. Build_Tag,
- * Build_Via_Branch and Bulid_Call_id share two counters and the C library's random generator, which Build_Via_Branch and
- * Bulid_Call_id seed anew: call them from one thread at a time. A host that changes TZ calls tzset() before the next
- * branch.
+ * Threads: the two encoders, Build_Date and BuildDefaultSdp may run at once on different records and buffers.
+ * Build_Tag, Build_Via_Branch and Bulid_Call_id share two counters and the C library's random generator, which
+ * Build_Via_Branch and Bulid_Call_id seed anew: call them from one thread at a time. A host that changes TZ calls
+ * tzset() before the next branch.
  */
 #ifndef SIPCODE_ENCODE_H
 #define SIPCODE_ENCODE_H
 
 #include "code.h"
 
-/* Room, in bytes with the terminator, that each buffer must have. Nothing is written beyond it, whatever the record holds:
- * the sizes are those of the longest message, with every text member full and not terminated and every number at its
- * longest. */
+/* Size in bytes, terminator included, that each buffer must have. Nothing is written beyond it, whatever the record
+ * holds: it is the size of the longest message, in which every text member is full and unterminated and every number
+ * has its longest form. */
 #define SIP_REQUEST_SIZE 9166
 #define SIP_RESPONSE_SIZE 6609
 #define SIP_SDP_SIZE 3167   /* the session description inside a message */
@@ -43,12 +43,12 @@ extern "C" {
  * encode_msg  the filled record. A leading "ims-" is taken off callid, and a TE101 codec in sdp.a_coders may get its
  *             entry in sdp.rtpmap; both changes stay. xml.xml is read by the host's Xml_Encode.
  *
- * Text is written as it stands: a line end or a quote inside a member breaks the message apart. An identifier outside the
- * table in cseq.method or rack.method is written as "-UNKNOWN-". content.use 1 without a body source, or with a null XML
- * document, gives "Content-Length: 0".
+ * Text is written as it stands: a line end or a quote inside a member breaks the message apart. An identifier outside
+ * the table in cseq.method or rack.method is written as "-UNKNOWN-". content.use 1 without a body source, or with a
+ * null XML document, gives "Content-Length: 0".
  *
  * Returns  1 the request was written.
- *         -1 method is outside 1 to 48: told on standard output, buf is untouched, the "ims-" is off.
+ *         -1 method is outside 1 to 48: standard output says so, buf is untouched, and "ims-" has been taken off.
  */
 int SIP_Encode_Message_Reuqest(char *buf, SIP_CODE_MSG *encode_msg);
 
@@ -74,18 +74,18 @@ void Build_Tag(char *buf);
  * branches three times, fourteen digits of local time. */
 void Build_Via_Branch(char *str);
 
-/* A Call-ID (RFC 3261 section 8.1.1.4), into SIP_CALL_ID_SIZE bytes: 32 hexadecimal digits, "@" and the host text ip. */
+/* A Call-ID (RFC 3261 section 8.1.1.4), into SIP_CALL_ID_SIZE bytes: 32 hexadecimal digits, "@" and the text ip. */
 void Bulid_Call_id(char *callid, char *ip);
 
 /* The current time as a Date value (RFC 3261 section 20.17), into SIP_DATE_SIZE bytes. */
 void Build_Date(char *pchDate);
 
-/* Gives the telephone-event codec TE101, when a_coders offers it, its payload number: 101 in an rtpmap entry that has
- * none, or a new entry; nothing when all four entries are taken. */
+/* Gives the telephone-event codec TE101 its payload number if a_coders offers it: 101 in its rtpmap entry without a
+ * number, or in a new entry. Does nothing if all four entries are taken. */
 void BuildDefaultSdp(SIP_SDP *sdp);
 
-/* Appends formatted text (as vsprintf) and its terminator at *buf, then moves *buf to the terminator, so that calls follow
- * one another. A format that fails leaves *buf where it was. There is no bound: the caller guarantees room. */
+/* Appends formatted text (as vsprintf) and its terminator at *buf, then moves *buf to the terminator, so that calls
+ * follow one another. A format that fails leaves *buf where it was. There is no bound: the caller guarantees room. */
 void MSG_Sprintf(char **buf, const char *fmt, ...) SIPCODE_FORMAT(2, 3);
 
 #undef SIPCODE_FORMAT

@@ -1,8 +1,8 @@
 /* host.h - the eleven services that the process which loads the library defines.
  *
- * The library only declares them; they are resolved by name from the process. All strings are NUL-terminated. The library
- * calls them on the caller's thread, keeps nothing that they return, and checks no error: they must not throw, and those
- * that a decode uses must be re-entrant where the host decodes on several threads.
+ * The library only declares them; they are resolved by name from the process. All strings are NUL-terminated. The
+ * library calls them on the caller's thread, keeps nothing that they return, and checks no error: they must not
+ * throw, and those that a decode uses must be re-entrant where the host decodes on several threads.
  */
 #ifndef SIPCODE_HOST_H
 #define SIPCODE_HOST_H

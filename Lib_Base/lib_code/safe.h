@@ -1,10 +1,10 @@
-/* safe.h - entry points for hosts that face the network: text by its length, output by its room, records from anyone.
+/* safe.h - entry points for hosts that face the network: input by its length, output by its room.
  *
- * They share the code of decode.h and encode.h and need no trust in their input. Use them for whatever comes from or goes to a
- * socket; the plain entry points suit text and records that the process made itself.
+ * They accept untrusted input and share the code of decode.h and encode.h. Use them for everything that comes from a
+ * socket or goes to one. The plain entry points suit text and records that the process made itself.
  *
- * Threads: nothing here keeps state between calls; any number of threads may call at once, each with buffers, records and
- * reports of its own, provided that the host's services (host.h) allow it. Nothing is allocated.
+ * Threads: nothing here keeps state between calls. Any number of threads may call at once if each has its own
+ * buffers, records and reports and the host's services (host.h) allow it. Nothing is allocated.
  */
 #ifndef SIPCODE_SAFE_H
 #define SIPCODE_SAFE_H
@@ -45,13 +45,13 @@ typedef enum SIP_DECODE_OUTCOME SIPCODE_ENUM_INT {
     SIP_DECODE_NO_VIA = -10
 } SIP_DECODE_OUTCOME;
 
-/* One value that was longer than its place. */
+/* One value that was longer than its member. */
 typedef struct SIP_DECODE_CUT {
-    int member;          /* offset in SIP_CODE_MSG of the member that took it, -1 when it was cut before it was read */
-    unsigned int length; /* characters that stood in the message */
+    int member;          /* offset of its member in SIP_CODE_MSG; -1 if it was cut before it was read */
+    unsigned int length; /* characters in the message */
     unsigned int kept;   /* characters that were kept */
-    int at;              /* where the value stands, an offset in data; -1 when it was read from a copy or joined, */
-    int line;            /* and line and column, counted from 1, 0 when at is -1 */
+    int at;              /* offset of the value in data; -1 if it was read from a copy or from joined lines */
+    int line;            /* line and column, counted from 1; 0 if at is -1 */
     int column;
 } SIP_DECODE_CUT;
 
@@ -59,23 +59,25 @@ typedef struct SIP_DECODE_CUT {
 
 typedef struct SIP_DECODE_REPORT {
     SIP_DECODE_OUTCOME outcome;
-    const char *header; /* name of the header that is missing or broken, a constant text; "" when none is */
-    int at;             /* where a refused message went wrong: offset in data, -1 for an accepted one, */
-    int line;           /* and line and column, counted from 1, else 0. A missing header is missing at the end of */
-    int column;         /* the header section */
-    int left_out;       /* 1 when text behind SIP_LONGEST_MESSAGE characters was left out, else 0 */
-    int cut_count;      /* values that were longer than their place */
+    const char *header; /* name of the missing or broken header, a constant text; "" if there is none */
+    int at;             /* offset in data of the error in a refused message, or of the end of the header */
+    int line;           /* section if a header is missing; line and column, counted from 1. An accepted */
+    int column;         /* message has -1, 0 and 0 */
+    int left_out;       /* 1 if text after the first SIP_LONGEST_MESSAGE characters was ignored, else 0 */
+    int cut_count;      /* values that were longer than their members */
     /* The first of them, min(cut_count, SIP_DECODE_CUTS), in the order of decoding. */
     SIP_DECODE_CUT cuts[SIP_DECODE_CUTS];
 } SIP_DECODE_REPORT;
 
-/* Decodes the length bytes at data into record, as Sip_Decode does the same text.
+/* Decodes the length bytes at data into record, as Sip_Decode decodes the same text.
  *
- * data    need not be terminated, and nothing behind its length is read; a NUL ends the text early. Never changed.
- * record  need not be cleared: every member is as Sip_Decode leaves it in a zeroed record, up to the terminator of a text.
- * report  may be null. Filled on every outcome but for the entries of cuts that cut_count does not reach.
+ * data    need not be terminated. Nothing after its length is read, and a NUL ends the text early. It is not changed.
+ * record  need not be cleared: every member is as Sip_Decode leaves it in a zeroed record, up to the terminator of a
+ *         text.
+ * report  may be null. It is filled on every outcome, except the entries of cuts from cut_count on.
  *
- * Returns the outcome: SIP_DECODE_DONE (1), or a negative one. A refused record may be filled in part, as by Sip_Decode.
+ * Returns the outcome: SIP_DECODE_DONE (1) or a negative one. After a refusal the record may be filled in part, as by
+ * Sip_Decode.
  */
 int SIP_Decode_Buffer(const char *data, size_t length, SIP_CODE_MSG *record, SIP_DECODE_REPORT *report);
 
@@ -88,29 +90,29 @@ int SIP_Decode_Buffer(const char *data, size_t length, SIP_CODE_MSG *record, SIP
  *   v=0                                       SIP_FRAME_MORE: one byte of the body is still to come
  *   INVITE ... v=0 LF BYE ...                 SIP_FRAME_COMPLETE: *message_length ends before BYE
  *
- * Lines end, and the header section ends, where the decoder ends them. Content-Length may be written in its compact form "l",
- * with blanks before the colon, and more than once when all agree; it counts at the start of any line of the header section, of
- * one that a comma joins to another as well. A CR that is no part of a line end is none: at the start of a line it makes that
- * line empty, also the first one, elsewhere it ends nothing.
+ * Lines and the header section end where the decoder ends them. Content-Length may have its compact form "l" and
+ * blanks before the colon. It may appear more than once if all its values agree. It counts at the start of any line
+ * of the header section, even of a line that a comma joins to the one before. A CR without LF does not end a line. At
+ * the start of a line, the first one included, it makes that line empty.
  */
 typedef enum SIP_FRAME_OUTCOME SIPCODE_ENUM_INT {
     SIP_FRAME_KEEP_ALIVE = 2, /* the first *message_length bytes are line ends, LF or CR LF: drop them */
     SIP_FRAME_COMPLETE = 1,   /* the first *message_length bytes are one message */
     SIP_FRAME_MORE = 0,       /* call again with more bytes behind these */
 
-    /* What stands here can never become a message. Where its end is known all the same, *message_length tells how many bytes
-     * to drop to get behind it (they need not all be here yet); else it is 0 and the stream is lost. */
+    /* These bytes can never become a message. If their end is known, *message_length is the number of bytes to drop,
+     * some of which may not have arrived yet. Otherwise it is 0 and the stream is lost. */
     SIP_FRAME_NULL_ARGUMENT = -1, /* data or message_length is null */
     SIP_FRAME_LONG_HEADERS = -2,  /* no empty line within SIP_LONGEST_MESSAGE bytes */
     SIP_FRAME_LONG_MESSAGE = -3,  /* header section and body are longer than SIP_LONGEST_MESSAGE; the end is known */
-    SIP_FRAME_NO_LENGTH = -4,     /* no Content-Length, which a stream demands */
-    SIP_FRAME_BAD_LENGTH = -5,    /* one that is no number from 0 to 2147483647, or has a CR in its line */
+    SIP_FRAME_NO_LENGTH = -4,     /* no Content-Length, which a stream requires */
+    SIP_FRAME_BAD_LENGTH = -5,    /* not a number from 0 to 2147483647, or a CR in its line */
     SIP_FRAME_DIFFERENT_LENGTHS = -6,
-    SIP_FRAME_NUL = -7 /* a NUL, at which the decoder would stop; in the body the end is known */
+    SIP_FRAME_NUL = -7 /* a NUL, where the decoder would stop; if it is in the body, the end is known */
 } SIP_FRAME_OUTCOME;
 
-/* Tells whether a message stands at the start of the length bytes at data. Returns a SIP_FRAME_OUTCOME. *message_length is set
- * on every outcome, to 0 where nothing else is said. */
+/* Looks for a message at the start of the length bytes at data. Returns a SIP_FRAME_OUTCOME. *message_length is set
+ * on every outcome, to 0 unless the outcome says otherwise. */
 int SIP_Frame_Stream(const char *data, size_t length, size_t *message_length);
 
 /* ------------------------------------------------------------------------------------------------------------------
@@ -119,22 +121,25 @@ int SIP_Frame_Stream(const char *data, size_t length, size_t *message_length);
 
 typedef enum SIP_ENCODE_ERROR SIPCODE_ENUM_INT {
     SIP_ENCODE_NULL_ARGUMENT = -1, /* buffer or record is null */
-    SIP_ENCODE_BAD_METHOD = -2,    /* method is outside 1 to 48; nothing is told on standard output */
+    SIP_ENCODE_BAD_METHOD = -2,    /* method is outside 1 to 48; nothing is printed */
     SIP_ENCODE_NO_ROOM = -3,       /* message and terminator are longer than size */
-    SIP_ENCODE_NO_BODY = -4,       /* content.use is 1, and no body source holds or the XML document is null */
+    SIP_ENCODE_NO_BODY = -4,       /* content.use is 1 and there is no body source, or the XML document is null */
     SIP_ENCODE_BROKEN_TEXT = -5    /* a text that would break the message apart, see below */
 } SIP_ENCODE_ERROR;
 
-/* Write the message that SIP_Encode_Message_Reuqest and SIP_Encode_Message_Response write, into the size bytes at buffer.
+/* Write into the size bytes at buffer what SIP_Encode_Message_Reuqest and SIP_Encode_Message_Response write.
  *
- * Refused is a text that is to be written and would not stay in its place: a CR or LF in any member but a body or a section of
- * a session description; a double quote or a backslash between double quotes; "<", ">" or a double quote between angle
- * brackets; a blank in the request line; a comma as the last character of a line, which the decoder takes to go on in the next
- * one; a DTMF key (info.key) that is not one character long, and an XML document whose length is not the one that Xml_Encode
- * tells, since either makes Content-Length wrong.
+ * A record is refused if a text to be written would break the message apart:
+ *  - a CR or LF in any member except a body or a section of a session description
+ *  - a double quote or a backslash between double quotes
+ *  - "<", ">" or a double quote between angle brackets
+ *  - a blank in the request line
+ *  - a comma as the last character of a line: the decoder would join the next line to it
+ *  - a DTMF key (info.key) that is not one character long: Content-Length would be wrong
+ *  - an XML document whose length differs from what Xml_Encode takes off *room: Content-Length would be wrong
  *
- * Returns the length of the text, its terminator not counted, or a negative SIP_ENCODE_ERROR. Then buffer holds an empty text
- * (when it is not null and size is not 0) and the record is as it was.
+ * Returns the length of the text without its terminator, or a negative SIP_ENCODE_ERROR. After an error buffer holds
+ * an empty text (unless it is null or size is 0) and the record is as it was.
  */
 int SIP_Encode_Request_Buffer(char *buffer, size_t size, SIP_CODE_MSG *record);
 int SIP_Encode_Response_Buffer(char *buffer, size_t size, SIP_CODE_MSG *record);

@@ -3,12 +3,12 @@
 //   writer out(buffer, size);
 //   out.line<"From: <sip:%s@%s:%d>\r\n">(from.user, from.addr.ip, from.addr.port);
 //
-// A format holds "%s" (a text member, a slice or a string), "%d" (an int or a long), "%02d" (an int from 0 to 99) and "%08x"
-// (an int). Nothing is ever written behind the room: what does not fit is cut, and the text in the buffer is always
+// A format holds "%s" (a text member, a slice or a string), "%d" (an int or a long), "%02d" (an int from 0 to 99) and
+// "%08x" (an int). Nothing is written beyond the room: what does not fit is cut, and the text in the buffer is always
 // terminated.
 //
-// A line whose longest form fits is written without looking at the room again, its members sixteen bytes at a time: this halves
-// the cost of a message. Any other line, and every line of an exact writer, is written piece by piece.
+// A line whose longest form fits is written with one check of the room and its members sixteen bytes at a time. This
+// halves the cost of a message. Any other line, and every line of an exact writer, is written piece by piece.
 #pragma once
 
 #include <array>
@@ -112,8 +112,8 @@ inline constexpr bool is_text = std::is_convertible_v<const Value &, text>;
 template <class Value>
 inline constexpr bool is_number = std::is_same_v<Value, int> || std::is_same_v<Value, long>;
 
-// Bytes that putting a value may write at most: of a text that is no member, what it takes. A member is put in blocks, of which
-// the last reaches behind its end; that is written over by what follows.
+// Most bytes that put_value writes. A member is copied in blocks, and the last block may write past the end of its
+// text; what follows overwrites that.
 inline constexpr std::size_t longest_number = 20;
 template <conversion Conversion, class Value>
 constexpr std::size_t longest_form(const Value &value) {
@@ -131,7 +131,7 @@ constexpr std::size_t longest_form(const Value &value) {
         return text(value).size();
 }
 
-// ------------------------------------------------------------------------- values where there is room for their longest form
+// -------------------------------------------------------------------- values, where there is room for the longest form
 
 template <std::size_t N>
 char *put(char *to, const char (&member)[N]) {
@@ -199,9 +199,9 @@ char *put_value(char *to, const Value &value) {
     }
 }
 
-// -------------------------------------------------------------------------------------- texts that stay in their places
+// ------------------------------------------------------------------------------------- texts that stay in their places
 
-// Of the sixteen bytes at `at`: those that end a text's place, and so break the message apart.
+// Marks those of the sixteen bytes at `at` that a text must not hold in this place: they would break the message apart.
 template <place Where>
 unsigned escapes16(const char *at) {
     if constexpr (Where == place::request_line)
@@ -214,7 +214,8 @@ unsigned escapes16(const char *at) {
     return escapes;
 }
 
-// Whether a text stays in its place. At the end of a line it must not end in a comma, which joins the next line to it.
+// Whether a text stays in its place. At the end of a line it must not end in a comma: a decoder would join the next
+// line to it.
 template <place Where, bool EndsLine>
 [[gnu::noinline]] bool stays_in(text value) {
     if (EndsLine && value.ends_with(','))
@@ -255,7 +256,7 @@ bool stays_in_line(const Value &value) {
         return true;
 }
 
-// ----------------------------------------------------------------------------------------------------------------- writer
+// -------------------------------------------------------------------------------------------------------------- writer
 
 // A value of any kind, for lines that are written piece by piece.
 struct line_value {
@@ -277,7 +278,7 @@ class writer {
   public:
     // What a message may be refused for; the first one stays.
     enum class fault { none, no_room, no_body, broken_text };
-    // A careful writer judges every text by its place. An exact one never touches what stands behind the text.
+    // A careful writer checks every text for its place. An exact one writes no byte past the terminator.
     enum class mode { quick, careful, exact };
 
     // room counts the terminator and is at least 1.
@@ -363,7 +364,7 @@ class writer {
     char *begin;
     char *cursor;
     char *last;      // where the terminator of a full buffer stands
-    char *quick_end; // how far a line may be written in blocks: of an exact writer the buffer's beginning
+    char *quick_end; // how far lines may be written in blocks; the beginning of the buffer for an exact writer
     mode how;
     fault found = fault::none;
 };

@@ -1,7 +1,7 @@
 /* xml.h - the host's XML document.
  *
- * The library never reads or writes a member of it: it carries the pointer in SIP_XML (code.h) and hands it to the host's
- * Xml_Encode (host.h). What the members mean belongs to the host.
+ * The library never reads or writes a member of it: it carries the pointer in SIP_XML (code.h) and hands it to the
+ * host's Xml_Encode (host.h). What the members mean belongs to the host.
  */
 #ifndef SIPCODE_XML_H
 #define SIPCODE_XML_H

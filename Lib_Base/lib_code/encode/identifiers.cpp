@@ -57,8 +57,8 @@ struct calendar_date {
     int day;   // from 1
 };
 
-// The Gregorian date of a day counted from 1 January 1970, by way of years that begin in March: a leap day is then the last of
-// its year. gmtime_r takes five times as long, and the wire knows no time zone.
+// The Gregorian date of a day counted from 1 January 1970, by way of years that begin in March: a leap day is then
+// the last of its year. gmtime_r takes five times as long, and the wire knows no time zone.
 constexpr calendar_date date_of(long day) {
     constexpr int days_of_400_years = 146097;
     constexpr long march_of_year_0 = 719468; // days before 1970

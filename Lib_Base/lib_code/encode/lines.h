@@ -8,8 +8,8 @@
 
 namespace sipcode {
 
-// SIP_REQUEST_SIZE and its sisters in encode.h follow from the members' sizes. A member that grows makes the longest message
-// longer, and the record another binary interface: measure anew (the room tests do) and move the SOVERSION.
+// SIP_REQUEST_SIZE and its sisters in encode.h follow from the members' sizes. A member that grows makes the longest
+// message longer, and the record another binary interface: measure anew (the room tests do) and move the SOVERSION.
 static_assert(sizeof(long) != 8 ||
               (sizeof(SIP_CODE_MSG) == 14080 && sizeof(SIP_SDP) == 1344 && sizeof(Xmldoc) == 1432));
 
@@ -52,7 +52,8 @@ bool prepare(SIP_CODE_MSG &record);
 void write_request(writer &out, SIP_CODE_MSG &record);
 void write_response(writer &out, SIP_CODE_MSG &record);
 
-// The transport token of the Via and Contact lines; empty for SCTP and anything unknown. As long as what is put in one block.
+// The transport token of the Via and Contact lines; empty for SCTP and anything unknown. As long as what is put in
+// one block.
 using transport_token = char[8];
 const transport_token &transport_text(TRANS_TYPE_E transport);
 
@@ -85,8 +86,8 @@ void write_supported(writer &out, const SIP_CODE_MSG &record);
 void write_require(writer &out, const SIP_CODE_MSG &record);
 void write_expires(writer &out, int seconds);
 
-// The body block that ends every message: Content-Type, Content-Length, the empty line and the body. The request has body
-// sources that a response never takes.
+// The body block that ends every message: Content-Type, Content-Length, the empty line and the body. The request has
+// body sources that a response never takes.
 enum class body_sources { of_request, of_response };
 void write_body(writer &out, SIP_CODE_MSG &record, body_sources sources);
 

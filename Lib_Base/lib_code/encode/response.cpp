@@ -1,5 +1,5 @@
-// A response from the record, usually the one that was decoded from the request: the status line, the header lines in their
-// fixed order, the body. Several lines are decided by cseq.method, the method of the request that is answered.
+// A response from the record, usually the one that was decoded from the request: the status line, the header lines in
+// their fixed order, the body. Several lines are decided by cseq.method, the method of the request that is answered.
 #include "lines.h"
 #include "methods.h"
 

@@ -1,8 +1,9 @@
 // Session description (RFC 4566) of an outgoing message, from SIP_SDP.
 //
-// Each stream is written in one of two ways. Generated (a_conten_nouse, v_conten_nouse 1): its attributes are made from the
-// codecs, the packet time and the direction. Otherwise its content text stands for them, as the decoder took it out of a
-// received description. In a fax session (fax_use 1) the audio media line is left out and the fax address leads.
+// Each stream is written in one of two ways. Generated (a_conten_nouse, v_conten_nouse 1): its attributes are made
+// from the codecs, the packet time and the direction. Otherwise its content text stands for them, as the decoder took
+// it out of a received description. In a fax session (fax_use 1) the audio media line is left out and the fax address
+// leads.
 #include <algorithm>
 
 #include "codecs.h"
@@ -126,8 +127,8 @@ void write_generated_video(writer &out, const SIP_SDP &sdp, bool session_connect
     out.append(member_text(sdp.v_content));
 }
 
-// The content text of a stream, behind a connection line of its own where neither the session nor the text has one and the
-// streams go to different addresses.
+// The content text of a stream, behind a connection line of its own where neither the session nor the text has one
+// and the streams go to different addresses.
 void write_content(writer &out, const SIP_SDP &sdp, bool session_connection, int use, const char (&ip)[24],
                    text content) {
     if (use == 1 && ip[0] != '\0' && !session_connection && content.find("c=") == text::npos &&

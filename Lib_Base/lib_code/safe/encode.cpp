@@ -1,5 +1,5 @@
-// The encoders for hosts that do not trust their record: every text is judged by the place where it is to stand, and a message
-// that is refused leaves no trace.
+// The encoders for untrusted records. Every text is checked for the characters that would break its line. A refused
+// message leaves buffer empty and the record as it was.
 #include <algorithm>
 
 #include "encode/lines.h"
@@ -8,7 +8,7 @@
 namespace sipcode {
 namespace {
 
-// What the encoders change in a record, to be put back when the message is refused.
+// The members that the encoders change, to be put back if the message is refused.
 class changed_members {
   public:
     explicit changed_members(SIP_CODE_MSG &changed)
