@@ -1,5 +1,5 @@
 // sipcode answer, see answer_command.h.
-#include "answer_command.h"
+#include "commands.h"
 
 #include <algorithm>
 #include <charconv>
@@ -20,7 +20,6 @@
 #include "message_decoder.h"
 #include "message_source.h"
 #include "message_writer.h"
-#include "outcome.h"
 
 namespace {
 

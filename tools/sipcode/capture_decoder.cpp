@@ -7,7 +7,7 @@
 
 #include "capture_file.h"
 #include "capture_messages.h"
-#include "outcome.h"
+#include "commands.h"
 #include "progress.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // sipcode check, see check_command.h.
-#include "check_command.h"
+#include "commands.h"
 
 #include <algorithm>
 #include <iostream>
@@ -17,7 +17,6 @@
 #include "library_prints.h"
 #include "message_check.h"
 #include "message_source.h"
-#include "outcome.h"
 #include "progress.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // sipcode decode, see decode_command.h.
-#include "decode_command.h"
+#include "commands.h"
 
 #include <algorithm>
 #include <memory>
@@ -14,7 +14,6 @@
 #include "message_decoder.h"
 #include "message_printer.h"
 #include "message_source.h"
-#include "outcome.h"
 #include "progress.h"
 
 namespace {

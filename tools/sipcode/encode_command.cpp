@@ -1,5 +1,5 @@
 // sipcode encode, see encode_command.h.
-#include "encode_command.h"
+#include "commands.h"
 
 #include <cstdio>
 #include <memory>
@@ -10,7 +10,6 @@
 
 #include "message_source.h"
 #include "message_writer.h"
-#include "outcome.h"
 #include "record_source.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "outcome.h"
+#include "commands.h"
 
 // A standard output that is closed stays so: what is printed on it fails by itself.
 DiscardLibraryPrints::DiscardLibraryPrints() {

@@ -8,11 +8,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
-#include "answer_command.h"
-#include "check_command.h"
-#include "decode_command.h"
-#include "encode_command.h"
-#include "outcome.h"
+#include "commands.h"
 
 void flush_output() {
     errno = 0;

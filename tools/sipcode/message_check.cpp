@@ -8,7 +8,7 @@
 
 #include <fmt/core.h>
 
-#include "refusal.h"
+#include "commands.h"
 #include "session_check.h"
 #include "trial.h"
 

@@ -10,7 +10,7 @@
 
 #include "library_prints.h"
 #include "progress.h"
-#include "refusal.h"
+#include "commands.h"
 #include "safe.h"
 
 namespace {

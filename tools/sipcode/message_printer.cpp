@@ -6,7 +6,7 @@
 #include <fmt/ostream.h>
 
 #include "decode.h"
-#include "outcome.h"
+#include "commands.h"
 #include "print_record.h"
 #include "print_session.h"
 #include "record_json.h"

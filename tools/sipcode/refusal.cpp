@@ -1,5 +1,5 @@
-// Why the library refuses messages, see refusal.h.
-#include "refusal.h"
+// Why the library refuses messages, see commands.h.
+#include "commands.h"
 
 std::string_view refusal_text(SIP_DECODE_OUTCOME outcome) {
     switch (outcome) {

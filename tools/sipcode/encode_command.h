@@ -1,9 +1,0 @@
-// sipcode encode [FILE|-]: records as JSON in, messages out.
-#pragma once
-
-namespace CLI {
-class App;
-}
-
-// Adds the subcommand to the tool. When it is named on the command line, parsing runs it and stores the exit status.
-void add_encode_command(CLI::App &tool, int &status);
