@@ -55,7 +55,8 @@ std::string on_one_line(std::string_view text) {
 void write_line(int level, spdlog::source_loc place, const char *format, va_list arguments) noexcept {
     static const std::shared_ptr<spdlog::logger> logger = find_or_make_logger();
     char text[line_size] = "";
-    std::vsnprintf(text, sizeof text, format, arguments);
+    if (std::vsnprintf(text, sizeof text, format, arguments) < 0)
+        text[0] = '\0';
     logger->log(place, level == 0 ? spdlog::level::err : spdlog::level::warn, on_one_line(text));
 }
 

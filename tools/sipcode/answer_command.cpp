@@ -1,9 +1,9 @@
-// sipcode answer, see answer_command.h.
+// sipcode answer --status CODE [FILE|-]: requests in, their answers out.
 #include "commands.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -16,6 +16,7 @@
 #include <fmt/format.h>
 
 #include "answer.h"
+#include "console.h"
 #include "decode.h"
 #include "message_decoder.h"
 #include "message_source.h"
@@ -45,8 +46,8 @@ struct Options {
     std::string nonce;
 };
 
-// Transports by TRANS_TYPE_E.
-const std::vector<std::string> transports = {"udp", "tcp", "tls"};
+// In the order of TRANS_TYPE_E.
+constexpr std::array<std::string_view, 3> transports = {"udp", "tcp", "tls"};
 
 std::string known_statuses() {
     std::vector<std::string_view> codes;
@@ -133,12 +134,12 @@ int answer_messages(const Options &options) {
     int status = success;
     int number = 0;
     for (const std::string_view message : split_messages(content)) {
-        const std::string speaker = fmt::format("sipcode: {}: message {}", source_name(options.file), ++number);
-        const Decoded request = decoder.decode(std::string(message), speaker);
+        const std::string place = fmt::format("{}: message {}", source_name(options.file), ++number);
+        const Decoded request = decoder.decode(std::string(message), place);
         const std::string refusal = answer_message(request, settings, writer);
         if (refusal.empty())
             continue;
-        fmt::print(stderr, "{}: refused: {}\n", speaker, refusal);
+        tell(fmt::format("{}: refused: {}", place, refusal));
         status = refused;
     }
     return status;
@@ -160,7 +161,7 @@ void add_answer_command(CLI::App &tool, int &status) {
     add("--realm", options->realm, "TEXT", "Realm of a 401 or 407; without it the host of the request URI");
     add("--nonce", options->nonce, "TEXT", "Nonce of a 401 or 407; without it a new one");
     add("--transport", options->transport, "TRANSPORT", "Of Via and Contact: udp, which is the default, tcp or tls")
-        ->check(CLI::IsMember(transports));
+        ->check(CLI::IsMember(std::vector<std::string>(transports.begin(), transports.end())));
     command->footer(footer);
     command->callback([options, &status] { status = answer_messages(*options); });
 }

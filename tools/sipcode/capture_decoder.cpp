@@ -7,8 +7,7 @@
 
 #include "capture_file.h"
 #include "capture_messages.h"
-#include "commands.h"
-#include "progress.h"
+#include "console.h"
 
 namespace {
 
@@ -67,12 +66,11 @@ class Decoding {
   private:
     void decode(const CapturedMessage &message) {
         const std::string place = fmt::format("{}: message {}", name_, ++count_);
-        const std::string speaker = "sipcode: " + place;
         if (!message.is_whole)
-            tell(fmt::format("{}: note: the capture holds only its first {} characters", speaker, message.text.size()));
-        Decoded decoded = decoder_.decode(std::string(message.text), speaker);
+            tell(fmt::format("{}: note: the capture holds only its first {} characters", place, message.text.size()));
+        Decoded decoded = decoder_.decode(std::string(message.text), place);
         if (!decoded.refusal.empty()) {
-            tell(fmt::format("{}: refused: {}", speaker, decoded.refusal));
+            tell(fmt::format("{}: refused: {}", place, decoded.refusal));
             ++refused_[decoded.refusal];
         }
         cut_values_ += static_cast<std::size_t>(decoded.cut_values);
@@ -98,13 +96,13 @@ int decode_capture(Source &source, const std::string &filter, MessageDecoder &de
         Decoding decoding(source, filter, decoder, printer);
         const std::string damage = decoding.run();
         if (!damage.empty())
-            tell(fmt::format("sipcode: {}: {}", source.name(), damage));
-        tell(fmt::format("sipcode: {}: {}", source.name(), decoding.counts()));
+            tell(fmt::format("{}: {}", source.name(), damage));
+        tell(fmt::format("{}: {}", source.name(), decoding.counts()));
         if (!damage.empty())
             return misuse;
         return decoding.has_refused() ? refused : success;
     } catch (const CaptureError &error) {
-        tell(fmt::format("sipcode: {}: {}", source.name(), error.what()));
+        tell(fmt::format("{}: {}", source.name(), error.what()));
         return misuse;
     }
 }

@@ -1,4 +1,4 @@
-// sipcode check, see check_command.h.
+// sipcode check [FILE...|-]: messages in, what their records lose out.
 #include "commands.h"
 
 #include <algorithm>
@@ -14,10 +14,9 @@
 #include <spdlog/sinks/null_sink.h>
 #include <spdlog/spdlog.h>
 
-#include "library_prints.h"
+#include "console.h"
 #include "message_check.h"
 #include "message_source.h"
-#include "progress.h"
 
 namespace {
 
@@ -119,7 +118,7 @@ int check_messages(const std::string &content, const std::string &file, bool as_
 int check_source(const std::string &file, bool as_json) {
     Source source(file);
     if (source.is_capture()) {
-        tell(fmt::format("sipcode: {}: check reads messages, captures are for decode", source.name()));
+        tell(fmt::format("{}: check reads messages, captures are for decode", source.name()));
         return misuse;
     }
     return check_messages(source.read_all(), source.name(), as_json);
@@ -134,7 +133,7 @@ int check(const Options &options) {
         try {
             status = std::max(status, check_source(file, options.json));
         } catch (const SourceError &error) {
-            tell(fmt::format("sipcode: {}", error.what()));
+            tell(error.what());
             status = misuse;
         }
     }

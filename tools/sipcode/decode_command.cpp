@@ -1,4 +1,4 @@
-// sipcode decode, see decode_command.h.
+// sipcode decode [FILE...|-]: messages in, the members of their records out.
 #include "commands.h"
 
 #include <algorithm>
@@ -11,10 +11,10 @@
 #include <fmt/core.h>
 
 #include "capture_decoder.h"
+#include "console.h"
 #include "message_decoder.h"
 #include "message_printer.h"
 #include "message_source.h"
-#include "progress.h"
 
 namespace {
 
@@ -61,10 +61,9 @@ int decode_messages(const std::string &content, const std::string &name, Message
     int number = 0;
     for (const std::string_view message : split_messages(content)) {
         const std::string place = fmt::format("{}: message {}", name, ++number);
-        const std::string speaker = "sipcode: " + place;
-        Decoded decoded = decoder.decode(std::string(message), speaker);
+        Decoded decoded = decoder.decode(std::string(message), place);
         if (!decoded.refusal.empty()) {
-            tell(fmt::format("{}: refused: {}", speaker, decoded.refusal));
+            tell(fmt::format("{}: refused: {}", place, decoded.refusal));
             status = refused;
         }
         printer.print(decoded, place, nullptr);
@@ -76,7 +75,7 @@ int decode_source(Source &source, const Options &options, MessageDecoder &decode
     if (source.is_capture())
         return decode_capture(source, options.filter, decoder, printer);
     if (!options.filter.empty()) {
-        tell(fmt::format("sipcode: {}: --filter is for captures, which this file is not", source.name()));
+        tell(fmt::format("{}: --filter is for captures, which this file is not", source.name()));
         return misuse;
     }
     return decode_messages(source.read_all(), source.name(), decoder, printer);
@@ -91,7 +90,7 @@ int decode(const Options &options) {
             Source source(file);
             status = std::max(status, decode_source(source, options, decoder, printer));
         } catch (const SourceError &error) {
-            tell(fmt::format("sipcode: {}", error.what()));
+            tell(error.what());
             status = misuse;
         }
     }

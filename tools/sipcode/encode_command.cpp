@@ -1,13 +1,13 @@
-// sipcode encode, see encode_command.h.
+// sipcode encode [FILE|-]: records as JSON in, messages out.
 #include "commands.h"
 
-#include <cstdio>
 #include <memory>
 #include <string>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include "console.h"
 #include "message_source.h"
 #include "message_writer.h"
 #include "record_source.h"
@@ -32,7 +32,7 @@ int encode(const std::string &file) {
         const std::string refusal = writer.write(record);
         if (refusal.empty())
             continue;
-        fmt::print(stderr, "sipcode: {}: refused: {}\n", place, refusal);
+        tell(fmt::format("{}: refused: {}", place, refusal));
         status = refused;
     }
     return status;

@@ -1,20 +1,12 @@
 // sipcode: the codec from the command line. One subcommand per file; a new one adds its line below.
-#include <cerrno>
-#include <cstdio>
 #include <exception>
-#include <iostream>
-#include <system_error>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include "code.h"
 #include "commands.h"
-
-void flush_output() {
-    errno = 0;
-    if (!std::cout.flush())
-        throw std::system_error(errno == 0 ? EIO : errno, std::generic_category(), "standard output");
-}
+#include "console.h"
 
 namespace {
 
@@ -46,7 +38,7 @@ int main(int argc, char **argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception &error) {
-        fmt::print(stderr, "sipcode: {}\n", error.what());
+        tell(error.what());
         return misuse;
     }
 }

@@ -8,7 +8,6 @@
 
 #include <fmt/core.h>
 
-#include "commands.h"
 #include "session_check.h"
 #include "trial.h"
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "message_lines.h"
+#include "safe.h"
 
 enum class Loss {
     refused, // the whole message
@@ -27,6 +28,9 @@ struct Finding {
     std::size_t characters = 0;
     std::size_t kept = 0;
 };
+
+// Says why the library refused a message; empty for SIP_DECODE_DONE.
+std::string_view refusal_text(SIP_DECODE_OUTCOME outcome);
 
 // In the order of their places. What is ignored or dropped is what can be taken out of the message without a change of the
 // record. first_line is the number of the message's first line in its file, for texts that name another line.

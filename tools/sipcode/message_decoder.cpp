@@ -8,9 +8,8 @@
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/spdlog.h>
 
-#include "library_prints.h"
-#include "progress.h"
-#include "commands.h"
+#include "console.h"
+#include "message_check.h"
 #include "safe.h"
 
 namespace {

@@ -5,10 +5,9 @@
 
 #include <fmt/ostream.h>
 
+#include "console.h"
 #include "decode.h"
-#include "commands.h"
-#include "print_record.h"
-#include "print_session.h"
+#include "print.h"
 #include "record_json.h"
 
 namespace {

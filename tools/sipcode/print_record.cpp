@@ -1,5 +1,5 @@
-// The codec record for a reader, see print_record.h.
-#include "print_record.h"
+// The codec record for a reader, see print.h.
+#include "print.h"
 
 #include <algorithm>
 #include <string>

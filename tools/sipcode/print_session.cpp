@@ -1,5 +1,5 @@
-// What a message offers, see print_session.h.
-#include "print_session.h"
+// What a message offers, see print.h.
+#include "print.h"
 
 #include <algorithm>
 #include <iterator>

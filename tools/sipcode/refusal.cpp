@@ -1,5 +1,5 @@
-// Why the library refuses messages, see commands.h.
-#include "commands.h"
+// Why the library refuses messages, see message_check.h.
+#include "message_check.h"
 
 std::string_view refusal_text(SIP_DECODE_OUTCOME outcome) {
     switch (outcome) {

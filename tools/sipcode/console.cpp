@@ -1,9 +1,13 @@
-// How far a long run is, see progress.h.
-#include "progress.h"
+// Standard error, progress and the end of standard output, see console.h.
+#include "console.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <iostream>
 #include <string>
+#include <system_error>
 
+#include <fcntl.h>
 #include <fmt/core.h>
 #include <unistd.h>
 
@@ -23,7 +27,13 @@ void clear() {
 
 void tell(std::string_view line) {
     clear();
-    fmt::print(stderr, "{}\n", line);
+    fmt::print(stderr, "sipcode: {}\n", line);
+}
+
+void flush_output() {
+    errno = 0;
+    if (!std::cout.flush())
+        throw std::system_error(errno == 0 ? EIO : errno, std::generic_category(), "standard output");
 }
 
 Progress::Progress(const Source &source)
@@ -41,4 +51,25 @@ void Progress::update(std::size_t packets, std::size_t messages) {
     fmt::print(stderr, "{}: {}{} packets, {} messages", source_.name(), share, packets, messages);
     is_shown = true;
     next_ = std::chrono::steady_clock::now() + interval;
+}
+
+// A closed standard output stays closed: a print on it fails by itself.
+DiscardLibraryPrints::DiscardLibraryPrints() {
+    flush_output();
+    output_ = dup(STDOUT_FILENO);
+    if (output_ == -1)
+        return;
+    const int sink = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (sink == -1)
+        throw std::system_error(errno, std::generic_category(), "/dev/null");
+    dup2(sink, STDOUT_FILENO);
+    close(sink);
+}
+
+DiscardLibraryPrints::~DiscardLibraryPrints() {
+    if (output_ == -1)
+        return;
+    std::fflush(stdout);
+    dup2(output_, STDOUT_FILENO);
+    close(output_);
 }
