@@ -9,7 +9,7 @@ packages_sipp=(sip-tester)
 packages_bench=(build-essential cmake ninja-build libbenchmark-dev valgrind)
 packages_peers=(pkg-config libosip2-dev libre-dev libsofia-sip-ua-dev gnuplot-nox python3)
 
-# Installs those of the named packages that the machine lacks; says what to type where it may not.
+# Installs those of the named packages that the machine lacks. Prints the command to type if it may not install them.
 need_packages() {
     local package missing=()
     for package; do
@@ -31,8 +31,8 @@ need_packages() {
         as_root=(sudo -n)
     fi
     echo "installing ${missing[*]}"
-    quietly "${as_root[@]}" apt-get update
-    quietly "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+    visibly "${as_root[@]}" apt-get update
+    visibly "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
 # Runs a command and shows what it printed only when it fails.
@@ -45,24 +45,42 @@ quietly() {
     fi
 }
 
-# Configures and builds one preset, or only the named targets of it. On a terminal ninja shows its progress.
-build_preset() {
-    local preset=$1 targets=()
-    shift
-    if (($#)); then
-        targets=(--target "$@")
-    fi
-    echo "building $preset"
-    quietly cmake --preset "$preset"
+# Runs a command that takes a while. On a terminal its own progress is seen; elsewhere it is quiet.
+visibly() {
     if [[ -t 1 ]]; then
-        cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}"
+        "$@"
     else
-        quietly cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}" -- --quiet
+        quietly "$@"
     fi
 }
 
-# Builds one preset and runs its tests, except those that need SIPp.
+# Configures and builds one preset, or only the named targets of it. Definitions (-D...) go to CMake.
+build_preset() {
+    local preset=$1 argument definitions=() targets=()
+    shift
+    for argument; do
+        case $argument in
+        -D*) definitions+=("$argument") ;;
+        *) targets+=("$argument") ;;
+        esac
+    done
+    if ((${#targets[@]})); then
+        targets=(--target "${targets[@]}")
+    fi
+    echo "building $preset"
+    quietly cmake --preset "$preset" "${definitions[@]}"
+    visibly cmake --build --preset "$preset" --parallel "$(nproc)" "${targets[@]}"
+}
+
+# Builds one preset and runs its tests, except for those that need SIPp. Names only the tests that fail.
 test_preset() {
+    local output result=0
     build_preset "$1"
-    ctest --preset "$1" --label-exclude e2e --parallel "$(nproc)" --progress
+    echo "testing $1"
+    output=$(ctest --preset "$1" --label-exclude e2e --parallel "$(nproc)" 2>&1) || result=$?
+    if ((result)); then
+        grep -vE '^ +Start +[0-9]+: | +Passed +[0-9.]+ sec' <<<"$output" || true
+        return "$result"
+    fi
+    grep -E 'tests passed|Total Test time' <<<"$output"
 }

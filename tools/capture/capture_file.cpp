@@ -18,7 +18,7 @@ pcap_t *open_capture(std::FILE *stream) {
     char error[PCAP_ERRBUF_SIZE] = "";
     pcap_t *file = pcap_fopen_offline(stream, error);
     if (file == nullptr) {
-        std::fclose(stream);
+        static_cast<void>(std::fclose(stream)); // the capture is what cannot be read
         throw CaptureError(error);
     }
     return file;

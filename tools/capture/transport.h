@@ -63,7 +63,7 @@ class TransportReader {
     std::optional<Segment> read_ipv4(const Tins::IP &ip);
     std::optional<Segment> read_ipv6(const Tins::IPv6 &ip);
     std::optional<Segment> add_fragment(Fragment fragment);
-    std::optional<Segment> segment_in(const Tins::PDU &ip, std::string source, std::string destination);
+    std::optional<Segment> segment_in(const Tins::PDU &pdu, std::string source, std::string destination);
 
     Parse parse_;
     Fragments fragments_;

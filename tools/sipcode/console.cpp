@@ -69,7 +69,7 @@ DiscardLibraryPrints::DiscardLibraryPrints() {
 DiscardLibraryPrints::~DiscardLibraryPrints() {
     if (output_ == -1)
         return;
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout)); // discarded either way
     dup2(output_, STDOUT_FILENO);
     close(output_);
 }
