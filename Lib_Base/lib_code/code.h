@@ -9,8 +9,8 @@
  *  - A text member char[N] holds at most N-1 characters and is always terminated. Decoders cut longer values silently;
  *    where a member keeps fewer than N-1 characters, its comment says so.
  *  - int and the enumerations are 32 bits wide and signed; long int is the platform's.
- *  - A record that begins with "int use" counts only when use is 1. Decoders set 1 when the header was found; encoders
- *    write the header or body when it is 1.
+ *  - A record that begins with "int use" is valid only if use is 1. Decoders set it to 1 if they find the header.
+ *    Encoders write the header or body if it is 1.
  *  - Sip_Decode clears nothing: it writes only what the message carries. Zero the record before a decode, and before
  *    filling one for an encode.
  *
@@ -170,7 +170,7 @@ typedef struct SIP_METHOD_TEXT {
 } SIP_METHOD_TEXT;
 extern const SIP_METHOD_TEXT decode_methods[SIP_CODE_METHOD_COUNT];
 
-/* Display name of every codec, indexed by e_codec. Read by the record dump alone; G722 shows as "97" there. */
+/* Display name of every codec, indexed by e_codec. Only the record dump reads it; it shows G722 as "97". */
 typedef struct SIP_CODEC_TEXT {
     const char *text;
 } SIP_CODEC_TEXT;
@@ -342,7 +342,7 @@ typedef struct SIP_SUBSCRIPTION_STATE {
 /* User-Agent (RFC 3261 section 20.41) */
 typedef struct SIP_USER_AGENT {
     int use;             /* D E */
-    int authencryptflag; /* the host's own; the library never touches it */
+    int authencryptflag; /* for the host's own use; the library never touches it */
     char useragent[64];  /* verbatim, longest 62; D E */
 } SIP_USER_AGENT;
 
@@ -350,7 +350,7 @@ typedef struct SIP_USER_AGENT {
  *
  *   Session-Expires: 1800;refresher=uac
  *                    |              |
- *                    sessionexpires refresher: the text after the first "=" behind the first ";", whatever its name
+ *                    sessionexpires refresher: the text after the first "=" after the first ";", whatever its name
  */
 typedef struct SIP_SESSION_EXPIRES {
     int use;            /* D E */
@@ -376,7 +376,7 @@ typedef struct SIP_P_EARLY_MEDIA {
     char content[32]; /* E */
 } SIP_P_EARLY_MEDIA;
 
-/* Call-Info (RFC 3261 section 20.9); written behind a URI made of the From party */
+/* Call-Info (RFC 3261 section 20.9); written after a URI built from the From address */
 typedef struct SIP_CALL_INFO {
     int use;           /* D E */
     char content[128]; /* verbatim; D E */
@@ -436,18 +436,18 @@ typedef struct SIP_SDP {
     int a_use;              /* 1: an audio stream; D E P */
     int v_use;              /* 1: a video stream; D E P */
     int fax_use;            /* 1: a T.38 stream; decode: 2 when the body holds "a=SilcenceSupp"; D E */
-    e_codec a_coders[8];    /* in offer order, dynamic ones behind the static ones; 0 is an empty slot; D E P (4) */
+    e_codec a_coders[8];    /* in offer order, static ones before dynamic ones; 0 is an empty slot; D E P (4) */
     int v_coders[8];        /* video payload numbers; only the first four are read or written; D E */
-    char a_content[512];    /* audio section behind its m-line, with a direction line added when it has none; D E */
-    char v_content[512];    /* video section behind its m-line; D E */
+    char a_content[512];    /* audio section after its m-line; a direction line is added if it has none; D E */
+    char v_content[512];    /* video section after its m-line; D E */
     IPV4_ADDRESS a_addr;    /* D E P */
     IPV4_ADDRESS v_addr;    /* D E P */
     FAX_INFO fax;           /* D E */
     long int o_sec;         /* version of the "o=" line when above 0; E */
-    int o_sec_flag;         /* the host's own; the library never touches it */
-    int a_conten_nouse;     /* 1: generate the audio attributes from the codecs; else a_content stands for them; E */
+    int o_sec_flag;         /* for the host's own use; the library never touches it */
+    int a_conten_nouse;     /* 1: generate the audio attributes from the codecs; else a_content is written instead; E */
     int a_media;            /* SIP_MEDIA_DIRECTION; D E */
-    int v_conten_nouse;     /* 1: generate the video attributes; else v_content stands for them; E */
+    int v_conten_nouse;     /* 1: generate the video attributes; else v_content is written instead; E */
     int v_media;            /* SIP_MEDIA_DIRECTION; E */
     int a_ptime;            /* packet time in milliseconds, written when above 0; decode: two digits are read; D E */
     CODEC_RTPMAP rtpmap[4]; /* D E; the SDP builder adds telephone events when a_coders holds TE101 */
@@ -519,7 +519,7 @@ typedef struct SIP_AUTHEN {
 typedef struct REFER_INFO {
     int use;                  /* D E */
     int refermode;            /* 1 attended (the URI carries "?Replaces="), 0 blind; D E */
-    int tochn;                /* the host's own; the library never touches it */
+    int tochn;                /* for the host's own use; the library never touches it */
     char refertoip[24];       /* D */
     char refertotel[32];      /* D E */
     char refertotag[128];     /* D */
@@ -536,7 +536,7 @@ typedef struct SIP_HISTORY_INFO {
     char user[32];     /* D E */
     IPV4_ADDRESS addr; /* D E */
     int index;         /* E */
-    char cause[16];    /* the three characters behind "cause="; written when not empty; D E */
+    char cause[16];    /* the three characters after "cause="; written when not empty; D E */
 } SIP_HISTORY_INFO;
 
 /* Message-waiting summary (RFC 3842) */
@@ -564,7 +564,7 @@ typedef struct SIP_CODE_MSG {
     char xml_buf[4096];       /* decode: the message body; encode: the body text when xml.use is SIP_XML_TEXT; D E */
     int method;               /* sip_code_method of the start line, 0 when unknown; the encoders take 1 to 48; D E P */
     int via_count;            /* number of Vias, a line with a comma counting twice; 2 writes via1 above via; D E */
-    char callid[128];         /* longest 126; the encoders take a leading "ims-" off it; D E P */
+    char callid[128];         /* longest 126; the encoders remove a leading "ims-"; D E P */
     char korvadex[128];       /* "Korvadex-Extern" line, longest 126; D E */
     char korvadex_trunk[128]; /* "Korvadex" line, else "Korvadex-Extern", longest 126; D */
     int max_forward;          /* hops; the encoders always write 70; D P */

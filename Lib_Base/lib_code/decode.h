@@ -1,9 +1,9 @@
-/* decode.h - received SIP text into the codec record.
+/* decode.h - decodes received SIP text into the codec record.
  *
- * Threads: nothing here keeps state between calls. Any number of threads may call at once, each on a record and a split
- * message of its own, provided that the host's services (host.h) allow it. Nothing is allocated.
+ * Threads: nothing here keeps state between calls. Any number of threads may call at once if each has its own record
+ * and split message and the host's services (host.h) allow it. Nothing is allocated.
  *
- * Blank, throughout: any byte from 1 to 32.
+ * A blank is any byte from 1 to 32.
  */
 #ifndef SIPCODE_DECODE_H
 #define SIPCODE_DECODE_H
@@ -25,24 +25,24 @@ extern "C" {
  *
  *   INVITE sip:1001@10.0.0.1 SIP/2.0     header[0]: rlPart1 "INVITE", rlPart2 "sip:1001@10.0.0.1"
  *   Via: SIP/2.0/UDP 10.0.0.9            header[1]
- *   Record-Route: <sip:10.0.0.2>,        header[2]: a line that ends in a comma and CR LF goes on in the next one
+ *   Record-Route: <sip:10.0.0.2>,        header[2]: a line that ends in a comma and CR LF continues on the next
  *     <sip:10.0.0.3>
  *                                        the empty line ends the headers
  *   v=0                                  line[0], and the whole body as received in content
  *
- * The entries point into the message's own data, so a split message must not be copied. The functions below take one
- * that the host filled as well: they read header[0] to header[headers - 1] and line[0] to line[lines - 1] as terminated
- * strings (a null entry is passed over, and at most 64 are read) and content as a terminated text.
+ * The entries point into the message's own data, so a split message must not be copied. The host may also fill one
+ * itself for the functions below. They read header[0] to header[headers - 1] and line[0] to line[lines - 1] as
+ * terminated strings, and content as terminated text. They skip null entries and read at most 64 of each.
  */
 typedef struct SIP_MSG {
-    char content[4096];     /* the body as received: the text behind the empty line */
+    char content[4096];     /* the body as received: the text after the empty line */
     char data[4096];        /* the received text, cut into lines in place */
     char *rlPart1;          /* first token of the start line: the method word, or "SIP/2.0" for a response */
     char *rlPart2;          /* request: the request URI; response: status code and reason phrase */
     int len;                /* not used */
     int headers;            /* entries in header, the start line included; at most 64 */
     int lines;              /* entries in line; at most 64 */
-    int method;             /* sip_code_method of the message, set behind the splitting */
+    int method;             /* sip_code_method of the message, set after splitting */
     unsigned int flags;     /* not used */
     char *header[64];       /* the start line, then one entry per header line in message order */
     char *line[64];         /* one entry per body line in order */
@@ -56,10 +56,10 @@ typedef struct SIP_MSG {
 
 /* Decodes the received text buf into pcode_msg.
  *
- * buf        terminated text, never changed; its first 4095 characters are used. Must not be null.
+ * buf        terminated text; only its first 4095 characters are read. It is not changed. Must not be null.
  * pcode_msg  a record that the caller zeroed. Must not be null.
  *
- * Returns  1 the message was decoded; headers that are missing or broken left their members as they were.
+ * Returns  1 the message was decoded. A missing or broken header leaves its members as they were.
  *         -1 the message is refused: no usable start line, no header line, no Call-ID, no CSeq with a number, or no
  *            Via. Members decoded before the refusal may be filled; xml_buf is not.
  */
@@ -69,68 +69,69 @@ int Sip_Decode(char *buf, SIP_CODE_MSG *pcode_msg);
  * Recognising methods and statuses (the identifiers are those of sip_code_method)
  */
 
-/* Identifier of the method word that begins msg: the word in any letter case, followed by a blank or the end.
- * 0 when no method matches, -1 for a null or empty msg. */
+/* Returns the identifier of the method word at the start of msg. Case is ignored, and a blank or the end of msg must
+ * follow the word. Returns 0 if no method matches, -1 if msg is null or empty. */
 int SIP_Decode_Parse_Method(const char *msg);
 
-/* Identifier of the status text that begins msg, by its three-digit code alone. 0 when the code is not in the table or
- * msg is shorter than three characters, -1 for a null or empty msg. */
+/* Returns the identifier of the status at the start of msg; only its three-digit code is compared. Returns 0 if the
+ * code is not in the table or msg is shorter than three characters, -1 if msg is null or empty. */
 int SIP_Decode_Parse_Method_Response(const char *msg);
 
-/* Stand-in for a status that the table does not hold: 27 (480) when msg begins with a code from 400 to 699, else 0. */
+/* Returns a substitute for a status that is not in the table: 27 (480) if msg begins with a code from 400 to 699,
+ * else 0. */
 int SIP_Decode_Parse_Other_Response(const char *msg);
 
-/* Sets psip_msg->method from the status code that begins rlPart2, when method is still 0; knows fewer codes than
- * SIP_Decode_Parse_Method_Response: 401, 403, 422, 503 and 513 leave it 0. Does nothing for a null message. */
+/* Sets psip_msg->method from the status code at the start of rlPart2 if method is still 0. It knows fewer codes than
+ * SIP_Decode_Parse_Method_Response: 401, 403, 422, 503 and 513 leave 0. Does nothing if psip_msg is null. */
 void CompatibleSipMethodName(SIP_MSG *psip_msg);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Showing a record
  */
 
-/* Room for the longest dump, terminator included: 2264 bytes when every text member is terminated, and one more for
- * each of its 26 texts that a host left unterminated. */
+/* Size of the longest dump, terminator included: 2264 bytes if every text member is terminated, and one more for each
+ * of its 26 texts that a host left unterminated. */
 #define SIP_DUMP_SIZE 2290
 
-/* Writes the main members of pcode_msg as lines of text to buf, which holds at least SIP_DUMP_SIZE bytes. The record is
- * only read. */
+/* Writes the main members of pcode_msg as lines of text to buf, which must hold at least SIP_DUMP_SIZE bytes. The
+ * record is not changed. */
 void SIP_Decode_Msg_Printf(char *buf, SIP_CODE_MSG *pcode_msg);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Scanning
  */
 
-/* Value of the first header line named name (any letter case, followed at once by ":"), behind its leading blanks; null
- * when there is none or name is null. The start line is searched too; compact forms are names of their own. The result
- * points into the split message. */
+/* Returns the value of the first header line named name, without its leading blanks; null if there is none or name is
+ * null. Case is ignored, and ":" must follow the name directly. The start line is searched too. A compact form is a
+ * different name. The result points into the split message. */
 const char *Parse_Header(const SIP_MSG *psip_msg, const char *name);
 
-/* First non-blank character of str, or its terminator. str must not be null. */
+/* Returns the first non-blank character of str, or its terminator. str must not be null. */
 char *Parse_Skip_Blanks(const char *str);
 
-/* 1 when s is null or empty, else 0. */
+/* Returns 1 if s is null or empty, else 0. */
 int Judge_Strlen_Zero(const char *s);
 
-/* Copies src into the size bytes at dst, cut to size - 1 characters and always terminated. Does nothing when dst or src
+/* Copies src into the size bytes at dst, cut to size - 1 characters and always terminated. Does nothing if dst or src
  * is null or size is 0. */
 void Copy_String(char *dst, const char *src, size_t size);
 
-/* Decodes the %xx escapes of s in place (RFC 3261 section 25.1). Exactly the two characters behind a "%" are taken when
- * a hexadecimal number begins there; "%00" ends the text. The text never grows. s must not be null. */
+/* Decodes the %xx escapes of s in place (RFC 3261 section 25.1). If a hexadecimal number begins after "%", exactly two
+ * characters are consumed. "%00" ends the text. The text never grows. s must not be null. */
 void Uri_Decode(char *s);
 
 /* ------------------------------------------------------------------------------------------------------------------
- * Decoders of one header. Each reads the split message and fills the member (or record) that it is given; a missing
- * header leaves it as it was. No pointer may be null.
+ * Decoders of one header. Each reads the split message and fills the member or record passed to it. A missing header
+ * leaves it as it was. No pointer may be null.
  */
 
-/* Number of Via values: 1 for every line that begins with "Via" or "v:", and 1 more when it holds a comma. */
+/* Returns the number of Via values: 1 for every line that begins with "Via" or "v:", and 1 more if it has a comma. */
 int SIP_Decode_Judge_Via_Count(SIP_MSG *psip_msg);
 
 /* First Contact address, from "Contact" or "m": user, addr.ip and addr.port. */
 void Parse_Contact(SIP_CONTACT *contact, SIP_MSG *psip_msg);
 
-/* "Session-Expires" or "x" (RFC 4028): use, sessionexpires and, when a parameter has one, refresher. */
+/* "Session-Expires" or "x" (RFC 4028): use, sessionexpires and, if a parameter has a value, refresher. */
 void Parse_Session_Expires(SIP_SESSION_EXPIRES *psessionexpires, SIP_MSG *psip_msg);
 
 /* "Min-SE" (RFC 4028): use and minse. */
@@ -139,42 +140,42 @@ void Parse_Min_Se(SIP_MIN_SE *pMinSe, SIP_MSG *psip_msg);
 /* "Min-Expires" (RFC 3261 section 20.23): use and min_expires. */
 void Parse_Min_Expires(SIP_MIN_EXPIRES *pMinExpires, SIP_MSG *psip_msg);
 
-/* "Call-Info" (RFC 3261 section 20.9) into call_info. Returns 1, or -1 without the header. */
+/* "Call-Info" (RFC 3261 section 20.9) into call_info. Returns 1, or -1 if the header is missing. */
 int Parse_Call_Info(SIP_MSG *psip_msg, SIP_CODE_MSG *pcode_msg);
 
-/* Number of lines that begin with "Record-Route"; -1 when psip_msg is null. */
+/* Returns the number of lines that begin with "Record-Route", -1 if psip_msg is null. */
 int SIP_Decode_Judge_RecordRoute_Count(SIP_MSG *psip_msg);
 
-/* DTMF signal of an INFO into use and key: the body line "Signal=" of an application/dtmf-relay body, or an
- * application/dtmf body, whose trailing blanks are then taken off content in place. */
+/* DTMF signal of an INFO into use and key: the "Signal=" line of an application/dtmf-relay body, or the whole
+ * application/dtmf body. Trailing blanks of the latter are removed from content in place. */
 void Parse_Info(SIP_INFO *info, SIP_MSG *psip_msg);
 
-/* Message-waiting summary (RFC 3842) of the body text pchMesseagSummary; a null or empty text does nothing. */
+/* Message-waiting summary (RFC 3842) of the body text pchMesseagSummary. Does nothing if it is null or empty. */
 void Parse_Message_Summary(MESSAGE_SUMMARY *ptMsgSummary, char *pchMesseagSummary);
 
 /* ------------------------------------------------------------------------------------------------------------------
- * Digest authentication (RFC 2617). Values are cut to their members; parameters that are not listed are skipped.
+ * Digest authentication (RFC 2617). Values are cut to their members. Unlisted parameters are skipped.
  */
 
-/* Credentials: "Authorization" (author_type 100), else "Proxy-Authorization" (101). Clears username, realm, nonce, uri,
- * response and algorithm and sets stale to -1 first, also when there is no header. */
+/* Credentials: "Authorization" (author_type 100), else "Proxy-Authorization" (101). First clears username, realm,
+ * nonce, uri, response and algorithm and sets stale to -1, even if there is no header. */
 void Parse_Author(SIP_AUTHOR *pauthor, SIP_MSG *psip_msg);
 
 /* Challenge: "WWW-Authenticate" (authen_type 102), else "Proxy-Authenticate" (103). */
 void Parse_Authen(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg);
 
-/* "Authentication-Info": use is 1 when it has a value, else 0; nonce is its nextnonce parameter. */
+/* "Authentication-Info": use is 1 if it has a value, else 0; nonce is its nextnonce parameter. */
 void Parse_Authen_Info(NEXT_NONCE *next_nonce, SIP_MSG *psip_msg);
 
-/* Copies src to dst without double quotes, up to the second one. Returns the offset of the first comma in dst, or the
- * length of dst when it holds none, and dst is terminated. With fewer than two double quotes all of src is copied,
- * the result is 0, and dst is not terminated: clear it before the call. dst holds as many bytes as src with its
+/* Copies src to dst without double quotes, up to the second one, and terminates dst. Returns the offset of the first
+ * comma in dst, or the length of dst if it has no comma. If src has fewer than two double quotes, all of it is copied,
+ * 0 is returned, and dst is not terminated: clear it before the call. dst must be as large as src with its
  * terminator. */
 int Del_Quote_Mark(char *src, char *dst);
 
-/* Older challenge decoders, kept for hosts that call them. Each works on buf, the whole message text, of which 4095
- * characters are used, when the host's Str_Cmp finds the header's value equal to "Digest ": realm and nonce are the
- * texts between fixed neighbours, algorithm becomes "MD5" and qop "auth". None sets use or authen_type. */
+/* Older challenge decoders, kept for hosts that call them. They do nothing unless the host's Str_Cmp finds the header's
+ * value equal to "Digest ". buf is the whole message text, of which 4095 characters are used. realm and nonce are the
+ * texts between fixed neighbours; algorithm becomes "MD5" and qop "auth". use and authen_type are not set. */
 void Parse_Authen_bak(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf);  /* WWW-Authenticate; stale is read */
 void Parse_Authen_bak2(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf); /* Proxy-Authenticate; stale becomes 0 */
 void Parse_Authen_bak3(SIP_AUTHEN *pauthen, SIP_MSG *psip_msg, char *buf); /* Proxy-Authenticate; stale is read */

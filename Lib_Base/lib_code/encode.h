@@ -1,9 +1,9 @@
-/* encode.h - the codec record into SIP text, and the builders of the values that a new message needs.
+/* encode.h - encodes the codec record as SIP text, and builds the values that a new message needs.
  *
  * Threads: the two encoders, Build_Date and BuildDefaultSdp may run at once on different records and buffers.
  * Build_Tag, Build_Via_Branch and Bulid_Call_id share two counters and the C library's random generator, which
- * Build_Via_Branch and Bulid_Call_id seed anew: call them from one thread at a time. A host that changes TZ calls
- * tzset() before the next branch.
+ * Build_Via_Branch and Bulid_Call_id reseed: call them from one thread at a time. A host that changes TZ must call
+ * tzset() before it builds the next branch.
  */
 #ifndef SIPCODE_ENCODE_H
 #define SIPCODE_ENCODE_H
@@ -36,28 +36,28 @@ extern "C" {
  * Encoding a message
  */
 
-/* Writes one complete request: the request line from method and uri, the header lines whose members are present, the
- * body. Callers pass the methods 2 to 15.
+/* Writes one complete request: the request line from method and uri, the header lines whose members are present, and
+ * the body. method is 2 to 15.
  *
- * buf         at least SIP_REQUEST_SIZE bytes; receives one terminated text, its length is strlen(buf).
- * encode_msg  the filled record. A leading "ims-" is taken off callid, and a TE101 codec in sdp.a_coders may get its
- *             entry in sdp.rtpmap; both changes stay. xml.xml is read by the host's Xml_Encode.
+ * buf         at least SIP_REQUEST_SIZE bytes; receives one terminated text.
+ * encode_msg  the filled record. A leading "ims-" is removed from callid. A TE101 codec in sdp.a_coders may get an
+ *             entry in sdp.rtpmap. Both changes are kept. The host's Xml_Encode reads xml.xml.
  *
- * Text is written as it stands: a line end or a quote inside a member breaks the message apart. An identifier outside
- * the table in cseq.method or rack.method is written as "-UNKNOWN-". content.use 1 without a body source, or with a
- * null XML document, gives "Content-Length: 0".
+ * Text is written as it is: a line end or a quote inside a member breaks the message. An identifier in cseq.method or
+ * rack.method that is not in the table is written as "-UNKNOWN-". If content.use is 1 but there is no body source, or
+ * the XML document is null, "Content-Length: 0" is written.
  *
  * Returns  1 the request was written.
- *         -1 method is outside 1 to 48: standard output says so, buf is untouched, and "ims-" has been taken off.
+ *         -1 method is outside 1 to 48: standard output says so, buf is untouched, "ims-" has been removed.
  */
 int SIP_Encode_Message_Reuqest(char *buf, SIP_CODE_MSG *encode_msg);
 
-/* Writes one complete response: the status line from method, then as above. Callers pass the kinds 16 to 48, usually in
- * the record that Sip_Decode filled from the request; what must not be echoed they clear first.
+/* Writes one complete response: the status line from method, then as above. method is 16 to 48. The record is usually
+ * the one that Sip_Decode filled from the request; the caller first clears what must not be echoed.
  *
  * buf         at least SIP_RESPONSE_SIZE bytes.
- * encode_msg  changed as above; to.tag_use becomes 0 when to.tag is empty, and with via_count 2 a via1.addr.port of 0
- *             becomes 5060.
+ * encode_msg  changed as above. Also, to.tag_use becomes 0 if to.tag is empty, and via1.addr.port becomes 5060 if it is
+ *             0 and via_count is 2.
  *
  * Returns as above.
  */
@@ -67,11 +67,11 @@ int SIP_Encode_Message_Response(char *buf, SIP_CODE_MSG *encode_msg);
  * Building values
  */
 
-/* A tag (RFC 3261 section 19.3): eight hexadecimal digits, into SIP_TAG_SIZE bytes. Seeds nothing. */
+/* A tag (RFC 3261 section 19.3): eight hexadecimal digits, into SIP_TAG_SIZE bytes. Does not seed. */
 void Build_Tag(char *buf);
 
-/* A Via branch (RFC 3261 section 8.1.1.7), into SIP_BRANCH_SIZE bytes: "z9hG4bK", a random number, the counter of
- * branches three times, fourteen digits of local time. */
+/* A Via branch (RFC 3261 section 8.1.1.7), into SIP_BRANCH_SIZE bytes: "z9hG4bK", a random number, the branch
+ * counter three times, and the local time in fourteen digits. */
 void Build_Via_Branch(char *str);
 
 /* A Call-ID (RFC 3261 section 8.1.1.4), into SIP_CALL_ID_SIZE bytes: 32 hexadecimal digits, "@" and the text ip. */
@@ -80,12 +80,12 @@ void Bulid_Call_id(char *callid, char *ip);
 /* The current time as a Date value (RFC 3261 section 20.17), into SIP_DATE_SIZE bytes. */
 void Build_Date(char *pchDate);
 
-/* Gives the telephone-event codec TE101 its payload number if a_coders offers it: 101 in its rtpmap entry without a
- * number, or in a new entry. Does nothing if all four entries are taken. */
+/* Assigns payload 101 to the telephone-event codec TE101 if a_coders contains it: in its rtpmap entry if that has no
+ * payload, or in a new entry. Does nothing if all four entries are in use. */
 void BuildDefaultSdp(SIP_SDP *sdp);
 
 /* Appends formatted text (as vsprintf) and its terminator at *buf, then moves *buf to the terminator, so that calls
- * follow one another. A format that fails leaves *buf where it was. There is no bound: the caller guarantees room. */
+ * can follow one another. If formatting fails, *buf does not move. There is no bound: the caller guarantees room. */
 void MSG_Sprintf(char **buf, const char *fmt, ...) SIPCODE_FORMAT(2, 3);
 
 #undef SIPCODE_FORMAT

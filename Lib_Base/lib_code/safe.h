@@ -98,7 +98,7 @@ int SIP_Decode_Buffer(const char *data, size_t length, SIP_CODE_MSG *record, SIP
 typedef enum SIP_FRAME_OUTCOME SIPCODE_ENUM_INT {
     SIP_FRAME_KEEP_ALIVE = 2, /* the first *message_length bytes are line ends, LF or CR LF: drop them */
     SIP_FRAME_COMPLETE = 1,   /* the first *message_length bytes are one message */
-    SIP_FRAME_MORE = 0,       /* call again with more bytes behind these */
+    SIP_FRAME_MORE = 0,       /* call again when more bytes have arrived */
 
     /* These bytes can never become a message. If their end is known, *message_length is the number of bytes to drop,
      * some of which may not have arrived yet. Otherwise it is 0 and the stream is lost. */

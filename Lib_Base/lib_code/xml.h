@@ -1,14 +1,14 @@
 /* xml.h - the host's XML document.
  *
- * The library never reads or writes a member of it: it carries the pointer in SIP_XML (code.h) and hands it to the
- * host's Xml_Encode (host.h). What the members mean belongs to the host.
+ * The library never reads or writes its members. It carries the pointer in SIP_XML (code.h) and passes it to the
+ * host's Xml_Encode (host.h). The host defines what the members mean.
  */
 #ifndef SIPCODE_XML_H
 #define SIPCODE_XML_H
 
 #include "fifo.h"
 
-/* Whether a node of the host is taken. In C++ the width is fixed, so that any stored number is a valid value. */
+/* Whether a node of the host is in use. In C++ the width is fixed, so that any stored number is a valid value. */
 typedef enum STATIC_NODE_STAT_E
 #ifdef __cplusplus
     : int
