@@ -10,7 +10,7 @@ inline constexpr int dynamic_payload = -1; // given by a=rtpmap (RFC 3551 sectio
 struct audio_codec {
     e_codec codec;
     int payload;
-    char encoding[24]; // as in a=rtpmap, with its clock rate where it has one
+    char encoding[24]; // as in a=rtpmap, with its clock rate if it has one
 };
 
 inline constexpr audio_codec audio_codecs[] = {

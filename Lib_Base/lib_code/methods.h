@@ -13,7 +13,7 @@ int SIP_Decode_Parse_Method(text msg);
 int SIP_Decode_Parse_Method_Response(text msg);
 int SIP_Decode_Parse_Other_Response(text msg);
 
-// Text of an identifier on the wire; that of row 0 if the table does not hold the identifier.
+// Text of an identifier on the wire; the text of row 0 if the identifier is not in the table.
 text method_text(int id);
 
 } // namespace sipcode

@@ -63,7 +63,7 @@ constexpr SIP_METHOD_TEXT decode_methods[SIP_CODE_METHOD_COUNT] = {
     {SIP_RESPONSE_MSG_405_METHOD_NOT_ALLOWED, "405 Method Not Allowed"},
 };
 
-// G722 shows as "97": hosts read their traces by it.
+// G722 shows as "97": hosts rely on it when they read their traces.
 constexpr SIP_CODEC_TEXT code_methods[SIP_CODE_CODEC_COUNT] = {
     {""},    {"G711_A"},  {"G711_U"}, {"G729"},  {"G723"}, {"101"},
     {"GSM"}, {"G726-32"}, {"97"},     {"SPEEX"}, {"ILBC"}, {"DVI4"},
@@ -134,7 +134,7 @@ bool SIP_Decode_Parse_Method_Match(int id, text name) {
     return starts_nocase(name, word) && (name.size() == word.size() || is_blank(name[word.size()]));
 }
 
-// The status code alone counts, not the reason phrase.
+// Only the status code counts, not the reason phrase.
 bool SIP_Decode_Parse_Method_Match_Response(int id, text name) {
     return starts_nocase(name, at_most(row_text(id), status_code_length));
 }

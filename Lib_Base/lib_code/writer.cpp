@@ -10,7 +10,7 @@ constexpr auto powers_of_ten = [] {
     return powers;
 }();
 
-// By the number of bits, times log 2, which is one too few where the power of ten is already reached.
+// The number of bits times log10(2) is exact or one too low. The power of ten decides which.
 std::size_t count_digits(unsigned long value) {
     const auto least = static_cast<std::size_t>(std::bit_width(value | 1) * 1233 >> 12);
     return least + ((value | 1) >= powers_of_ten[least]);

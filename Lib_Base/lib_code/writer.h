@@ -30,7 +30,7 @@ struct format_string {
     char chars[N] = {};
 };
 
-// Several formats, one behind the other.
+// Several formats, joined.
 template <format_string... Parts>
 inline constexpr auto joined = [] {
     format_string<(Parts.whole().size() + ... + 1)> whole;
@@ -41,10 +41,10 @@ inline constexpr auto joined = [] {
 
 enum class conversion { none, string, decimal, two_digits, hexadecimal };
 
-// Where in its line a value stands. It decides which characters a text must not hold.
+// The position of a value in its line. It decides which characters a text must not contain.
 enum class place { plain, quoted, bracketed, request_line };
 
-// A stretch of literal text and the conversion behind it.
+// A piece of literal text and the conversion that follows it.
 struct format_piece {
     std::size_t begin;
     std::size_t length;
@@ -70,7 +70,7 @@ constexpr std::size_t count_conversions(text format) {
     return count;
 }
 
-// Where the value behind this beginning of a format stands.
+// The position of the value that follows this beginning of a format.
 constexpr place place_behind(text beginning, text format) {
     bool quoted = false;
     bool bracketed = false;
@@ -83,7 +83,7 @@ constexpr place place_behind(text beginning, text format) {
     return quoted ? place::quoted : bracketed ? place::bracketed : place::plain;
 }
 
-// Cuts a format at its conversions; one that is none of them stays `none` and is refused when compiled.
+// Cuts a format at its conversions. An unknown one stays `none`, and then the line does not compile.
 template <std::size_t Conversions>
 consteval std::array<format_piece, Conversions + 1> cut_format(text format) {
     std::array<format_piece, Conversions + 1> pieces{};
@@ -166,7 +166,7 @@ inline constexpr auto digit_pairs = [] {
 
 inline void put_pair(char *to, std::size_t value) { std::memcpy(to, &digit_pairs[2 * value], 2); }
 
-// In writer.cpp.
+// Defined in writer.cpp.
 char *put_decimal(char *to, long value);
 
 inline char *put_two_digits(char *to, int value) {
@@ -201,7 +201,7 @@ char *put_value(char *to, const Value &value) {
 
 // ------------------------------------------------------------------------------------- texts that stay in their places
 
-// Marks those of the sixteen bytes at `at` that a text must not hold in this place: they would break the message apart.
+// Marks which of the sixteen bytes at `at` a text must not contain in this place: they would break the message.
 template <place Where>
 unsigned escapes16(const char *at) {
     if constexpr (Where == place::request_line)
@@ -214,7 +214,7 @@ unsigned escapes16(const char *at) {
     return escapes;
 }
 
-// Whether a text stays in its place. At the end of a line it must not end in a comma: a decoder would join the next
+// Whether a text stays in its place. The last text of a line must not end in a comma: a decoder would join the next
 // line to it.
 template <place Where, bool EndsLine>
 [[gnu::noinline]] bool stays_in(text value) {
@@ -230,7 +230,7 @@ template <place Where, bool EndsLine>
     return escapes16<Where>(rest) == 0;
 }
 
-// A member is looked at whole blocks at a time, up to its terminator.
+// A member is checked in whole blocks, up to its terminator.
 template <place Where, bool EndsLine, std::size_t N>
 [[gnu::noinline]] bool stays_in(const char (&member)[N]) {
     for (std::size_t at = 0; at + 16 <= N; at += 16) {
@@ -276,7 +276,7 @@ struct line_value {
 
 class writer {
   public:
-    // What a message may be refused for; the first one stays.
+    // Why a message is refused. Only the first reason is kept.
     enum class fault { none, no_room, no_body, broken_text };
     // A careful writer checks every text for its place. An exact one writes no byte past the terminator.
     enum class mode { quick, careful, exact };
@@ -288,7 +288,7 @@ class writer {
         *cursor = '\0';
     }
 
-    // Writes a part of the message as the whole is written.
+    // For a part of a message: in the same mode as the whole.
     writer(char *buffer, std::size_t room, const writer &whole) : writer(buffer, room, whole.how) {}
 
     template <format_string Format, class... Values>
@@ -317,7 +317,7 @@ class writer {
     fault first_fault() const { return found; }
 
   private:
-    // False, and nothing is written, when the longest form of the line has no room.
+    // Returns false and writes nothing if the longest form of the line does not fit.
     template <format_string Format, std::size_t... Index, class... Values>
     bool put_pieces(std::index_sequence<Index...>, const Values &...values) {
         static constexpr auto &pieces = pieces_of<Format>;
@@ -337,7 +337,7 @@ class writer {
         return true;
     }
 
-    // As much of a text as there is room for.
+    // How much of a text fits.
     std::size_t fit(std::size_t size) {
         const auto room = static_cast<std::size_t>(last - cursor);
         if (size <= room)
@@ -363,7 +363,7 @@ class writer {
 
     char *begin;
     char *cursor;
-    char *last;      // where the terminator of a full buffer stands
+    char *last;      // place of the terminator in a full buffer
     char *quick_end; // how far lines may be written in blocks; the beginning of the buffer for an exact writer
     mode how;
     fault found = fault::none;

@@ -14,7 +14,7 @@ namespace sipcode {
 namespace {
 
 constexpr std::size_t longest_value = 255;
-constexpr std::size_t scheme_length = 4; // of "sip:"; every other scheme is taken to be as long
+constexpr std::size_t scheme_length = 4; // of "sip:"; every other scheme is assumed to be as long
 constexpr char tag_name[] = "tag=";
 
 // Value of a hexadecimal digit, -1 for any other character.
@@ -86,7 +86,7 @@ void read_tag(const message &msg, padded_text value, char (&tag)[128]) {
         msg.store.put(tag, cut_at(found.after, ';').before);
 }
 
-// Reads a URI. rest is its text behind the scheme, up to the first ";".
+// Reads a URI. rest is its text after the scheme, up to the first ";".
 SIP_URI_KIND read_uri(const bounded_store &store, padded_text uri, padded_text rest, char (&user)[32],
                       IPV4_ADDRESS &addr) {
     const auto user_host = cut_at(rest, '@');

@@ -6,7 +6,7 @@
 //       authen: use 1, authen_type 102, ..., qop "auth,auth-int"
 //   bad: Authorization: Digest            use and author_type are set, the texts are empty
 //
-// Differs from the RFC on purpose: a parameter name counts wherever it stands. A value without quotes runs to the end
+// Differs from the RFC on purpose: a parameter name counts at any position. A value without quotes runs to the end
 // of the header.
 #include <algorithm>
 
@@ -21,10 +21,10 @@ constexpr std::size_t longest_credentials = 511;
 constexpr std::size_t longest_challenge = 255;
 constexpr std::size_t longest_info = 511;
 
-// A parameter's value, with its double quotes taken out.
+// A parameter's value without its double quotes.
 class quoted_value {
   public:
-    // Reads up to the second double quote of t, or to its end when there are fewer.
+    // Reads up to the second double quote of t, or to its end if there are fewer.
     explicit quoted_value(padded_text t) {
         const auto before_quote = cut_at(t, '"');
         const auto quoted = cut_at(before_quote.after, '"');
@@ -82,8 +82,8 @@ bool name_ends_at(padded_text header, std::size_t end, std::size_t scan_from, co
     return name.in_lower_case() != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
 }
 
-// Stores stale and returns the length of its value. Anything else, a quoted value included,
-// sets nothing and returns 0.
+// Stores stale and returns the length of its value. Any other text, a quoted value included, sets nothing and returns
+// 0.
 std::size_t read_stale(padded_text value, int &stale) {
     constexpr nocase no = "FALSE";
     constexpr nocase yes = "TRUE";
@@ -135,7 +135,7 @@ void scan_parameters(const bounded_store &store, padded_text value, std::size_t 
         if (!name_value.found)
             return;
         const std::size_t begin = value.size() - name_value.after.size();
-        // Most names are told apart by their last letter.
+        // The last letter rules out most names.
         const char last_letter = begin - from < 2 ? '\0' : lower(value[begin - 2]);
         const auto ends_here = [&](const nocase &name) {
             return name.in_lower_case()[name.size() - 2] == last_letter && name_ends_at(value, begin, from, name);

@@ -13,14 +13,14 @@
 namespace sipcode {
 namespace {
 
-// The value of a body line made of the name, "=" and the value, behind leading blanks; empty for any other line.
+// The value of a body line of the form name "=" value, without leading blanks; empty for any other line.
 text Parse_Get_Body_By_Line(text line, text name) {
     if (!starts_nocase(line, name) || line.size() == name.size() || line[name.size()] != '=')
         return {};
     return skip_blanks(drop(line, name.size() + 1));
 }
 
-// The first filled value of a body line made of the name, "=" and the value; empty if there is none.
+// The first value of a body line with this name that is not empty; empty if there is none.
 text Parse_Get_Body(const message &msg, text name) {
     for (int i = 0; i < msg.body_lines(); ++i)
         if (const text value = Parse_Get_Body_By_Line(msg.body_line(i), name); !value.empty())
@@ -80,8 +80,7 @@ void Parse_Sdp_Sub_And_Msg(SIP_MES_SDP *SDP, const message &msg) {
     msg.store.put_verbatim(SDP->content, msg.body());
 }
 
-// The host cuts Message-Account and the counts from copies. A report can give no place for a value of theirs that is
-// too long.
+// The host cuts Message-Account and the counts from copies, so a report cannot give the place of a value that is cut.
 void Parse_Message_Summary(const bounded_store &store, MESSAGE_SUMMARY *ptMsgSummary, const char *pchMesseagSummary) {
     if (pchMesseagSummary == nullptr || *pchMesseagSummary == '\0')
         return;

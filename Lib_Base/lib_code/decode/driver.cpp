@@ -92,7 +92,7 @@ bool carries_challenge(int method, int cseq_method) {
            is_any_of(method, {SIP_RESPONSE_MSG_401_UNAUTHORIZED, SIP_RESPONSE_MSG_407_PROXY_AUTHENTICATION_REQUIRED});
 }
 
-// Bodies and credentials, which depend on the method and on that of CSeq.
+// Bodies and credentials, which depend on the method and the CSeq method.
 void decode_by_method(message &msg, SIP_CODE_MSG &record) {
     const int method = record.method;
     const int cseq_method = record.cseq.method;
@@ -114,7 +114,7 @@ void decode_by_method(message &msg, SIP_CODE_MSG &record) {
 }
 
 int decode_record(message &msg, SIP_CODE_MSG &record) {
-    if (msg.header_lines() < 2) // the start line alone
+    if (msg.header_lines() < 2) // only the start line
         return msg.store.refuse(SIP_DECODE_NO_HEADER, "", nullptr);
     if (Parse_Callid(msg, &record) < 0)
         return msg.store.refuse(SIP_DECODE_NO_CALL_ID, "Call-ID", nullptr);

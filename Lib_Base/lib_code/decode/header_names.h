@@ -135,7 +135,7 @@ inline constexpr key_slots header_slots([] {
 }());
 
 // The beginning of a terminated line, padded to the length over which names are compared. A name holds no NUL, so bytes
-// behind the terminator never match one.
+// after the terminator never match one.
 class line_start {
   public:
     static constexpr std::size_t length = 32;

@@ -42,7 +42,7 @@ class message {
     int body_lines() const { return body_line_count; }
     text body_line(int index) const { return {split_message.line[index], body_length[index]}; }
 
-    // Value of the first header line with this name, behind the colon and leading blanks; a null slice if there is
+    // Value of the first header line with this name, after the colon and leading blanks; a null slice if there is
     // none. It is followed by a terminator.
     text value(header name) const {
         const auto number = static_cast<std::size_t>(name);
@@ -76,7 +76,7 @@ class message {
     // The body as received.
     text body() const { return {split_message.content, content_length}; }
 
-    // Takes trailing blanks off the body, in place.
+    // Removes trailing blanks from the body, in place.
     void trim_body();
 
     SIP_MSG &split() { return split_message; }
@@ -99,7 +99,7 @@ class message {
         const char *begin;
         std::size_t size;
     } first_value[header_count];                // where first_line names a line
-    std::uint8_t first_line[header_count] = {}; // 1 + the line on which a header stands first, 0 when on none
+    std::uint8_t first_line[header_count] = {}; // 1 + the first line of a header, 0 if it has none
     line_set vias = 0;
     line_set record_routes = 0;
     int header_line_count = 0;

@@ -5,7 +5,7 @@
 //   Supported: timer,replaces              supported_type 2, 3
 //   bad:  Supported: timer, replaces       supported_type 2, 0: the blank is part of the second tag
 //
-// Three or more Record-Route lines are left alone.
+// Three or more Record-Route lines are ignored.
 #include "decoders.h"
 #include "host.h"
 #include "writer.h"
@@ -25,7 +25,7 @@ void Decode_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
     msg.store.put_verbatim(pcode_msg->record_route.content, value);
 }
 
-// The last of the lines, behind its colon and exactly one blank.
+// The value of the last line, after its colon and exactly one blank.
 text second_route(const message &msg) {
     const int last = max_lines - 1 - std::countl_zero(msg.record_route_lines());
     return drop(cut_at(msg.store.within(msg.header_line(last), longest_line), ':').after, 1);
@@ -47,7 +47,7 @@ void store_joined(const message &msg, char (&member)[N], text first, text second
     joined.append(second);
     store(member, {scratch, joined.length()});
     if (const std::size_t length = first.size() + 1 + second.size(); length >= N)
-        msg.store.note_cut(member, {scratch, length}, N - 1); // no place: it stands nowhere in the message
+        msg.store.note_cut(member, {scratch, length}, N - 1); // no place: the joined text is not in the message
 }
 
 int CompareSupportedString(const char *pSupported) {

@@ -1,6 +1,6 @@
-// Single-valued headers: those kept verbatim, those that are a number or two, and the two with a method word inside.
+// Single-valued headers: those kept verbatim, those with one or two numbers, and the two with a method word.
 //
-//   verbatim:  User-Agent: acme 1.0 (x)              the text behind the blanks, cut to its member
+//   verbatim:  User-Agent: acme 1.0 (x)              the text after the blanks, cut to its member
 //   number:    Expires: 3600                         read as atoi or "%d" does
 //   CSeq:      CSeq: 102 INVITE                      seq 102, method 5
 //   RAck:      RAck: 776656 1 INVITE                 rack 776656, cseq 1, method 5

@@ -1,4 +1,4 @@
-// Scanning primitives: brackets, header lookup and what else is exported to the host.
+// Scanning primitives: brackets, header lookup and the helpers exported to the host.
 //
 //   "Desk <1>" <sip:1001@10.0.0.1>;tag=a    in brackets: sip:1001@10.0.0.1
 #include "decoders.h"
@@ -8,7 +8,7 @@ namespace sipcode {
 
 namespace {
 
-// t is the text behind an opening quote. Returns the text behind the closing one, a null text if there is none.
+// t is the text after an opening quote. Returns the text after the closing one, a null text if there is none.
 padded_text behind_quoted(padded_text t) {
     for (padded_parts cut = cut_at(t, '"'); cut.found; cut = cut_at(cut.after, '"'))
         if (cut.before.empty() || cut.before.back() != '\\')

@@ -4,10 +4,10 @@
 //   m=audio 4000 RTP/AVP 0 8 101              a_use, a_addr, a_coders
 //   m=video 4002 RTP/AVP 99                   v_use, v_addr, v_coders
 //   m=image 4004 udptl t38                    fax_use, fax
-//   bad:  m=audio 4000 RTP/AVP 0 x 8          logged, and nothing behind it is read
+//   bad:  m=audio 4000 RTP/AVP 0 x 8          logged, and nothing after it is read
 //
 // The body is read in two ways. c=, m=, rtpmap and T.38 are read from its lines. The direction, the packet time and the
-// sections kept verbatim are read from its raw text, where a mark counts wherever it stands.
+// sections kept verbatim are read from its raw text, where a mark counts at any position.
 #include <algorithm>
 #include <cstdio>
 
@@ -104,7 +104,7 @@ session_lines sort_lines(const message &msg) {
     return sorted;
 }
 
-// Takes lines out of the set up to the next one with a filled value. Returns the value behind leading blanks, empty at
+// Takes lines out of the set up to the next one with a filled value. Returns the value without leading blanks, empty at
 // the end.
 inline text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
     while (lines != 0) {
@@ -139,15 +139,15 @@ text connection_host(const message &msg, text value) {
 
 constexpr const char *no_payloads = ""; // a list is read up to its terminator
 
-// "audio 4000/2 RTP/AVP 0 8": the port, the payload list behind the profile word, and the port count when there is one.
+// "audio 4000/2 RTP/AVP 0 8": the port, the payload list after the profile word, and the port count if there is one.
 struct media_line {
     bool matches = false;
     int port = 0;
     text payloads = no_payloads;
 };
 
-// Whether a character behind "RTP/AVP" makes it another profile, as in "RTP/AVPF". Letters do, and the
-// marks that RFC 4566 allows in a word. Digits do not, since the list may begin with one.
+// Whether a character after "RTP/AVP" makes it another profile, as in "RTP/AVPF". Letters do, and so do the marks that
+// RFC 4566 allows in a word. Digits do not, since the list may begin with one.
 constexpr bool goes_on_as_profile(char c) {
     const char letter = lower(c);
     return (letter >= 'a' && letter <= 'z') || text("/!#$%&'*+-.^_`{|}~").find(c) != text::npos;
@@ -320,13 +320,13 @@ int direction_of(std::uint64_t beginning) {
     }
 }
 
-// The part of a body from behind the first media line of a medium up to the next media line.
+// The part of a body after the first media line of a medium, up to the next media line.
 class media_section {
   public:
     explicit constexpr media_section(text wanted_medium)
         : medium(beginning_word(wanted_medium)), counted((std::uint64_t{1} << (8 * wanted_medium.size())) - 1) {}
 
-    // Sees a media line. behind is its text behind "m=".
+    // Sees a media line. behind is its text after "m=".
     void see_media(text behind, std::uint64_t beginning) {
         if (found) {
             if (behind.data() - media_mark >= begin && end == nullptr)
@@ -359,9 +359,9 @@ class media_section {
     const char *end = nullptr;
 };
 
-// What counts wherever it stands in a body.
+// What counts at any position in a body.
 struct body_marks {
-    text packet_time;         // behind the first "a=ptime:", null if there is none
+    text packet_time;         // after the first "a=ptime:", null if there is none
     int media = no_direction; // the first in the order of precedence
     bool silence = false;
     media_section audio{"audio"};
@@ -382,7 +382,7 @@ struct body_marks {
     }
 };
 
-// Every mark is found by its "=", the rarest of its bytes, and told by the letter before it.
+// Every mark is found by its "=", the rarest of its bytes. The letter before it says which mark it is.
 body_marks find_marks(text body, const message &msg) {
     body_marks marks;
     const auto readable = static_cast<std::size_t>(std::end(msg.split().content) - body.data());
@@ -420,7 +420,7 @@ void Parse_Sdp_Audio_Media(SIP_SDP *SDP, const message &msg, const body_marks &f
 constexpr std::size_t longest_section = sizeof SIP_SDP::a_content - 1;
 static_assert(sizeof SIP_SDP::v_content == sizeof SIP_SDP::a_content);
 
-// As many whole lines of a section as fit with room for a direction line behind them.
+// As many whole lines of a section as fit together with a direction line.
 text whole_lines(text section) {
     const std::size_t room = longest_section - direction_line_length;
     if (section.size() <= room)

@@ -4,7 +4,7 @@
 //   header-line = name ":" *blank value            no blank between the name and the colon
 //
 // Differs from RFC 3261 section 7.3.1 on purpose: lines that begin with a blank are lines of their own, and only a line
-// that ends in a comma goes on in the next one. LF alone ends a line as CR LF does.
+// that ends in a comma continues on the next. LF alone ends a line as CR LF does.
 #include <algorithm>
 
 #include "decoders.h"
@@ -55,8 +55,8 @@ void log_overflow(section part) {
 
 // Cuts one section into lines, in place: the end of a line becomes a terminator.
 //
-//   CR LF   ends the line, unless a comma stands before it: then the line goes on in the next one
-//   LF      ends the line, unless a comma stands two bytes before it, where it would stand before CR LF
+//   CR LF   ends the line, unless a comma precedes it: then the line continues on the next one
+//   LF      ends the line, unless the second byte before it is a comma, as it would be before CR LF
 //   CR      ends the text of the line but not the line; after a comma it ends nothing
 //
 // The header section ends after its first empty line. Returns the number of lines and moves begin to where the next
@@ -125,7 +125,7 @@ char *behind_blanks(char *at, const char *end) {
     return at;
 }
 
-// Cuts the first token off, in place. The rest is what follows the blanks behind it.
+// Cuts the first token off, in place. The rest begins after the blanks that follow it.
 char *take_token(char *&rest, char *end) {
     char *const token = rest;
     rest = end - Parse_Skip_Nonblanks({token, static_cast<std::size_t>(end - token)}).size();

@@ -11,7 +11,7 @@ namespace sipcode {
 
 class bounded_store {
   public:
-    // For decoders that are called alone. Notes nothing.
+    // For a decoder called on its own. Notes nothing.
     bounded_store() = default;
 
     // For a decode of split into record.

@@ -49,7 +49,7 @@ void read_replaces(const message &msg, text replaces, REFER_INFO &refer) {
     refer.refermode = 1;
 }
 
-// User and host of the text behind the scheme of a URI. Without "@" neither is stored.
+// Stores user and host of a URI without its scheme. Without "@" neither is stored.
 void read_user_and_host(const message &msg, text uri, char (&user)[32], char (&host)[24]) {
     const parts user_host = cut_at(uri, '@');
     if (!user_host.found)

@@ -2,10 +2,10 @@
 //
 //   Via   = transport SP sent-by *(";" parameter)
 //   good:   Via: SIP/2.0/UDP 10.0.0.1:5062;branch=z9hG4bK1;rport    branch, addr.ip, addr.port of via
-//   bad:    Via: SIP/2.0/WS 10.0.0.1;branch=z9hG4bK3                branch alone; the transport is logged
+//   bad:    Via: SIP/2.0/WS 10.0.0.1;branch=z9hG4bK3                only branch; the transport is logged
 //
 // Differs from the RFC on purpose: the first "branch=" anywhere in the parameters counts. If there are two Vias, each
-// value is taken to begin behind the colon and exactly one blank.
+// value is assumed to begin after the colon and exactly one blank.
 #include <algorithm>
 
 #include "decoders.h"
@@ -66,8 +66,8 @@ void Parse_Via_Str(const message &msg, SIP_VIA *pvia, padded_text value) {
     read_sent_by_or_log(msg, via.before, *pvia, pvia->addr.port);
 }
 
-// The first Via line of a pair. If a comma follows its branch, the line holds both Vias. The second one is all that
-// stands behind the first comma of the line, blanks included.
+// The first Via line of a pair. If a comma follows its branch, the line holds both Vias. The second one is
+// everything after the first comma of the line, blanks included.
 void Parse_Via_Str1(const message &msg, SIP_VIA *pvia, SIP_VIA *pvia1, padded_text line) {
     const auto via = cut_at(value_of_via_line(line), ';');
     const auto branch = cut_at(via.after, branch_name);

@@ -1,4 +1,4 @@
-// The body block: the first body source of the record that applies, behind its Content-Length.
+// The body block: Content-Length, then the first body source of the record that applies.
 #include "lines.h"
 
 namespace sipcode {
@@ -13,13 +13,13 @@ void write_counted(writer &out, text body) { write_length_and_body(out, static_c
 
 void write_no_body(writer &out) { out.line<"Content-Length: 0\r\n\r\n">(); }
 
-// The record tells of a body that it does not have.
+// The record announces a body but has none.
 void write_missing_body(writer &out) {
     out.refuse(writer::fault::no_body);
     write_no_body(out);
 }
 
-// The length is fixed: it is right for one DTMF key, which is what info.key holds.
+// The length is fixed. It is right for a key of one character, which info.key must hold.
 void write_dtmf(writer &out, const SIP_INFO &info) {
     const text key = member_text(info.key);
     if (key.size() != 1)
@@ -52,7 +52,7 @@ void write_document(writer &out, pXmldoc document) {
     char buffer[4096] = {};
     int room = sizeof buffer;
     Xml_Encode(document, buffer, &room);
-    // Unsigned, as nothing keeps a host from leaving a wild count.
+    // Unsigned, since a host may leave any count here and a signed difference could overflow.
     const unsigned written = static_cast<unsigned>(sizeof buffer) - static_cast<unsigned>(room);
     const text body = member_text(buffer);
     if (written != body.size())

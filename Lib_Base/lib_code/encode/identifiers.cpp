@@ -5,7 +5,7 @@
 //   Call-ID  32 hexadecimal digits "@" host
 //   date     Thu, 19 Nov 2026 09:44:03 GMT                  (RFC 3261 section 20.17)
 //
-// Names of days and months are written here, not by strftime: a host's locale must not reach the wire.
+// Names of days and months are written here, not by strftime, so that the host's locale does not reach the wire.
 #include <cstdlib>
 #include <ctime>
 #include <unistd.h>
@@ -57,8 +57,8 @@ struct calendar_date {
     int day;   // from 1
 };
 
-// The Gregorian date of a day counted from 1 January 1970, by way of years that begin in March: a leap day is then
-// the last of its year. gmtime_r takes five times as long, and the wire knows no time zone.
+// The Gregorian date of a day counted from 1 January 1970. The years here begin in March, so that a leap day is the
+// last day of its year. gmtime_r takes five times as long, and the Date header is always in GMT.
 constexpr calendar_date date_of(long day) {
     constexpr int days_of_400_years = 146097;
     constexpr long march_of_year_0 = 719468; // days before 1970
@@ -73,7 +73,7 @@ constexpr calendar_date date_of(long day) {
 static_assert(date_of(0).year == 1970 && date_of(0).month == 0 && date_of(0).day == 1);
 static_assert(date_of(11016).month == 1 && date_of(11016).day == 29 && date_of(-1).year == 1969);
 
-// 32 hexadecimal digits, drawn eight at a time in the order in which they stand.
+// 32 hexadecimal digits, drawn eight at a time from left to right.
 void generate_random_string(writer &out) {
     for (int i = 0; i < 4; ++i)
         out.line<"%08x">(Random());

@@ -53,7 +53,7 @@ bool is_bare(const SIP_FROMTO &party, bare_form bare) {
     return bare == bare_form::when_user_is_empty && party.dns.use != 1 && party.user[0] == '\0';
 }
 
-// The end of a line behind its URI, with ";user=phone" in its place.
+// Ends a line after its URI, with ";user=phone" at its position.
 template <format_string Uri, format_string End, class... Values>
 void write_behind_uri(writer &out, phone user_phone, const Values &...values) {
     switch (user_phone) {

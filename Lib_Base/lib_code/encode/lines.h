@@ -8,12 +8,12 @@
 
 namespace sipcode {
 
-// SIP_REQUEST_SIZE and its sisters in encode.h follow from the members' sizes. A member that grows makes the longest
-// message longer, and the record another binary interface: measure anew (the room tests do) and move the SOVERSION.
+// The sizes in encode.h, such as SIP_REQUEST_SIZE, follow from the sizes of the members. A member that grows makes the
+// longest message longer and changes the binary interface: measure again (the room tests do) and raise the SOVERSION.
 static_assert(sizeof(long) != 8 ||
               (sizeof(SIP_CODE_MSG) == 14080 && sizeof(SIP_SDP) == 1344 && sizeof(Xmldoc) == 1432));
 
-// A text member for a host service that takes a terminated string: itself, or a copy when a host left it unterminated.
+// A text member as a terminated string for a host service: the member itself, or a copy if it is unterminated.
 template <std::size_t N>
 class terminated_member {
   public:
@@ -34,7 +34,7 @@ class terminated_member {
     char copy[N + 1];
 };
 
-// Equality as the host sees it.
+// Equality as the host defines it.
 template <std::size_t N, std::size_t M>
 bool same_text(const char (&a)[N], const char (&b)[M]) {
     return Str_Cmp(terminated_member(a).c_str(), terminated_member(b).c_str()) == 0;
@@ -46,21 +46,21 @@ inline constexpr int refused = -1;
 void strip_ims_prefix(char (&callid)[128]);
 bool is_known_method(int method); // 1 to 48
 
-// Takes the "ims-" prefix off callid and checks the method. False, and told on standard output, when it is not known.
+// Removes an "ims-" prefix from callid and checks the method. If it is unknown, prints a line and returns false.
 bool prepare(SIP_CODE_MSG &record);
 
 void write_request(writer &out, SIP_CODE_MSG &record);
 void write_response(writer &out, SIP_CODE_MSG &record);
 
-// The transport token of the Via and Contact lines; empty for SCTP and anything unknown. As long as what is put in
-// one block.
+// The transport token of the Via and Contact lines; empty for SCTP and anything unknown. Eight bytes, so that it is
+// copied as one block.
 using transport_token = char[8];
 const transport_token &transport_text(TRANS_TYPE_E transport);
 
-// Where ";user=phone" stands in a To or From line.
+// Position of ";user=phone" in a To or From line.
 enum class phone { none, inside, outside };
 
-// Whether a party in address form without a user loses its display part and "@".
+// Whether a party without user and host name is written without display name and "@".
 enum class bare_form { never, when_user_is_empty };
 
 void write_to(writer &out, const SIP_FROMTO &to, phone user_phone, bare_form bare);
@@ -76,8 +76,8 @@ void write_cseq(writer &out, const SIP_CODE_MSG &record);
 void write_korvadex(writer &out, const SIP_CODE_MSG &record);
 void write_allow(writer &out);
 void write_date(writer &out);
-void write_time(writer &out); // the current one, as the Date header has it
-void write_session_expires(writer &out, const SIP_SESSION_EXPIRES &session_expires); // with its refresher
+void write_time(writer &out); // the current time, as in the Date header
+void write_session_expires(writer &out, const SIP_SESSION_EXPIRES &session_expires); // with the refresher
 void write_rack(writer &out, const SIP_CODE_MSG &record);
 void write_rseq(writer &out, const SIP_CODE_MSG &record);
 void write_min_se(writer &out, const SIP_CODE_MSG &record);
@@ -91,7 +91,7 @@ void write_expires(writer &out, int seconds);
 enum class body_sources { of_request, of_response };
 void write_body(writer &out, SIP_CODE_MSG &record, body_sources sources);
 
-// The session description alone. May add the telephone-event entry to sdp.rtpmap.
+// Writes only the session description. May add the telephone-event entry to sdp.rtpmap.
 void Bulid_Sdp(writer &out, SIP_SDP &sdp);
 
 } // namespace sipcode

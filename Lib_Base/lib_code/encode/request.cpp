@@ -97,7 +97,7 @@ void write_identity(writer &out, const Party &party) {
         out.line<joined<Name, ": \"%s\" <sip:%s@%s:%d>;tag=%s\r\n">>(user, user, addr.ip, addr.port, tag);
 }
 
-// One header folded over a line for each entry: the run of used entries that starts at the first.
+// One header, folded with one line per entry. Writes the entries up to the first unused one.
 void write_history(writer &out, const SIP_HISTORY_INFO (&entries)[4]) {
     out.line<"History-Info: ">();
     for (std::size_t i = 0; i < std::size(entries) && entries[i].use == 1; ++i) {

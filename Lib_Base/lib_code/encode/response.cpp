@@ -1,5 +1,5 @@
 // A response from the record, usually the one that was decoded from the request: the status line, the header lines in
-// their fixed order, the body. Several lines are decided by cseq.method, the method of the request that is answered.
+// their fixed order, the body. Several lines depend on cseq.method, the method of the answered request.
 #include "lines.h"
 #include "methods.h"
 
@@ -35,7 +35,7 @@ void write_session_timer(writer &out, const SIP_SESSION_EXPIRES &session_expires
         out.line<"Session-Expires: %d;refresher=uas\r\n">(session_expires.sessionexpires);
 }
 
-// A registrar and a notifier tell how long the contact holds.
+// A registrar and a notifier state how long the contact is valid.
 void write_contact_of_response(writer &out, const transport_token &transport, const SIP_CODE_MSG &r, bool with_expiry) {
     const SIP_CONTACT &contact = r.contact;
     if (with_expiry)

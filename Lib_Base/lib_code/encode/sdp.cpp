@@ -1,9 +1,9 @@
 // Session description (RFC 4566) of an outgoing message, from SIP_SDP.
 //
-// Each stream is written in one of two ways. Generated (a_conten_nouse, v_conten_nouse 1): its attributes are made
-// from the codecs, the packet time and the direction. Otherwise its content text stands for them, as the decoder took
-// it out of a received description. In a fax session (fax_use 1) the audio media line is left out and the fax address
-// leads.
+// Each stream is written in one of two ways. If a_conten_nouse or v_conten_nouse is 1, its attributes are
+// generated from the codecs, the packet time and the direction. Otherwise its content text is written, as the decoder
+// took it from a received description. In a fax session (fax_use 1) the audio media line is omitted, and the session
+// uses the fax address.
 #include <algorithm>
 
 #include "codecs.h"
@@ -23,7 +23,7 @@ constexpr video_encoding video_encodings[] = {
     {109, "H264/90000"}, {103, "H263/90000"}, {96, "H263/90000"},
 };
 
-// Null for an empty slot and for a wild value.
+// Null for an empty slot and for any value outside the table.
 const audio_codec *find_codec(e_codec codec) {
     const bool known = codec > UNKONW && codec < SIP_CODE_CODEC_COUNT;
     return known ? &audio_codecs[codec - 1] : nullptr;
@@ -65,7 +65,7 @@ void write_origin(writer &out, const SIP_SDP &sdp) {
         out.line<"o=Softswitch 1073741824 %d IN IP4 %s\r\n">(sdp.o_sec, sdp.a_addr.ip);
 }
 
-// True when one connection line now stands for all streams. That of a fax session does not.
+// Returns true if the connection line applies to all streams. That of a fax session does not.
 bool write_session_connection(writer &out, const SIP_SDP &sdp) {
     if (sdp.fax_use == 1) {
         write_connection(out, sdp.fax.fax_addr.ip);
@@ -127,8 +127,8 @@ void write_generated_video(writer &out, const SIP_SDP &sdp, bool session_connect
     out.append(member_text(sdp.v_content));
 }
 
-// The content text of a stream, behind a connection line of its own where neither the session nor the text has one
-// and the streams go to different addresses.
+// The content text of a stream. It gets its own connection line if neither the session nor the text has one and the
+// streams go to different addresses.
 void write_content(writer &out, const SIP_SDP &sdp, bool session_connection, int use, const char (&ip)[24],
                    text content) {
     if (use == 1 && ip[0] != '\0' && !session_connection && content.find("c=") == text::npos &&

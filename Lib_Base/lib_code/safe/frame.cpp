@@ -1,10 +1,10 @@
 // Where a message ends in a stream of bytes.
 //
-//   header-section = 1*line empty-line     lines as the splitter cuts them: LF ends one unless a comma stands before it
+//   header-section = 1*line empty-line     lines as the splitter cuts them: LF ends one unless a comma precedes it
 //   length-line    = ("Content-Length" / "l") *blank ":" *blank 1*DIGIT *blank [CR] LF
 //
 //   Content-Length: 12      a body of 12 bytes
-//   l : 012                 the same, so both may stand in one message
+//   l : 012                 the same length, so one message may have both
 //   Content-Length: 12;x    refused: nobody knows where the message ends and what follows it
 //
 // A message is refused if other readers might read another length. A length line that a comma joins to the line before
@@ -28,7 +28,7 @@ std::size_t keep_alive_length(text data) {
     return length;
 }
 
-// As in the splitter: the comma stands two bytes before LF, whether or not a CR stands between.
+// As in the splitter: the comma is two bytes before LF, whether or not the byte between is CR.
 bool is_behind_comma(text data, std::size_t line_feed) { return line_feed >= 2 && data[line_feed - 2] == ','; }
 
 // Length of the header section with its empty line; 0 if there is no empty line. A CR cuts the text of a line, so a
@@ -58,7 +58,7 @@ text length_value(text line) {
     return name != 0 && behind_name.starts_with(':') ? drop(behind_name, 1) : text();
 }
 
-// Returns false if the value is no number from 0 to largest_length.
+// Returns false if the value is not a number from 0 to largest_length.
 bool read_length(text value, std::size_t &length) {
     const text digits = Parse_Trim_Blanks(skip_blanks(value));
     length = 0;
