@@ -217,7 +217,7 @@ typedef struct SIP_VIA {
     IPV4_ADDRESS addr; /* sent-by; D E P */
 } SIP_VIA;
 
-/* First Contact address (RFC 3261 section 20.10). Written only when user and addr.ip are not empty and the port is
+/* First Contact address (RFC 3261 section 20.10). Written only if user and addr.ip are not empty and the port is
  * above 0. */
 typedef struct SIP_CONTACT {
     char user[32];     /* D E P */
@@ -245,14 +245,14 @@ typedef struct SIP_FROMTO {
 typedef struct SIP_REQUST_URI {
     int tag_use;       /* 1: the line is written; E */
     char user[32];     /* user part and display name; E */
-    char tag[128];     /* ";tag=" when not empty; E */
+    char tag[128];     /* ";tag=" if not empty; E */
     IPV4_ADDRESS addr; /* E */
 } SIP_REQUST_URI;
 
 typedef struct SIP_P_ASSERTED_IDENTITY {
     int tag_use;       /* 1: the line is written; E */
     char user[32];     /* user part and display name; E */
-    char tag[128];     /* ";tag=" when not empty; E */
+    char tag[128];     /* ";tag=" if not empty; E */
     IPV4_ADDRESS addr; /* E */
 } SIP_P_ASSERTED_IDENTITY;
 
@@ -263,18 +263,18 @@ typedef struct SIP_P_ASSERTED_IDENTITY {
 /* CSeq (RFC 3261 section 20.16) */
 typedef struct SIP_CSEQ {
     int seq;    /* D E P */
-    int method; /* sip_code_method; 0 when the word is unknown, -1 when there is none; D E P */
+    int method; /* sip_code_method; 0 if the word is unknown, -1 if there is none; D E P */
 } SIP_CSEQ;
 
 /* Expires (RFC 3261 section 20.19) */
 typedef struct SIP_EXPIRE {
-    int use;     /* decode: 1 exactly when expires is not 0; D E */
+    int use;     /* decode: 1 if and only if expires is not 0; D E */
     int expires; /* seconds, from Expires, else from Contact's ";expires=", else 3600; D E P */
 } SIP_EXPIRE;
 
 /* Content-Type or "c" (RFC 3261 section 20.15) */
 typedef struct SIP_CONTENT_TYPE {
-    int use;       /* encode: 1 writes a body, 0 gives "Content-Length: 0"; decode: 0 when there is none; D E P */
+    int use;       /* encode: 1 writes a body, 0 gives "Content-Length: 0"; decode: 0 if there is none; D E P */
     char type[64]; /* verbatim; D E P */
 } SIP_CONTENT_TYPE;
 
@@ -286,14 +286,14 @@ typedef struct SIP_ALERT {
 
 /* Require (RFC 3261 section 20.32) */
 typedef struct SIP_REQUIRE {
-    int use;          /* decode: 0 when there is none; D E */
+    int use;          /* decode: 0 if there is none; D E */
     char REQUIRE[64]; /* verbatim, longest 62; D E */
 } SIP_REQUIRE;
 
 /* RSeq (RFC 3262 section 7.1) */
 typedef struct SIP_RSEQ {
-    int use;  /* decode: 0 when there is none; D E */
-    int RSeq; /* decode: -1 when there is none; D E */
+    int use;  /* decode: 0 if there is none; D E */
+    int RSeq; /* decode: -1 if there is none; D E */
 } SIP_RSEQ;
 
 /* Event (RFC 6665 section 8.2.1) */
@@ -355,7 +355,7 @@ typedef struct SIP_USER_AGENT {
 typedef struct SIP_SESSION_EXPIRES {
     int use;            /* D E */
     int sessionexpires; /* seconds; D E */
-    char refresher[8];  /* responses write "uas" when it is empty; D E */
+    char refresher[8];  /* responses write "uas" if it is empty; D E */
 } SIP_SESSION_EXPIRES;
 
 /* Min-SE (RFC 4028 section 5) */
@@ -386,12 +386,12 @@ typedef struct SIP_CALL_INFO {
 typedef struct SIP_RACK {
     int rack;   /* response number; D E */
     int cseq;   /* CSeq number; D E */
-    int method; /* sip_code_method; 0 when the word is unknown, -1 when there is none; D E */
+    int method; /* sip_code_method; 0 if the word is unknown, -1 if there is none; D E */
 } SIP_RACK;
 
 /* Supported or "k" (RFC 3261 section 20.37) */
 typedef struct SIP_SUPPORTED {
-    int use;                              /* decode: 0 when there is none; D E */
+    int use;                              /* decode: 0 if there is none; D E */
     char SUPPORTED[64];                   /* verbatim, longest 62; D E */
     SIP_SUPPORTED_TYPE supported_type[8]; /* the first eight tags; blanks count as part of a tag; D */
 } SIP_SUPPORTED;
@@ -408,7 +408,7 @@ typedef struct CODEC_RTPMAP {
 
 /* T.38 fax parameters (ITU-T T.38 annex D), from an "image" media line and the attributes of the members' names. */
 typedef struct FAX_INFO {
-    int udptlport;                 /* UDPTL port; the attributes are read only when it is above 0; D E */
+    int udptlport;                 /* UDPTL port; the attributes are read only if it is above 0; D E */
     int T38FaxMaxBuffer;           /* bytes; D, never written */
     int T38MaxBitRate;             /* bit/s; D E */
     int T38FaxVersion;             /* D E */
@@ -435,7 +435,7 @@ typedef struct FAX_INFO {
 typedef struct SIP_SDP {
     int a_use;              /* 1: an audio stream; D E P */
     int v_use;              /* 1: a video stream; D E P */
-    int fax_use;            /* 1: a T.38 stream; decode: 2 when the body holds "a=SilcenceSupp"; D E */
+    int fax_use;            /* 1: a T.38 stream; decode: 2 if the body has "a=SilcenceSupp"; D E */
     e_codec a_coders[8];    /* in offer order, static ones before dynamic ones; 0 is an empty slot; D E P (4) */
     int v_coders[8];        /* video payload numbers; only the first four are read or written; D E */
     char a_content[512];    /* audio section after its m-line; a direction line is added if it has none; D E */
@@ -443,19 +443,19 @@ typedef struct SIP_SDP {
     IPV4_ADDRESS a_addr;    /* D E P */
     IPV4_ADDRESS v_addr;    /* D E P */
     FAX_INFO fax;           /* D E */
-    long int o_sec;         /* version of the "o=" line when above 0; E */
+    long int o_sec;         /* version of the "o=" line if above 0; E */
     int o_sec_flag;         /* for the host's own use; the library never touches it */
     int a_conten_nouse;     /* 1: generate the audio attributes from the codecs; else a_content is written instead; E */
     int a_media;            /* SIP_MEDIA_DIRECTION; D E */
     int v_conten_nouse;     /* 1: generate the video attributes; else v_content is written instead; E */
     int v_media;            /* SIP_MEDIA_DIRECTION; E */
-    int a_ptime;            /* packet time in milliseconds, written when above 0; decode: two digits are read; D E */
-    CODEC_RTPMAP rtpmap[4]; /* D E; the SDP builder adds telephone events when a_coders holds TE101 */
+    int a_ptime;            /* packet time in milliseconds, written if above 0; decode: two digits are read; D E */
+    CODEC_RTPMAP rtpmap[4]; /* D E; the SDP builder adds telephone events if a_coders has TE101 */
 } SIP_SDP;
 
 /* Body of a MESSAGE, SUBSCRIBE or NOTIFY as text */
 typedef struct SIP_MES_SDP {
-    int use;            /* encode: 1 sends content when no other body applies; D E */
+    int use;            /* encode: 1 sends content if no other body applies; D E */
     char content[3000]; /* longest 2998; D E */
 } SIP_MES_SDP;
 
@@ -475,21 +475,21 @@ typedef struct SIP_AUTHOR {
     int author_type;    /* SIP_DIGEST_HEADER. Decode: the header that was read. Encode: the challenge that is answered:
                            ..._WWW_AUTHENTICATE writes Authorization, ..._PROXY_AUTHENTICATE writes
                            Proxy-Authorization, any other value writes nothing; D E P */
-    int stale;          /* decode: -1 when not given, 0 FALSE, 1 TRUE; encode: not 0 adds ",stale=true"; D E P */
-    int noncecount;     /* written as eight hexadecimal digits when qop is not empty; E */
+    int stale;          /* decode: -1 if not given, 0 FALSE, 1 TRUE; encode: not 0 adds ",stale=true"; D E P */
+    int noncecount;     /* written as eight hexadecimal digits if qop is not empty; E */
     char username[64];  /* D E P */
     char realm[64];     /* D E P */
     char nonce[128];    /* D E P */
     char uri[64];       /* D E P */
     char response[64];  /* D E P */
     char algorithm[16]; /* the encoders always write "MD5"; D P */
-    char cnonce[64];    /* written when qop is not empty; E */
-    char qop[16];       /* when not empty the line carries "qop=auth", cnonce and the nonce count; E */
+    char cnonce[64];    /* written if qop is not empty; E */
+    char qop[16];       /* if not empty the line carries "qop=auth", cnonce and the nonce count; E */
 } SIP_AUTHOR;
 
 /* Authentication-Info of a REGISTER transaction */
 typedef struct NEXT_NONCE {
-    int use;         /* 0 when there is none; D */
+    int use;         /* 0 if there is none; D */
     char nonce[128]; /* "nextnonce="; D */
 } NEXT_NONCE;
 
@@ -536,7 +536,7 @@ typedef struct SIP_HISTORY_INFO {
     char user[32];     /* D E */
     IPV4_ADDRESS addr; /* D E */
     int index;         /* E */
-    char cause[16];    /* the three characters after "cause="; written when not empty; D E */
+    char cause[16];    /* the three characters after "cause="; written if not empty; D E */
 } SIP_HISTORY_INFO;
 
 /* Message-waiting summary (RFC 3842) */
@@ -561,8 +561,8 @@ typedef struct SIP_XML {
  * The record: about 14 KB, members in fixed order
  */
 typedef struct SIP_CODE_MSG {
-    char xml_buf[4096];       /* decode: the message body; encode: the body text when xml.use is SIP_XML_TEXT; D E */
-    int method;               /* sip_code_method of the start line, 0 when unknown; the encoders take 1 to 48; D E P */
+    char xml_buf[4096];       /* decode: the message body; encode: the body text if xml.use is SIP_XML_TEXT; D E */
+    int method;               /* sip_code_method of the start line, 0 if unknown; the encoders take 1 to 48; D E P */
     int via_count;            /* number of Vias, a line with a comma counting twice; 2 writes via1 above via; D E */
     char callid[128];         /* longest 126; the encoders remove a leading "ims-"; D E P */
     char korvadex[128];       /* "Korvadex-Extern" line, longest 126; D E */

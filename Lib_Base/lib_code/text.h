@@ -235,8 +235,8 @@ constexpr std::uint64_t saturated(const char *digits, const char *end, std::uint
     return magnitude;
 }
 
-// Reads a number as "%d" does: white space, one sign, decimal digits. A number too large for 64 bits saturates.
-// The low 32 bits are kept, as the C library does on LP64. Stops where is_end holds.
+// Reads a number as "%d" does: white space, one sign, decimal digits. A number too large for 64 bits saturates. The low
+// 32 bits are kept, as the C library does on LP64. Stops where is_end holds.
 template <class IsEnd>
 constexpr number read_number_until(const char *const begin, IsEnd is_end) {
     const char *at = begin;

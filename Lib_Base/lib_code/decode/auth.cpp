@@ -6,8 +6,8 @@
 //       authen: use 1, authen_type 102, ..., qop "auth,auth-int"
 //   bad: Authorization: Digest            use and author_type are set, the texts are empty
 //
-// Differs from the RFC on purpose: a parameter name counts at any position. A value without quotes runs to the end
-// of the header.
+// Differs from the RFC on purpose: a parameter name counts at any position. A value without quotes runs to the end of
+// the header.
 #include <algorithm>
 
 #include "decoders.h"

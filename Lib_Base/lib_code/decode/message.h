@@ -13,7 +13,7 @@ namespace sipcode {
 
 inline constexpr int max_lines = 64; // entries of SIP_MSG.header and of SIP_MSG.line
 
-// Bit i stands for line i.
+// Bit i is line i.
 using line_set = std::uint64_t;
 
 // Takes the first line out of a set that is not empty.
@@ -42,8 +42,8 @@ class message {
     int body_lines() const { return body_line_count; }
     text body_line(int index) const { return {split_message.line[index], body_length[index]}; }
 
-    // Value of the first header line with this name, after the colon and leading blanks; a null slice if there is
-    // none. It is followed by a terminator.
+    // Value of the first header line with this name, after the colon and leading blanks; a null slice if there is none.
+    // It is followed by a terminator.
     text value(header name) const {
         const auto number = static_cast<std::size_t>(name);
         return first_line[number] == 0 ? text() : text(first_value[number].begin, first_value[number].size);

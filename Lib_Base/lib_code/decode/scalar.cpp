@@ -45,7 +45,7 @@ bool copy_present(const message &msg, Record &record, char (&member)[N], text va
     return present;
 }
 
-// A number of seconds. At most 63 characters are looked at.
+// A number of seconds. At most 63 characters are read.
 int seconds(const message &msg, text value) {
     constexpr std::size_t longest = 63;
     return Str_Atoi(terminated<longest>(msg.store.within(value, longest)).c_str());

@@ -67,7 +67,7 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
     line_end_finder places = finder; // in registers while the section lasts
     char **entry = lines;
     char *line = begin;
-    char *cut = nullptr; // the CR alone that ended the text of this line
+    char *cut = nullptr; // the CR without LF that ended the text of this line
     const auto keep_line = [&](const char *text_end) {
         if (cut != nullptr) [[unlikely]]
             text_end = std::exchange(cut, nullptr);

@@ -1,4 +1,4 @@
-// Response kind of a split message by its status code alone, for hosts that split messages themselves.
+// Response kind of a split message by its status code, for hosts that split messages themselves.
 //
 //   rlPart2 "486 Busy Here" -> 30    "401 Unauthorized" -> 0: only the codes below are known here
 #include "decode.h"
@@ -6,7 +6,7 @@
 
 namespace {
 
-// Fewer than decode_methods holds: hosts rely on 401, 403, 422, 503 and 513 being unknown.
+// Fewer than in decode_methods: hosts rely on 401, 403, 422, 503 and 513 being unknown.
 constexpr sip_code_method known_kinds[] = {
     SIP_RESPONSE_MSG_487_REQUEST_TERMINATED,
     SIP_RESPONSE_MSG_407_PROXY_AUTHENTICATION_REQUIRED,

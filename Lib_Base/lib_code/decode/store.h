@@ -1,4 +1,4 @@
-// The bounded store of the decoders. It puts every value into the record and bounds how far a value is looked at. It
+// The bounded store of the decoders. It puts every value into the record and bounds how much of a value is read. It
 // notes each cut in the caller's SIP_DECODE_REPORT, if there is one.
 #pragma once
 
@@ -26,7 +26,7 @@ class bounded_store {
             note_cut(member, value, longest);
     }
 
-    // The part of a value that is looked at.
+    // The part of a value that is read.
     text within(text value, std::size_t longest) const {
         if (value.size() > longest)
             note_cut(nullptr, value, longest);

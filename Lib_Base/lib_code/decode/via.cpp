@@ -66,8 +66,8 @@ void Parse_Via_Str(const message &msg, SIP_VIA *pvia, padded_text value) {
     read_sent_by_or_log(msg, via.before, *pvia, pvia->addr.port);
 }
 
-// The first Via line of a pair. If a comma follows its branch, the line holds both Vias. The second one is
-// everything after the first comma of the line, blanks included.
+// The first Via line of a pair. If a comma follows its branch, the line holds both Vias. The second one is everything
+// after the first comma of the line, blanks included.
 void Parse_Via_Str1(const message &msg, SIP_VIA *pvia, SIP_VIA *pvia1, padded_text line) {
     const auto via = cut_at(value_of_via_line(line), ';');
     const auto branch = cut_at(via.after, branch_name);

@@ -1,9 +1,9 @@
 // Session description (RFC 4566) of an outgoing message, from SIP_SDP.
 //
-// Each stream is written in one of two ways. If a_conten_nouse or v_conten_nouse is 1, its attributes are
-// generated from the codecs, the packet time and the direction. Otherwise its content text is written, as the decoder
-// took it from a received description. In a fax session (fax_use 1) the audio media line is omitted, and the session
-// uses the fax address.
+// Each stream is written in one of two ways. If a_conten_nouse or v_conten_nouse is 1, its attributes are generated
+// from the codecs, the packet time and the direction. Otherwise its content text is written, as the decoder took it
+// from a received description. In a fax session (fax_use 1) the audio media line is omitted, and the session uses the
+// fax address.
 #include <algorithm>
 
 #include "codecs.h"
