@@ -44,13 +44,6 @@ TEST(Hostile, refused_and_silent) {
         EXPECT_EQ(changes({}, decode(text).members) + lines(decode(text).log), "result=-1") << text.substr(0, 20);
 }
 
-TEST(Hostile, line_feeds_alone_are_refused_and_counted) {
-    // The first ends the headers, each of the others is a line of the body; 4095 are looked at.
-    const Decoded decoded = decode(repeat(100000, "\n"));
-    EXPECT_EQ(changes({}, decoded.members), "result=-1");
-    EXPECT_EQ(decoded.log.size(), 4095 - 1 - 63);
-}
-
 // Texts are looked at in blocks and words: where these begin and end shows nowhere.
 TEST(Hostile, every_alignment) {
     for (const std::string &message : samples) {
