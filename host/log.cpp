@@ -51,8 +51,8 @@ std::string on_one_line(std::string_view text) {
     return line;
 }
 
-[[gnu::format(printf, 3, 0)]]
-void write_line(int level, spdlog::source_loc place, const char *format, va_list arguments) noexcept {
+[[gnu::format(printf, 3, 0)]] void write_line(int level, spdlog::source_loc place, const char *format,
+                                              va_list arguments) noexcept {
     static const std::shared_ptr<spdlog::logger> logger = find_or_make_logger();
     char text[line_size] = "";
     if (std::vsnprintf(text, sizeof text, format, arguments) < 0)

@@ -19,8 +19,7 @@ Host &host() {
 
 namespace {
 
-[[gnu::format(printf, 2, 0)]]
-void keep(const std::string &head, const char *format, va_list arguments) {
+[[gnu::format(printf, 2, 0)]] void keep(const std::string &head, const char *format, va_list arguments) {
     char line[8192];
     std::vsnprintf(line, sizeof line, format, arguments);
     host().log.push_back(head + " " + line);
