@@ -88,10 +88,10 @@ basic_parts<Text> cut_at(Text t, const char (&mark)[N]) {
     constexpr std::size_t length = N - 1;
     for (std::size_t from = length - 1; from < t.size();) {
         const std::size_t last = from + find(drop(t, from), mark[length - 1]);
-        const std::size_t behind = last + 1;
-        if (last < t.size() && std::memcmp(t.data() + behind - length, mark, length) == 0)
-            return {{t.data(), behind - length}, {t.data() + behind, t.size() - behind}, true};
-        from = behind;
+        const std::size_t after = last + 1;
+        if (last < t.size() && std::memcmp(t.data() + after - length, mark, length) == 0)
+            return {{t.data(), after - length}, {t.data() + after, t.size() - after}, true};
+        from = after;
     }
     return {t, {}, false};
 }

@@ -71,7 +71,7 @@ constexpr std::size_t count_conversions(text format) {
 }
 
 // The position of the value that follows this beginning of a format.
-constexpr place place_behind(text beginning, text format) {
+constexpr place place_after(text beginning, text format) {
     bool quoted = false;
     bool bracketed = false;
     for (const char c : beginning) {
@@ -92,7 +92,7 @@ consteval std::array<format_piece, Conversions + 1> cut_format(text format) {
         std::size_t at = begin;
         while (format[at] != '%')
             ++at;
-        pieces[i] = {begin, at - begin, conversion::none, place_behind(at_most(format, at), format)};
+        pieces[i] = {begin, at - begin, conversion::none, place_after(at_most(format, at), format)};
         for (const conversion_mark &known : conversion_marks) {
             if (drop(format, at).starts_with(known.mark)) {
                 pieces[i].value = known.value;

@@ -157,19 +157,19 @@ void scan_parameters(const bounded_store &store, padded_text value, std::size_t 
 
 // Credentials and challenges begin with a scheme name and a space. Without the space nothing is read.
 template <class Record, std::size_t N>
-void scan_behind_scheme(const bounded_store &store, padded_text value, const text_parameter<Record> (&names)[N],
-                        Record &record) {
+void scan_after_scheme(const bounded_store &store, padded_text value, const text_parameter<Record> (&names)[N],
+                       Record &record) {
     const auto scheme = cut_at(value, ' ');
     if (scheme.found)
         scan_parameters(store, value, scheme.before.size() + 1, names, record, &record.stale);
 }
 
 void Parse_Author_Body(const bounded_store &store, padded_text au, SIP_AUTHOR *pauthor) {
-    scan_behind_scheme(store, store.within(au, longest_credentials), credential_parameters, *pauthor);
+    scan_after_scheme(store, store.within(au, longest_credentials), credential_parameters, *pauthor);
 }
 
 void Parse_Authen_Body(const bounded_store &store, padded_text au, SIP_AUTHEN *pauthen) {
-    scan_behind_scheme(store, store.within(au, longest_challenge), challenge_parameters, *pauthen);
+    scan_after_scheme(store, store.within(au, longest_challenge), challenge_parameters, *pauthen);
 }
 
 void Parse_Authen_Info_Body(const bounded_store &store, padded_text au, NEXT_NONCE *next_nonce) {

@@ -9,7 +9,7 @@ namespace sipcode {
 namespace {
 
 // t is the text after an opening quote. Returns the text after the closing one, a null text if there is none.
-padded_text behind_quoted(padded_text t) {
+padded_text after_quoted(padded_text t) {
     for (padded_parts cut = cut_at(t, '"'); cut.found; cut = cut_at(cut.after, '"'))
         if (cut.before.empty() || cut.before.back() != '\\')
             return cut.after;
@@ -31,8 +31,7 @@ padded_text Parse_Brackets(padded_text value) {
             SIPCODE_TRACE(1, "No closing bracket found in '%s'", terminated(value).c_str());
             return value;
         }
-        rest =
-            behind_quoted(padded_text(quote.after.data(), static_cast<std::size_t>(rest.end() - quote.after.data())));
+        rest = after_quoted(padded_text(quote.after.data(), static_cast<std::size_t>(rest.end() - quote.after.data())));
         if (rest.data() == nullptr) {
             SIPCODE_TRACE(1, "No closing quote found in '%s'", terminated(value).c_str());
             return value;

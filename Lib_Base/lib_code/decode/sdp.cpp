@@ -326,14 +326,14 @@ class media_section {
     explicit constexpr media_section(text wanted_medium)
         : medium(beginning_word(wanted_medium)), counted((std::uint64_t{1} << (8 * wanted_medium.size())) - 1) {}
 
-    // Sees a media line. behind is its text after "m=".
-    void see_media(text behind, std::uint64_t beginning) {
+    // Sees a media line: the text after "m=".
+    void see_media(text after, std::uint64_t beginning) {
         if (found) {
-            if (behind.data() - media_mark >= begin && end == nullptr)
-                end = behind.data() - media_mark;
+            if (after.data() - media_mark >= begin && end == nullptr)
+                end = after.data() - media_mark;
         } else if ((beginning & counted) == medium) {
             found = true;
-            if (const parts line = cut_at(behind, line_end); line.found)
+            if (const parts line = cut_at(after, line_end); line.found)
                 begin = line.after.data();
         }
     }
@@ -367,16 +367,16 @@ struct body_marks {
     media_section audio{"audio"};
     media_section video{"video"};
 
-    void see_attribute(text behind, std::uint64_t beginning) {
+    void see_attribute(text after, std::uint64_t beginning) {
         constexpr text packet_time_name = "ptime:";
         constexpr std::uint64_t counted = (std::uint64_t{1} << (8 * packet_time_name.size())) - 1;
         if (const int given = direction_of(beginning); given != no_direction) {
             media = std::min(media, given);
-            audio.see_direction(behind.data());
+            audio.see_direction(after.data());
         } else if ((beginning & counted) == beginning_word(packet_time_name)) {
             if (packet_time.data() == nullptr)
-                packet_time = drop(behind, packet_time_name.size());
-        } else if (starts_with(behind, "SilcenceSupp")) { // spelling is part of the interface
+                packet_time = drop(after, packet_time_name.size());
+        } else if (starts_with(after, "SilcenceSupp")) { // spelling is part of the interface
             silence = true;
         }
     }
@@ -390,13 +390,13 @@ body_marks find_marks(text body, const message &msg) {
         const char letter = place == 0 ? '\0' : body[place - 1];
         if (letter != 'a' && letter != 'm')
             return;
-        const text behind(body.data() + place + 1, body.size() - place - 1);
-        const std::uint64_t beginning = beginning_of(behind);
+        const text after(body.data() + place + 1, body.size() - place - 1);
+        const std::uint64_t beginning = beginning_of(after);
         if (letter == 'a') {
-            marks.see_attribute(behind, beginning);
+            marks.see_attribute(after, beginning);
         } else {
-            marks.audio.see_media(behind, beginning);
-            marks.video.see_media(behind, beginning);
+            marks.audio.see_media(after, beginning);
+            marks.video.see_media(after, beginning);
         }
     });
     return marks;

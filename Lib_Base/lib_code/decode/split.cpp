@@ -119,7 +119,7 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
 // ------------------------------------------------------------------------------------------------ start line
 
 // The first byte that is not a blank.
-char *behind_blanks(char *at, const char *end) {
+char *after_blanks(char *at, const char *end) {
     while (at != end && is_blank(*at))
         ++at;
     return at;
@@ -131,7 +131,7 @@ char *take_token(char *&rest, char *end) {
     rest = end - Parse_Skip_Nonblanks({token, static_cast<std::size_t>(end - token)}).size();
     if (rest != end)
         *rest++ = '\0';
-    rest = behind_blanks(rest, end);
+    rest = after_blanks(rest, end);
     return token;
 }
 
@@ -141,7 +141,7 @@ int Parse_StartLine_Parts(message &msg) {
     SIP_MSG &split = msg.split();
     char *const line = split.header[0];
     char *end = line + msg.header_line(0).size();
-    char *rest = behind_blanks(line, end);
+    char *rest = after_blanks(line, end);
     if (rest == end)
         return msg.store.refuse(SIP_DECODE_NO_START_LINE, "", line);
     split.rlPart1 = take_token(rest, end);

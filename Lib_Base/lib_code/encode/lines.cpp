@@ -55,7 +55,7 @@ bool is_bare(const SIP_FROMTO &party, bare_form bare) {
 
 // Ends a line after its URI, with ";user=phone" at its position.
 template <format_string Uri, format_string End, class... Values>
-void write_behind_uri(writer &out, phone user_phone, const Values &...values) {
+void write_after_uri(writer &out, phone user_phone, const Values &...values) {
     switch (user_phone) {
     case phone::none:
         return out.line<joined<Uri, ">", End>>(values...);
@@ -71,17 +71,17 @@ template <format_string Name, format_string End, class... Values>
 void write_party(writer &out, const SIP_FROMTO &party, phone user_phone, const Values &...end) {
     const auto &[tag_use, user, tag, addr, dns, flag] = party;
     if (dns.use == 1)
-        write_behind_uri<joined<Name, ": \"%s\" <sip:%s@%s">, End>(out, user_phone, user, user, dns.dnsname, end...);
+        write_after_uri<joined<Name, ": \"%s\" <sip:%s@%s">, End>(out, user_phone, user, user, dns.dnsname, end...);
     else
-        write_behind_uri<joined<Name, ": \"%s\" <sip:%s@%s:%d">, End>(out, user_phone, user, user, addr.ip, addr.port,
-                                                                      end...);
+        write_after_uri<joined<Name, ": \"%s\" <sip:%s@%s:%d">, End>(out, user_phone, user, user, addr.ip, addr.port,
+                                                                     end...);
 }
 
 template <format_string Name>
 void write_tagged_party(writer &out, const SIP_FROMTO &party, phone user_phone, bare_form bare) {
     if (is_bare(party, bare))
-        write_behind_uri<joined<Name, ": <sip:%s:%d">, ";tag=%s\r\n">(out, user_phone, party.addr.ip, party.addr.port,
-                                                                      party.tag);
+        write_after_uri<joined<Name, ": <sip:%s:%d">, ";tag=%s\r\n">(out, user_phone, party.addr.ip, party.addr.port,
+                                                                     party.tag);
     else
         write_party<Name, ";tag=%s\r\n">(out, party, user_phone, party.tag);
 }

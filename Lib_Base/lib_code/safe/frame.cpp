@@ -29,7 +29,7 @@ std::size_t keep_alive_length(text data) {
 }
 
 // As in the splitter: the comma is two bytes before LF, whether or not the byte between is CR.
-bool is_behind_comma(text data, std::size_t line_feed) { return line_feed >= 2 && data[line_feed - 2] == ','; }
+bool is_after_comma(text data, std::size_t line_feed) { return line_feed >= 2 && data[line_feed - 2] == ','; }
 
 // Length of the header section with its empty line; 0 if there is no empty line. A CR cuts the text of a line, so a
 // line that begins with CR is empty.
@@ -39,7 +39,7 @@ std::size_t header_section_length(text data) {
         at += find_byte(data.data() + at, data.size() - at, '\n');
         if (at == data.size())
             return 0;
-        if (is_behind_comma(data, at))
+        if (is_after_comma(data, at))
             continue;
         if (at == line || data[line] == '\r')
             return at + 1;
@@ -54,8 +54,8 @@ text length_value(text line) {
     const std::size_t name = starts_nocase(line, full)      ? full.size()
                              : starts_nocase(line, compact) ? compact.size()
                                                             : 0;
-    const text behind_name = skip_blanks(drop(line, name));
-    return name != 0 && behind_name.starts_with(':') ? drop(behind_name, 1) : text();
+    const text after_name = skip_blanks(drop(line, name));
+    return name != 0 && after_name.starts_with(':') ? drop(after_name, 1) : text();
 }
 
 // Returns false if the value is not a number from 0 to largest_length.
