@@ -298,7 +298,7 @@ TEST(Capture, FilterAndLinkLayer) {
     EXPECT_EQ(read(file, "tcp port 40000").messages, line(2, "TCP", ack));
     EXPECT_EQ(read(file, "udp and less 80").messages, line(3, "UDP", ok));
     EXPECT_EQ(read(file, "no such").error.substr(0, 8), "filter: ");
-    EXPECT_EQ(read(pcap(DLT_PPP, {})).error, "packets with link layer PPP are not known");
+    EXPECT_EQ(read(pcap(DLT_PPP, {})).error, "unknown link layer PPP");
 }
 
 TEST(Capture, Time) {

@@ -164,7 +164,7 @@ const Case cases[] = {
     // refused
     {"no start line", "", "1:: refused: no usable start line\n"},
     {"blank before the colon of the only Call-ID", invite + "Call-ID : c\nCSeq: 1 INVITE\n\n",
-     "2:Call-ID : c\n: ignored: a blank stands before the colon\n4:\n: refused: no Call-ID\n"},
+     "2:Call-ID : c\n: ignored: it has a blank before the colon\n4:\n: refused: no Call-ID\n"},
 
     // unread, unknown
     {"NUL", head + std::string("\n\0x", 3), "6:" + std::string(1, '\0') + "x: unread: the message ends at its NUL\n"},
@@ -178,20 +178,20 @@ const Case cases[] = {
      "6:From: <sip:c: ignored: From repeats line 5, which counts\n"
      "7:f: <sip:e@f>: ignored: f repeats line 5, which counts\n"},
     {"blank before the colon", head + "From : <sip:a@b>\nVia : SIP/2.0/UDP i\n\n",
-     "5:From : <sip:: ignored: a blank stands before the colon\n"
-     "6:Via : SIP/2.: ignored: a blank stands before the colon\n"},
+     "5:From : <sip:: ignored: it has a blank before the colon\n"
+     "6:Via : SIP/2.: ignored: it has a blank before the colon\n"},
     {"continued without and with a comma", head + "Event: reg\n ;id=1\nUser-Agent: a,\r\n b\n\n",
      "6: ;id=1\nUser-: ignored: "
-     "it begins with a blank and goes on from a line that does not end in a comma and CR LF\n"},
-    {"line behind the 63rd", head + repeated("Content-Length: 1\n", 59) + "Event: reg\nTo: <sip:a@b>\n\n",
-     "64:Event: reg\nT: ignored: it stands behind the first 63 lines\n"
-     "65:To: <sip:a@b: ignored: it stands behind the first 63 lines\n"},
+     "it begins with a blank and continues a line that does not end in a comma and CR LF\n"},
+    {"line after the 63rd", head + repeated("Content-Length: 1\n", 59) + "Event: reg\nTo: <sip:a@b>\n\n",
+     "64:Event: reg\nT: ignored: it comes after the first 63 lines\n"
+     "65:To: <sip:a@b: ignored: it comes after the first 63 lines\n"},
 
     // dropped
     {"three Vias", head + "v: SIP/2.0/UDP i, SIP/2.0/UDP j\n\n",
-     "4:SIP/2.0/UDP : dropped: 3 Vias, and of more than 2 the record holds none\n"
-     "5:SIP/2.0/UDP : dropped: 3 Vias, and of more than 2 the record holds none\n"
-     "5:SIP/2.0/UDP : dropped: 3 Vias, and of more than 2 the record holds none\n"},
+     "4:SIP/2.0/UDP : dropped: 3 Vias: if there are more than 2, the record holds none\n"
+     "5:SIP/2.0/UDP : dropped: 3 Vias: if there are more than 2, the record holds none\n"
+     "5:SIP/2.0/UDP : dropped: 3 Vias: if there are more than 2, the record holds none\n"},
     {"second Contact, fifth History-Info",
      head + "Contact: <sip:a@b>, <sip:c@d>\nHistory-Info: " + repeated("<sip:a@b>,", 4) + "<sip:e@f>\n\n",
      "5:<sip:c@d>\nHi: dropped: the record holds nothing of \"<sip:c@d>\"\n"
@@ -201,20 +201,20 @@ const Case cases[] = {
     {"codecs",
      session + "m=audio 9 RTP/AVP 0 111 97 101\na=rtpmap:111 opus/48000\na=rtpmap:97 iLBC/8000\n"
                "a=rtpmap:101 telephone-event/8000\n",
-     "9:111 97 101\na: dropped: payload 111 (opus/48000) is no codec that the record knows\n"},
+     "9:111 97 101\na: dropped: payload 111 (opus/48000) is not a codec that the record knows\n"},
     {"nine codecs", session + "m=audio 9 RTP/AVP 0 8 18 4 3 2 9 5 97\na=rtpmap:97 iLBC/8000\n",
      "9:97\na=rtpmap:: dropped: payload 97 (iLBC/8000) does not fit in sdp.a_coders\n"},
     {"five video payloads", session + "m=video 9 RTP/AVP 96 97 98 99 34\n",
      "9:34\n: dropped: payload 34 does not fit in sdp.v_coders\n"},
     {"streams", session + "m=audio 8 RTP/AVP 0\nm=text 7 RTP/AVP 98\nm=audio 9 RTP/AVP 8\n",
-     "9:8 RTP/AVP 0\n: dropped: a later stream of the same kind takes the place of this address and port\n"
+     "9:8 RTP/AVP 0\n: dropped: a later stream of the same kind replaces this address and port\n"
      "10:m=text 7 RTP: dropped: the record holds nothing of this stream\n"},
 
     // cut
     {"cut", head + "To: <sip:" + std::string(32, 'u') + "@h>;tag=t\n\n",
      "5:uuuuuuuuuuuu: cut: to.user keeps 31 of 32 characters\n"},
     {"cut before it is read", head + "To: <sip:a@h>;x=" + std::string(300, 'x') + "\n\n",
-     "5:<sip:a@h>;x=: cut: 312 characters, 255 are looked at\n"},
+     "5:<sip:a@h>;x=: cut: 312 characters, 255 are read\n"},
     {"cut of two lines", head + "Record-Route: <sip:h>\nRecord-Route: <sip:" + std::string(125, 'r') + ">\n\n",
      "6:<sip:rrrrrrr: cut: record_route.content keeps 127 of 139 characters\n"},
 };

@@ -1,4 +1,4 @@
-// Packets of a capture file, see capture_file.h.
+// Reads the packets of a capture file, see capture_file.h.
 #include "capture_file.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ pcap_t *open_capture(std::FILE *stream) {
     char error[PCAP_ERRBUF_SIZE] = "";
     pcap_t *file = pcap_fopen_offline(stream, error);
     if (file == nullptr) {
-        static_cast<void>(std::fclose(stream)); // the capture is what cannot be read
+        static_cast<void>(std::fclose(stream)); // the file is unusable anyway
         throw CaptureError(error);
     }
     return file;
@@ -45,7 +45,7 @@ CaptureFile::Filter::Filter(pcap_t *file, const std::string &expression) {
         throw CaptureError(fmt::format("filter: {}", pcap_geterr(file)));
 }
 
-bool CaptureFile::Filter::takes(const pcap_pkthdr *header, const u_char *bytes) const {
+bool CaptureFile::Filter::matches(const pcap_pkthdr *header, const u_char *bytes) const {
     return pcap_offline_filter(&program_, header, bytes) != 0;
 }
 
@@ -55,15 +55,15 @@ CaptureFile::CaptureFile(std::FILE *stream, const std::string &filter)
 bool CaptureFile::next(Packet &packet) {
     pcap_pkthdr *header = nullptr;
     const u_char *bytes = nullptr;
-    // Not pcap_setfilter: packets keep the numbers that they have in the file.
+    // Not pcap_setfilter, so that packets keep the numbers that they have in the file.
     do {
         const int result = pcap_next_ex(file_.get(), &header, &bytes);
         if (result == PCAP_ERROR_BREAK)
             return false;
         if (result != 1)
-            throw CaptureError(fmt::format("damaged behind packet {}: {}", packets_, pcap_geterr(file_.get())));
+            throw CaptureError(fmt::format("damaged after packet {}: {}", packets_, pcap_geterr(file_.get())));
         ++packets_;
-    } while (!filter_.takes(header, bytes));
+    } while (!filter_.matches(header, bytes));
 
     constexpr long microseconds_per_second = 1'000'000;
     packet.mark.number = packets_;

@@ -1,4 +1,4 @@
-// Packets of a capture file, pcap or pcapng, through libpcap.
+// Reads the packets of a capture file, pcap or pcapng, with libpcap.
 #pragma once
 
 #include <cstddef>
@@ -28,29 +28,29 @@ struct Packet {
     bool cut_off;                        // the capture kept only its beginning
 };
 
-// A file that cannot be read on, a filter that is none, a link layer that is not known.
+// A damaged file, an invalid filter or an unknown link layer.
 class CaptureError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-// Bytes that are enough to recognise a capture.
+// How many bytes it takes to recognise a capture.
 inline constexpr std::size_t capture_magic_size = 4;
 
 bool is_capture(std::string_view first_bytes);
 
 class CaptureFile {
   public:
-    // Takes the stream over, which stands in front of the file's first byte. The filter is a BPF expression; an empty one
-    // takes every packet. Throws CaptureError.
+    // Takes ownership of the stream, which must be at the first byte of the file. The filter is a BPF expression; an
+    // empty one matches every packet. Throws CaptureError.
     CaptureFile(std::FILE *stream, const std::string &filter);
 
     int link_type() const { return pcap_datalink(file_.get()); }
 
-    // Read up to now, those that the filter does not take too.
+    // Packets read so far, including those that the filter does not match.
     std::size_t packets() const { return packets_; }
 
-    // False at the end of the file. Throws CaptureError where the file is damaged.
+    // Returns false at the end of the file. Throws CaptureError if the file is damaged.
     bool next(Packet &packet);
 
   private:
@@ -60,7 +60,7 @@ class CaptureFile {
         ~Filter() { pcap_freecode(&program_); }
         Filter(const Filter &) = delete;
         Filter &operator=(const Filter &) = delete;
-        bool takes(const pcap_pkthdr *header, const u_char *bytes) const;
+        bool matches(const pcap_pkthdr *header, const u_char *bytes) const;
 
       private:
         bpf_program program_{};

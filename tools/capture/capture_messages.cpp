@@ -1,4 +1,4 @@
-// SIP messages of a capture, see capture_messages.h.
+// Finds the SIP messages of a capture, see capture_messages.h.
 #include "capture_messages.h"
 
 #include <cctype>

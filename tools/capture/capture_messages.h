@@ -1,4 +1,4 @@
-// SIP messages of a capture.
+// Finds the SIP messages of a capture.
 #pragma once
 
 #include <cstddef>
@@ -18,22 +18,22 @@ struct CapturedMessage {
     bool is_whole; // false: the capture holds only its beginning
 };
 
-// A datagram is a message when its first line has the form of a start line, on any port, and on port 5060 when it begins with
-// a letter; what keeps a path open, media and other protocols are passed over. On a TCP stream a message begins with a line of
-// that form.
+// A datagram is a message if its first line looks like a start line, on any port. On port 5060 it is one if it begins
+// with a letter. Keep-alives, media and other protocols are skipped. On a TCP stream a message begins with a line that
+// looks like a start line.
 class CaptureMessages {
   public:
     using Deliver = std::function<void(const CapturedMessage &message)>;
 
-    // Throws CaptureError for a link layer that is not known.
+    // Throws CaptureError for an unknown link layer.
     CaptureMessages(int link_type, Deliver deliver);
 
     void add(const Packet &packet);
 
-    // What is left when the capture ends.
+    // Delivers what is left at the end of the capture.
     void finish() { streams_.finish(); }
 
-    // Packets that were none, and packets of which fragments were lost.
+    // Malformed packets, and packets with lost fragments.
     std::size_t malformed() const { return transport_.malformed(); }
     std::size_t incomplete() const { return transport_.incomplete(); }
 

@@ -1,4 +1,4 @@
-// IP fragments put together, see fragments.h.
+// Reassembles IP fragments, see fragments.h.
 #include "fragments.h"
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 
 namespace {
 
-// Packets in work at a time: fragments stand close together in a capture, so an old one has lost its rest.
+// Packets that may be incomplete at a time. Fragments come close together in a capture, so an old packet has lost some.
 constexpr std::size_t most_pending = 256;
 
 } // namespace

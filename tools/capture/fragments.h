@@ -1,4 +1,4 @@
-// IP fragments put together.
+// Reassembles IP fragments.
 #pragma once
 
 #include <compare>
@@ -17,16 +17,16 @@ struct Fragment {
     std::uint32_t id;
     std::uint8_t protocol;
     std::size_t offset; // in bytes
-    bool more;          // it is not the last
+    bool more;          // more fragments follow
     std::vector<std::uint8_t> payload;
 };
 
 class Fragments {
   public:
-    // The payload of the whole packet when this was the fragment that it lacked.
+    // Returns the payload of the whole packet if this was the last missing fragment.
     std::optional<std::vector<std::uint8_t>> add(Fragment fragment);
 
-    // Packets of which fragments were lost.
+    // Packets with lost fragments.
     std::size_t incomplete() const { return given_up_ + pending_.size(); }
 
   private:

@@ -15,14 +15,14 @@ bool equals_nocase(std::string_view a, std::string_view b) {
 
 std::string_view trim_end(std::string_view text) { return text.substr(0, text.find_last_not_of(" \t\r\n") + 1); }
 
-// "SIP/2.0", of any version. "SIP/2.0/UDP" stands in a Via.
+// "SIP/2.0", with any version. "SIP/2.0/UDP" is from a Via.
 bool is_protocol(std::string_view word) {
     constexpr std::string_view name = "SIP/";
     return equals_nocase(word.substr(0, name.size()), name) &&
            word.find_first_not_of("0123456789.", name.size()) == std::string_view::npos;
 }
 
-// A token as RFC 3261 section 25.1 has it, of a length that keeps the end of a body from being one.
+// A token (RFC 3261 section 25.1). The limit on its length rules out most ends of a body.
 bool is_method(std::string_view word) {
     constexpr std::size_t longest_method = 32;
     constexpr std::string_view marks = "-.!%*_+`'~";

@@ -1,4 +1,4 @@
-// Messages out of TCP segments, see tcp_streams.h.
+// Finds messages in TCP segments, see tcp_streams.h.
 #include "tcp_streams.h"
 
 #include <algorithm>
@@ -9,13 +9,13 @@
 
 namespace {
 
-// Segments that may come ahead of one that is late. Behind more, that one was never captured.
+// How many segments may overtake a late one. If more do, the late one was never captured.
 constexpr std::size_t most_ahead = 32;
 
-// Seconds without a segment, behind which a connection is taken to be over.
+// Seconds without a segment after which a connection counts as closed.
 constexpr std::int64_t idle_time = 600;
 
-// The times of a capture are untrusted: a difference that does not fit wraps around.
+// The times of a capture are untrusted. A difference that does not fit wraps around.
 std::int64_t seconds_between(const PacketMark &from, const PacketMark &to) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(to.seconds) - static_cast<std::uint64_t>(from.seconds));
 }
@@ -62,7 +62,7 @@ void TcpStreams::deliver_whole(Entry &entry) {
     auto &[key, stream] = entry;
     std::vector<std::uint8_t> &bytes = stream.data.payload();
     std::string_view rest = text_of(bytes);
-    // In front of a message may stand line ends that keep a connection alive, and the rest of one whose beginning was not
+    // A message may follow line ends that keep the connection alive, or the rest of a message whose beginning was not
     // captured.
     for (;;) {
         const StartLineSearch start = find_start_line(rest, 0);
@@ -78,7 +78,7 @@ void TcpStreams::deliver_whole(Entry &entry) {
     drop(bytes, bytes.size() - rest.size());
 }
 
-// The beginning of a message whose end was not captured.
+// Delivers the beginning of a message whose end was not captured.
 void TcpStreams::deliver_rest(Entry &entry) {
     auto &[key, stream] = entry;
     std::vector<std::uint8_t> &bytes = stream.data.payload();
@@ -88,7 +88,7 @@ void TcpStreams::deliver_rest(Entry &entry) {
     bytes.clear();
 }
 
-// Goes on behind segments that were not captured.
+// Continues after segments that were not captured.
 void TcpStreams::skip_gap(Entry &entry) {
     deliver_rest(entry);
     Tins::TCPIP::DataTracker &data = entry.second.data;

@@ -1,4 +1,4 @@
-// Messages out of TCP segments: put in order by libtins, cut by Content-Length.
+// Finds messages in TCP segments. libtins puts the segments in order; Content-Length says where a message ends.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,8 @@
 
 class TcpStreams {
   public:
-    // Where the stream goes from and to, the packet that completed the message, its text; whether that is all of it.
+    // Source and destination of the stream, the packet that completed the message, its text, and whether that is all of
+    // it.
     using Deliver = std::function<void(const Endpoint &source, const Endpoint &destination, const PacketMark &mark,
                                        std::string_view text, bool is_whole)>;
 
@@ -21,7 +22,7 @@ class TcpStreams {
 
     void add(const Segment &segment, const PacketMark &mark);
 
-    // What is left when the capture ends.
+    // Delivers what is left at the end of the capture.
     void finish();
 
   private:
@@ -29,7 +30,7 @@ class TcpStreams {
     struct Stream {
         explicit Stream(std::uint32_t sequence) : begin(sequence), data(sequence) {}
         std::uint32_t begin;
-        Tins::TCPIP::DataTracker data; // its payload is what is not delivered yet
+        Tins::TCPIP::DataTracker data; // its payload is what has not been delivered yet
         PacketMark last;
     };
     using Key = std::pair<Endpoint, Endpoint>;

@@ -1,4 +1,4 @@
-// UDP datagrams and TCP segments out of packets, see transport.h.
+// Reads UDP datagrams and TCP segments from packets, see transport.h.
 #include "transport.h"
 
 #include <algorithm>
@@ -30,7 +30,7 @@ Pdu parse(Bytes bytes) {
     return std::make_unique<Header>(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
 }
 
-// An IP packet behind a header of a fixed size; the packet itself tells its version.
+// An IP packet after a header of fixed size. The version is in the packet itself.
 template <std::size_t header_size>
 Pdu parse_ip(Bytes bytes) {
     if (bytes.size() <= header_size)
@@ -62,7 +62,7 @@ constexpr LinkLayer link_layers[] = {
     {DLT_IEEE802_11_RADIO, parse<Tins::RadioTap>},
 };
 
-// What is left of a fragment or an upper layer that libtins does not take apart.
+// The payload of a fragment or an upper layer, which libtins does not parse.
 std::vector<std::uint8_t> raw_payload(const Tins::PDU &pdu) {
     const auto *raw = pdu.find_pdu<Tins::RawPDU>();
     return raw == nullptr ? std::vector<std::uint8_t>() : raw->payload();
@@ -73,7 +73,7 @@ Bytes payload_of(const Tins::PDU &pdu) {
     return raw == nullptr ? Bytes() : Bytes(raw->payload());
 }
 
-// The innermost packet: what a tunnel carries counts.
+// The innermost IP packet: of a tunnel, the packet inside it.
 const Tins::PDU *innermost_ip(const Tins::PDU &packet) {
     const Tins::PDU *found = nullptr;
     for (const Tins::PDU *pdu = &packet; pdu != nullptr; pdu = pdu->inner_pdu()) {
@@ -117,7 +117,7 @@ TransportReader::TransportReader(int link_type) {
                                            [link_type](const LinkLayer &known) { return known.type == link_type; });
     if (layer == std::end(link_layers)) {
         const char *name = pcap_datalink_val_to_description_or_dlt(link_type);
-        throw CaptureError(fmt::format("packets with link layer {} are not known", name));
+        throw CaptureError(fmt::format("unknown link layer {}", name));
     }
     parse_ = layer->parse;
 }
@@ -149,7 +149,8 @@ std::optional<Segment> TransportReader::read_ipv4(const Tins::IP &ip) {
                          (ip.flags() & Tins::IP::MORE_FRAGMENTS) != 0, raw_payload(ip)});
 }
 
-// The fragment header: next header, reserved, offset in the upper 13 bits of two bytes with "more" in the lowest, identification.
+// The fragment header is: next header (1 byte), reserved (1), offset in the upper 13 bits and "more" in the lowest bit
+// (2), identification (4).
 std::optional<Segment> TransportReader::read_ipv6(const Tins::IPv6 &ip) {
     const std::string source = ip.src_addr().to_string();
     const std::string destination = ip.dst_addr().to_string();
@@ -158,7 +159,7 @@ std::optional<Segment> TransportReader::read_ipv6(const Tins::IPv6 &ip) {
     constexpr std::size_t header_size = 8;
     if (ip.headers().back().option() != Tins::IPv6::FRAGMENT || ip.headers().back().data_size() + 2 != header_size)
         return std::nullopt;
-    // libtins tells all of the header but its first byte.
+    // libtins gives access to all of the header except its first byte.
     const std::vector<std::uint8_t> bytes = Tins::IPv6(ip).serialize();
     const std::uint8_t *const header = bytes.data() + ip.header_size() - header_size;
     const auto id = static_cast<std::uint32_t>(header[4] << 24 | header[5] << 16 | header[6] << 8 | header[7]);

@@ -1,4 +1,4 @@
-// UDP datagrams and TCP segments out of packets, through libtins.
+// Reads UDP datagrams and TCP segments from packets, with libtins.
 #pragma once
 
 #include <compare>
@@ -34,7 +34,7 @@ struct Endpoint {
 // "192.0.2.1:5060", "[2001:db8::1]:5060"
 std::string endpoint_text(const Endpoint &endpoint);
 
-// A datagram or a segment. The members behind the payload are of a segment.
+// A datagram or a segment. The members after the payload are only for segments.
 struct Segment {
     Transport transport;
     Endpoint source;
@@ -46,12 +46,12 @@ struct Segment {
 
 class TransportReader {
   public:
-    // Of packets with this link layer. Throws CaptureError for one that is not known.
+    // For packets with this link layer. Throws CaptureError if it is unknown.
     explicit TransportReader(int link_type);
     ~TransportReader();
 
-    // Nothing for a packet that carries neither, and for a fragment while others are missing. The payload is valid up to
-    // the next call.
+    // Returns nothing for a packet that carries neither, and for a fragment while others are missing. The payload is
+    // valid until the next call.
     std::optional<Segment> read(std::span<const std::uint8_t> packet);
 
     std::size_t malformed() const { return malformed_; }

@@ -1,8 +1,8 @@
-// The tables behind record.h. One per record type, nested ones first; a row names a member, the rest is taken from its
-// declaration. To describe a new member: add its row where it is declared.
+// The tables that record.h describes: one per record type, nested types first. A row names a member; the rest comes
+// from its declaration. To describe a new member, add its row at the same place as in the declaration.
 //
-//   ROW(m)                  a member whose zero says nothing
-//   VALUE(m)                a member whose zero is a value when its record is present
+//   ROW(m)                  a member whose zero means that it is absent
+//   VALUE(m)                a member whose zero is a value if its record is present
 //   named(ROW(m), names)    a number whose values have names
 #include "record.h"
 
@@ -29,7 +29,7 @@ std::string_view name_in(const std::array<std::string_view, Count> &names, long 
 }
 
 std::string_view codec_name(long value) {
-    // Not code_methods, the wording of the record dump, which shows G722 as "97".
+    // Not code_methods, which has the texts of the dump and shows G722 as "97".
     static constexpr std::array<std::string_view, SIP_CODE_CODEC_COUNT> names = {
         "UNKONW", "G711_A", "G711_U", "G729", "G723", "TE101", "GSM", "G726", "G722", "SPEEX", "ILBC", "DVI4"};
     return name_in(names, value);
@@ -60,7 +60,7 @@ std::string_view direction_name(long value) {
 // ---------------------------------------------------------------------------------------------------------------------
 // From a declaration to its description
 
-// Each specialisation holds the rows of one record type, and what switches it on where that is not "use" at 1.
+// Each specialisation holds the rows of one record type. If the flag is not "use", it also names the flag.
 template <typename T>
 struct Table;
 
@@ -75,7 +75,7 @@ struct Described {
     }();
 };
 
-// Whether the rows follow each other without a gap but for alignment, from the record's first byte to its last.
+// Whether the rows cover the record from its first byte to its last, without a gap except for alignment.
 template <typename T>
 constexpr bool covers_all_members() {
     const auto aligned = [](std::size_t offset, std::size_t alignment) {

@@ -2,19 +2,18 @@
 //
 //   SIP_CODE_MSG                              code_record()
 //     |- xml_buf       char[4096]           text
-//     |- method        int                  number, its values are named
+//     |- method        int                  number with named values
 //     |- via           SIP_VIA              record
 //     |   |- branch    char[128]            text
 //     |   `- addr      IPV4_ADDRESS         record ...
 //     |- history_info  SIP_HISTORY_INFO[4]  array of records
 //     ...
 //
-// Names, offsets and sizes come from the declarations. A member that is added to a record and not described here does not
-// compile.
+// Names, offsets and sizes come from the declarations. A member without a description does not compile.
 //
-// Presence. A zeroed record holds nothing. Some records carry a flag that switches them off as a whole. So an element is
-// present when no record around it is switched off, and it holds something or its zero is a value as well (a CSeq of 0)
-// and its record holds something.
+// Presence. A zeroed record holds nothing. Some records have a flag that switches them on or off as a whole. An element
+// is present if all records around it are switched on and it is not 0 or empty. If its zero is a value too (a CSeq of
+// 0), it is present if anything in its record is.
 #pragma once
 
 #include <cstddef>
@@ -27,13 +26,13 @@
 namespace sipcode {
 
 enum class Kind {
-    text,    // char[N], terminated unless the host was careless
+    text,    // char[N]; a careless host may leave it unterminated
     number,  // signed, 4 or 8 bytes
-    record,  // a record of its own
-    pointer, // the host's; has no value outside its process
+    record,  // a nested record
+    pointer, // belongs to the host; means nothing outside its process
 };
 
-// Name of a value of an enumeration, empty when it has none.
+// Name of a value of an enumeration; empty if it has none.
 using ValueName = std::string_view (*)(long value);
 
 struct Record;
@@ -42,20 +41,20 @@ struct Member {
     std::string_view name;
     Kind kind;
     std::size_t offset; // of the first element within its record
-    std::size_t size;   // of one element; of a text with its terminator
+    std::size_t size;   // of one element; of a text, including its terminator
     std::size_t alignment;
     std::size_t count; // elements: 1, or the length of the array
     bool is_array;
-    bool zero_is_value = false;     // 0 says something when the record around it is present
-    const Record *record = nullptr; // of Kind::record
-    ValueName value_name = nullptr; // of a number that stands for something
+    bool zero_is_value = false;     // 0 is a value if the record around it is present
+    const Record *record = nullptr; // for Kind::record
+    ValueName value_name = nullptr; // for a number with named values
 };
 
-// What switches a record on.
+// The flag that switches a record on.
 struct Switch {
     enum class On { always, when_one, when_not_zero };
     On on = On::always;
-    std::size_t offset = 0; // of the int that decides
+    std::size_t offset = 0; // of the flag, an int
 };
 
 struct Record {
@@ -67,27 +66,27 @@ struct Record {
 const Record &code_record();
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Values. "element" is the address of one element of the member: for an array, of one of its slots.
+// Values. "element" is the address of one element of the member; an array has several.
 
 const std::byte *element_at(const Member &member, const std::byte *record, std::size_t index);
 std::byte *element_at(const Member &member, std::byte *record, std::size_t index);
 
-// The text up to its terminator, or to the end of the member when it has none.
+// The text up to its terminator, or up to the end of the member if it has none.
 std::string_view text_of(const Member &member, const std::byte *element);
 
 long number_of(const Member &member, const std::byte *element);
 
-// Text on the wire of a sip_code_method, empty for a value that is none.
+// The text of a sip_code_method on the wire; empty for any other value.
 std::string_view method_name(long value);
 
-// Name of the number's value, empty when it has none.
+// Name of the number's value; empty if it has none.
 std::string_view value_name_of(const Member &member, const std::byte *element);
 
-// Stores a text and clears what is left of the member. False, and nothing is stored, when it does not fit in front of a
-// terminator.
+// Stores a text and clears the rest of the member. Returns false and stores nothing if the text and its terminator do
+// not fit.
 bool store_text(const Member &member, std::byte *element, std::string_view text);
 
-// Stores a number. False, and nothing is stored, when the member has too few bits for it.
+// Stores a number. Returns false and stores nothing if the member has too few bits for it.
 bool store_number(const Member &member, std::byte *element, long number);
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -96,14 +95,14 @@ bool store_number(const Member &member, std::byte *element, long number);
 // Whether the record is switched on and holds something.
 bool holds_something(const Record &description, const std::byte *record);
 
-// Whether the element holds something: a text that is not empty, a number that is not 0, a record as above.
+// Whether the element holds something: a text that is not empty, a number that is not 0, a record that holds something.
 bool holds_something(const Member &member, const std::byte *element);
 
-// What of a record is wanted.
+// Which members of a record are wanted.
 enum class Scope { present, all };
 
-// Elements that count: up to the last that holds something; of a member that is no array, 1 when it is present. The record
-// around it is taken to be present.
+// How many elements of an array to show: up to the last that holds something. For a member that is not an array, 1 if
+// it is present, otherwise 0. Assumes that the record around it is present.
 std::size_t present_count(const Member &member, const std::byte *record);
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -1,4 +1,4 @@
-// The codec record as JSON, see record_json.h: one recursion over its description for each way.
+// The codec record as JSON, see record_json.h: one recursion over its description for each direction.
 #include "record_json.h"
 
 #include <algorithm>
@@ -86,7 +86,7 @@ ordered_json record_to_json(const Record &description, const std::byte *record, 
 // ---------------------------------------------------------------------------------------------------------------------
 // Into the record
 
-// Valid UTF-8 to bytes; false when a character is above U+00FF.
+// The text must be valid UTF-8. Returns false if a character is above U+00FF.
 bool utf8_to_latin1(std::string_view text, std::string &bytes) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         auto byte = static_cast<unsigned char>(text[i]);
@@ -124,7 +124,7 @@ class Reader {
     }
 
     [[noreturn]] void fail_for_kind(const std::string &wanted, const ordered_json &value) const {
-        fail(wanted + " is wanted, not " + value.type_name());
+        fail("expected " + wanted + ", not " + value.type_name());
     }
 
     const Member &find(const Record &description, std::string_view name) const {
@@ -187,7 +187,7 @@ class Reader {
         if (!value.is_number())
             fail_for_kind("a number", value);
         if (!value.is_number_integer())
-            fail("a whole number is wanted, not " + value.dump());
+            fail("expected a whole number, not " + value.dump());
         const bool too_long = value.is_number_unsigned() &&
                               std::cmp_greater(value.get<unsigned long>(), std::numeric_limits<long>::max());
         if (too_long || !store_number(member, element, value.get<long>()))

@@ -26,7 +26,7 @@ std::string why_unanswerable(const SIP_CODE_MSG &request) {
     if (request.method == SIP_REQUEST_MSG_ACK)
         return "an ACK is not answered";
     if (request.via_count > 2)
-        return fmt::format("{} Vias, of which the record holds two at most: the answer would not find its way",
+        return fmt::format("{} Vias: the record holds at most two, so the answer would not find its way",
                            request.via_count);
     return "";
 }
@@ -52,8 +52,8 @@ void set_to_tag(SIP_FROMTO &to, const AnswerSettings &settings) {
     to.tag_use = to.tag[0] != '\0';
 }
 
-// The contact of this side: by default the address at which the request was sent to it. A registrar instead tells the
-// binding and how long it holds, a notifier how long the subscription does.
+// The contact of this side, by default the request URI. The answer of a registrar gives the binding and its expiry
+// instead, that of a notifier the expiry of the subscription.
 void set_contact(const SIP_CODE_MSG &request, const AnswerSettings &settings, SIP_CODE_MSG &answer) {
     const bool is_ok = is_one_of(settings.status, {SIP_RESPONSE_MSG_200_OK, SIP_RESPONSE_MSG_202_OK});
     const bool is_register = request.method == SIP_REQUEST_MSG_REGISTER;
@@ -91,7 +91,7 @@ void set_challenge(const SIP_CODE_MSG &request, const AnswerSettings &settings, 
     Copy_String(authen.nonce, nonce.c_str(), sizeof authen.nonce);
 }
 
-// The first audio codec of the offer, and telephone events when they are offered; a video stream is turned down.
+// Takes the first audio codec of the offer, and telephone events if they are offered. Rejects a video stream.
 bool answer_audio(const SIP_SDP &offer, const IPV4_ADDRESS &media, SIP_SDP &sdp) {
     const auto is_voice = [](e_codec codec) { return codec != UNKONW && codec != TE101; };
     const auto *const codec = std::find_if(std::begin(offer.a_coders), std::end(offer.a_coders), is_voice);
@@ -106,7 +106,7 @@ bool answer_audio(const SIP_SDP &offer, const IPV4_ADDRESS &media, SIP_SDP &sdp)
         sdp.a_coders[1] = TE101;
     std::copy(std::begin(offer.rtpmap), std::end(offer.rtpmap), sdp.rtpmap);
 
-    constexpr int mirrored[] = {0, 2, 1, 3}; // what one side only sends the other only receives
+    constexpr int mirrored[] = {0, 2, 1, 3}; // one side sends only, the other receives only
     sdp.a_media = mirrored[offer.a_media];
 
     sdp.v_use = offer.v_use;

@@ -9,17 +9,17 @@
 struct AnswerSettings {
     sip_code_method status;
     TRANS_TYPE_E transport = E_UDP;
-    std::string to_tag; // empty: the one that To has, else a new one
-    std::string realm;  // of a challenge; empty: the host of the request URI
-    std::string nonce;  // of a challenge; empty: a new one
+    std::string to_tag; // if empty, that of the request, or a new one
+    std::string realm;  // of a challenge; if empty, the host of the request URI
+    std::string nonce;  // of a challenge; if empty, a new one
     std::optional<SIP_CONTACT> contact;
-    std::optional<IPV4_ADDRESS> media; // where an offered stream shall go; without it the answer has no body
+    std::optional<IPV4_ADDRESS> media; // where the peer is to send the stream; without it the answer has no body
 };
 
 struct Answer {
     SIP_CODE_MSG record;
-    std::string refusal; // why the request cannot be answered so, empty when it can
+    std::string refusal; // why the request cannot be answered; empty if it can
 };
 
-// Takes from the record of the request only what its answer repeats, so that nothing else is echoed.
+// Copies from the request only what its answer repeats, so nothing else is echoed.
 Answer answer(const SIP_CODE_MSG &request, const AnswerSettings &settings);

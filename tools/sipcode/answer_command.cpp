@@ -25,15 +25,18 @@
 namespace {
 
 constexpr const char *footer =
-    R"(A file holds messages as 'sipcode decode' reads them. The answers are written with a line that is "----" between them.
+    R"(The file holds messages in the form that 'sipcode decode' reads. Several answers are written with a line "----"
+between them.
 
-An answer repeats Via, From, To, Call-ID, CSeq, Record-Route and Korvadex-Extern. A 200 or 202 to a REGISTER repeats its Contact
-and expiry as well, one to a SUBSCRIBE its expiry. A 401 or 407 carries a challenge.
+An answer repeats Via, From, To, Call-ID, CSeq, Record-Route and Korvadex-Extern. A 200 or 202 to a REGISTER also
+repeats its Contact and expiry, one to a SUBSCRIBE its expiry. A 401 or 407 carries a challenge.
 
-With --sdp the answer takes from an audio offer the first codec that the library knows, telephone events, the packet time and
-the direction as seen from here, and from an offer of fax alone its parameters.
+With --sdp an audio offer is answered with its first codec that the library knows, with telephone events if they are
+offered, with the same packet time and with the direction reversed. An offer of fax alone is answered with its own
+parameters.
 
-Exit status: 0 all requests were answered, 1 some were not, 2 the command line, a file or the output is at fault.)";
+Exit status: 0 if all requests were answered, 1 if some were not, 2 if the command line, a file or the output is at
+fault.)";
 
 struct Options {
     std::string file = "-";
@@ -60,7 +63,7 @@ std::string known_statuses() {
 sip_code_method status_kind(const std::string &code) {
     const int kind = code.size() == 3 ? SIP_Decode_Parse_Method_Response(code.c_str()) : 0;
     if (kind < SIP_RESPONSE_MSG_100_TRY)
-        throw CLI::ValidationError("--status", fmt::format("{} is none of {}", code, known_statuses()));
+        throw CLI::ValidationError("--status", fmt::format("{} is not one of {}", code, known_statuses()));
     return static_cast<sip_code_method>(kind);
 }
 
@@ -117,7 +120,7 @@ AnswerSettings settings_of(const Options &options) {
     return settings;
 }
 
-// Why the message has no answer; empty when that was written.
+// Writes the answer. Returns why there is none, or an empty text.
 std::string answer_message(const Decoded &request, const AnswerSettings &settings, MessageWriter &writer) {
     if (!request.refusal.empty())
         return request.refusal;
@@ -139,7 +142,7 @@ int answer_messages(const Options &options) {
         const std::string refusal = answer_message(request, settings, writer);
         if (refusal.empty())
             continue;
-        tell(fmt::format("{}: refused: {}", place, refusal));
+        print_error(fmt::format("{}: refused: {}", place, refusal));
         status = refused;
     }
     return status;
@@ -153,14 +156,15 @@ void add_answer_command(CLI::App &tool, int &status) {
     const auto add = [command](const char *name, auto &value, const char *type, const char *description) {
         return command->add_option(name, value, description)->type_name(type);
     };
-    add("FILE", options->file, "", "What to read; - is standard input, which is read when none is named");
+    add("FILE", options->file, "", "File to read; standard input if it is - or missing");
     add("--status", options->status, "CODE", "Status of the answer")->required();
-    add("--to-tag", options->to_tag, "TAG", "Tag of To; without it the one that To has, else a new one");
-    add("--contact", options->contact, "USER@HOST:PORT", "Contact; without it, where one is due, from the request URI");
-    add("--sdp", options->sdp, "HOST:PORT", "Answers the offered audio or fax stream, which goes to this address");
-    add("--realm", options->realm, "TEXT", "Realm of a 401 or 407; without it the host of the request URI");
-    add("--nonce", options->nonce, "TEXT", "Nonce of a 401 or 407; without it a new one");
-    add("--transport", options->transport, "TRANSPORT", "Of Via and Contact: udp, which is the default, tcp or tls")
+    add("--to-tag", options->to_tag, "TAG", "Tag of To; by default that of the request, or a new one");
+    add("--contact", options->contact, "USER@HOST:PORT",
+        "Contact; by default the request URI, if the answer needs one");
+    add("--sdp", options->sdp, "HOST:PORT", "Answers an audio or fax offer; the peer sends to this address");
+    add("--realm", options->realm, "TEXT", "Realm of a 401 or 407; by default the host of the request URI");
+    add("--nonce", options->nonce, "TEXT", "Nonce of a 401 or 407; by default a new one");
+    add("--transport", options->transport, "TRANSPORT", "Transport in Via and Contact: udp (the default), tcp or tls")
         ->check(CLI::IsMember(std::vector<std::string>(transports.begin(), transports.end())));
     command->footer(footer);
     command->callback([options, &status] { status = answer_messages(*options); });

@@ -1,4 +1,4 @@
-// The messages of a capture file through the codec, see capture_decoder.h.
+// Decodes the messages of a capture file, see capture_decoder.h.
 #include "capture_decoder.h"
 
 #include <map>
@@ -22,7 +22,7 @@ class Decoding {
           messages_(file_.link_type(), [this](const CapturedMessage &message) { decode(message); }), progress_(source) {
     }
 
-    // Nothing, or what is wrong with the file.
+    // Returns what is wrong with the file, or an empty text.
     std::string run() {
         std::string damage;
         Packet packet;
@@ -59,7 +59,7 @@ class Decoding {
         if (messages_.malformed() != 0)
             line += fmt::format("; {}", count_of(messages_.malformed(), "malformed packet"));
         if (messages_.incomplete() != 0)
-            line += fmt::format("; fragments missing of {}", count_of(messages_.incomplete(), "packet"));
+            line += fmt::format("; {} with missing fragments", count_of(messages_.incomplete(), "packet"));
         return line;
     }
 
@@ -67,10 +67,11 @@ class Decoding {
     void decode(const CapturedMessage &message) {
         const std::string place = fmt::format("{}: message {}", name_, ++count_);
         if (!message.is_whole)
-            tell(fmt::format("{}: note: the capture holds only its first {} characters", place, message.text.size()));
+            print_error(
+                fmt::format("{}: note: the capture holds only its first {} characters", place, message.text.size()));
         Decoded decoded = decoder_.decode(std::string(message.text), place);
         if (!decoded.refusal.empty()) {
-            tell(fmt::format("{}: refused: {}", place, decoded.refusal));
+            print_error(fmt::format("{}: refused: {}", place, decoded.refusal));
             ++refused_[decoded.refusal];
         }
         cut_values_ += static_cast<std::size_t>(decoded.cut_values);
@@ -96,13 +97,13 @@ int decode_capture(Source &source, const std::string &filter, MessageDecoder &de
         Decoding decoding(source, filter, decoder, printer);
         const std::string damage = decoding.run();
         if (!damage.empty())
-            tell(fmt::format("{}: {}", source.name(), damage));
-        tell(fmt::format("{}: {}", source.name(), decoding.counts()));
+            print_error(fmt::format("{}: {}", source.name(), damage));
+        print_error(fmt::format("{}: {}", source.name(), decoding.counts()));
         if (!damage.empty())
             return misuse;
         return decoding.has_refused() ? refused : success;
     } catch (const CaptureError &error) {
-        tell(fmt::format("{}: {}", source.name(), error.what()));
+        print_error(fmt::format("{}: {}", source.name(), error.what()));
         return misuse;
     }
 }

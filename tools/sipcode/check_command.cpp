@@ -26,23 +26,24 @@ struct Options {
 };
 
 constexpr const char *footer =
-    R"(A file holds messages as 'sipcode decode' reads them. Each thing that a message's record does not hold is told on one line,
-FILE:LINE:COLUMN: KIND: TEXT, with the line of the message and a caret under it. The kinds:
+    R"(The files hold messages in the form that 'sipcode decode' reads. The command lists what a record loses of its
+message. Each finding is printed as FILE:LINE:COLUMN: KIND: TEXT, followed by the line of the message with a caret
+under the place. The kinds:
 
-  refused  the library refuses the message, and why
-  unread   the text behind the longest that is decoded
-  unknown  a method or status that no identifier stands for
-  ignored  a header line: no member takes it, it repeats another, or its form keeps it from being read
-  dropped  a Via, route, codec or another part of a line that finds no place
-  cut      the end of a value, with the member and the characters that it keeps
+  refused  the library refuses the message; the text is the reason
+  unread   the text past the longest that is decoded, or from a NUL on
+  unknown  a method or status that has no identifier
+  ignored  a header line: no member keeps it, it repeats another, or its form is wrong
+  dropped  a Via, route, codec or another part of a line that the record has no room for
+  cut      the end of a value; the text names the member and how many characters it keeps
 
-What is ignored or dropped could be taken out of the message without a change of its record. Of headers that are read, what
-stands between two commas is looked at, not each parameter. Content-Length counts for nothing: an encoder writes it anew.
+Removing what is ignored or dropped would not change the record. Within a header that is read, the items between commas
+are compared, not each parameter. Content-Length is never listed, since an encoder writes it anew.
 
-With --json each is one line: an object with "file", "line", "column", "length", "kind" and "text", and for a cut "member",
-"characters" and "kept".
+With --json each finding is an object on one line, with "file", "line", "column", "length", "kind" and "text". For a cut
+it also has "member", "characters" and "kept".
 
-Exit status: 0 nothing is lost, 1 something is, 2 the command line, a file or the output is at fault.)";
+Exit status: 0 if nothing is lost, 1 if something is, 2 if the command line, a file or the output is at fault.)";
 
 struct Place {
     std::size_t line;
@@ -118,14 +119,14 @@ int check_messages(const std::string &content, const std::string &file, bool as_
 int check_source(const std::string &file, bool as_json) {
     Source source(file);
     if (source.is_capture()) {
-        tell(fmt::format("{}: check reads messages, captures are for decode", source.name()));
+        print_error(fmt::format("{}: check does not read captures, only decode does", source.name()));
         return misuse;
     }
     return check_messages(source.read_all(), source.name(), as_json);
 }
 
 int check(const Options &options) {
-    // What the library logs is told in findings, and every trial logs it again.
+    // The findings report what the library logs, and every trial would log it again.
     spdlog::register_logger(
         std::make_shared<spdlog::logger>("sipcode", std::make_shared<spdlog::sinks::null_sink_st>()));
     int status = success;
@@ -133,7 +134,7 @@ int check(const Options &options) {
         try {
             status = std::max(status, check_source(file, options.json));
         } catch (const SourceError &error) {
-            tell(error.what());
+            print_error(error.what());
             status = misuse;
         }
     }
@@ -144,8 +145,8 @@ int check(const Options &options) {
 
 void add_check_command(CLI::App &tool, int &status) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = tool.add_subcommand("check", "Tells what of messages their records do not hold");
-    command->add_option("FILE", options->files, "What to read; - is standard input, which is read when none is named")
+    CLI::App *command = tool.add_subcommand("check", "Lists what a record loses of its message");
+    command->add_option("FILE", options->files, "Files to read; standard input if one is - or none is named")
         ->type_name("");
     command->add_flag("--json", options->json, "One JSON object per finding");
     command->footer(footer);

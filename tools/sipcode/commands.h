@@ -1,11 +1,12 @@
-// The subcommands of the tool. Each adder names one; parsing the command line runs it and stores the exit status.
+// The subcommands of the tool. Each function adds one. Parsing the command line runs the chosen one and stores its exit
+// status.
 #pragma once
 
 namespace CLI {
 class App;
 }
 
-void add_decode_command(CLI::App &tool, int &status); // messages to the members of their records
-void add_encode_command(CLI::App &tool, int &status); // records as JSON to messages
-void add_answer_command(CLI::App &tool, int &status); // requests to their answers
-void add_check_command(CLI::App &tool, int &status);  // messages to what their records lose
+void add_decode_command(CLI::App &tool, int &status); // messages in, the members of their records out
+void add_encode_command(CLI::App &tool, int &status); // records as JSON in, messages out
+void add_answer_command(CLI::App &tool, int &status); // requests in, their answers out
+void add_check_command(CLI::App &tool, int &status);  // messages in, what their records lose out

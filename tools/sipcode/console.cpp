@@ -25,7 +25,7 @@ void clear() {
 
 } // namespace
 
-void tell(std::string_view line) {
+void print_error(std::string_view line) {
     clear();
     fmt::print(stderr, "sipcode: {}\n", line);
 }
@@ -53,7 +53,7 @@ void Progress::update(std::size_t packets, std::size_t messages) {
     next_ = std::chrono::steady_clock::now() + interval;
 }
 
-// A closed standard output stays closed: a print on it fails by itself.
+// If standard output is closed, it stays closed, and writes to it fail anyway.
 DiscardLibraryPrints::DiscardLibraryPrints() {
     flush_output();
     output_ = dup(STDOUT_FILENO);

@@ -9,18 +9,18 @@
 
 enum ExitStatus {
     success = 0, // every message was decoded, encoded or answered; a check found no loss
-    refused = 1, // at least one message was not, or a check found a loss
+    refused = 1, // at least one message was refused, or a check found a loss
     misuse = 2,  // the command line, a file or the output is at fault
 };
 
-// Prints "sipcode: " and the line on standard error, in place of the progress if that is shown.
-void tell(std::string_view line);
+// Prints "sipcode: " and the line on standard error, in place of the progress line if one is shown.
+void print_error(std::string_view line);
 
 // Flushes standard output. Throws std::system_error if the write fails, for example on a full disk.
 void flush_output();
 
-// Shows how far a long run is, on one line of the terminal. It does so if standard error is a terminal and standard
-// output is not: there the messages would run through it.
+// Shows the progress of a long run on one line of the terminal, if standard error is a terminal and standard output is
+// not. On the same terminal, the messages would overwrite it.
 class Progress {
   public:
     explicit Progress(const Source &source);
@@ -36,8 +36,8 @@ class Progress {
     std::chrono::steady_clock::time_point next_;
 };
 
-// Discards what the library prints on standard output while the object lives. The tool says the same in its own words:
-// the video section is a member of the record, and an unknown method is a refusal.
+// Discards what the library prints on standard output while the object lives. The tool reports the same itself: the
+// video section as a member of the record, an unknown method as a refusal.
 class DiscardLibraryPrints {
   public:
     DiscardLibraryPrints();

@@ -27,27 +27,28 @@ struct Options {
 };
 
 constexpr const char *footer =
-    R"(A file holds one message, or several with a line that is "----" between them. Line ends are taken as they stand, CR LF
-or LF alone.
+    R"(A file holds one message, or several with a line "----" between them. Line ends are read as they are: CR LF, or
+LF alone.
 
-A pcap or pcapng file is known by its first bytes. Its messages are those of UDP datagrams and TCP streams, IP fragments put
-together; number and time of the packet, transport and addresses stand with each. A line of counts on standard error ends it.
-With --filter only packets that the BPF expression takes are looked at; one on ports takes no fragment but the first.
+A pcap or pcapng file is recognised by its first bytes. Messages are read from UDP datagrams and TCP streams, and IP
+fragments are reassembled. Each message is printed with the number and the time of its packet, its transport and
+addresses. A line of counts on standard error follows. With --filter only packets that match the BPF expression are
+read. Of a fragmented datagram, a filter on ports matches only the first fragment.
 
-The streams that a message offers come first, then its members. A member is present when it holds something and no record
-around it is switched off by its flag.
+The streams of the session description come first, then the members that are present. A member is present if it is not 0
+or empty, and if the flag of the structure around it is set.
 
-With --json each message is one line: an object with the members' own names, in the order of the record. A text that is not
-valid UTF-8 is written there as {"latin1": "..."}, one character for each byte. A refused message is {}. One of a capture is an object that holds
-"packet", "time", "transport", "source", "destination", "whole", and either "record" or "refused".
+With --json each message is one line: an object with the names of the members, in the order of the record. A text that
+is not valid UTF-8 is written as {"latin1": "..."}, with one character for each byte. A refused message is {}. A message
+of a capture is an object with "packet", "time", "transport", "source", "destination", "whole", and either "record" or
+"refused".
 
-With --dump the lines that a host's trace has of a record are printed, of several messages with a line that is "----" between
-them.
+With --dump the library's trace lines of each record are printed, with a line "----" between messages.
 
-The library's log lines, refusals and notes go to standard error.
+Refusals, notes and the library's log lines go to standard error.
 
-Exit status: 0 all messages were decoded, 1 some were refused, 2 the command line, a file or the output is at fault. What stands
-in front of the damage in a capture is decoded all the same.)";
+Exit status: 0 if all messages were decoded, 1 if some were refused, 2 if the command line, a file or the output is at
+fault. Messages before the damage in a capture are decoded.)";
 
 Form form_of(const Options &options) {
     if (options.dump)
@@ -63,7 +64,7 @@ int decode_messages(const std::string &content, const std::string &name, Message
         const std::string place = fmt::format("{}: message {}", name, ++number);
         Decoded decoded = decoder.decode(std::string(message), place);
         if (!decoded.refusal.empty()) {
-            tell(fmt::format("{}: refused: {}", place, decoded.refusal));
+            print_error(fmt::format("{}: refused: {}", place, decoded.refusal));
             status = refused;
         }
         printer.print(decoded, place, nullptr);
@@ -75,7 +76,7 @@ int decode_source(Source &source, const Options &options, MessageDecoder &decode
     if (source.is_capture())
         return decode_capture(source, options.filter, decoder, printer);
     if (!options.filter.empty()) {
-        tell(fmt::format("{}: --filter is for captures, which this file is not", source.name()));
+        print_error(fmt::format("{}: not a capture, so --filter does not apply", source.name()));
         return misuse;
     }
     return decode_messages(source.read_all(), source.name(), decoder, printer);
@@ -90,7 +91,7 @@ int decode(const Options &options) {
             Source source(file);
             status = std::max(status, decode_source(source, options, decoder, printer));
         } catch (const SourceError &error) {
-            tell(error.what());
+            print_error(error.what());
             status = misuse;
         }
     }
@@ -102,12 +103,12 @@ int decode(const Options &options) {
 void add_decode_command(CLI::App &tool, int &status) {
     auto options = std::make_shared<Options>();
     CLI::App *command = tool.add_subcommand("decode", "Decodes messages and prints the members of their records");
-    command->add_option("FILE", options->files, "What to read; - is standard input, which is read when none is named")
+    command->add_option("FILE", options->files, "Files to read; standard input if one is - or none is named")
         ->type_name("");
     CLI::Option *json = command->add_flag("--json", options->json, "One JSON object per message");
-    CLI::Option *all = command->add_flag("--all", options->all, "Absent members too");
-    command->add_flag("--dump", options->dump, "The lines of a host's trace")->excludes(json)->excludes(all);
-    command->add_option("--filter", options->filter, "Packets of a capture to look at")->type_name("BPF");
+    CLI::Option *all = command->add_flag("--all", options->all, "Prints absent members too");
+    command->add_flag("--dump", options->dump, "The library's trace lines")->excludes(json)->excludes(all);
+    command->add_option("--filter", options->filter, "Reads only packets of a capture that match")->type_name("BPF");
     command->footer(footer);
     command->callback([options, &status] { status = decode(*options); });
 }

@@ -1,4 +1,4 @@
-// sipcode: the codec from the command line. One subcommand per file; a new one adds its line below.
+// sipcode: the codec on the command line. Each subcommand has its own file; a new one adds a line below.
 #include <exception>
 
 #include <CLI/CLI.hpp>
@@ -11,7 +11,7 @@
 namespace {
 
 int run(int argc, char **argv) {
-    CLI::App tool("SIP messages through the codec: decoded, encoded, answered, checked.", "sipcode");
+    CLI::App tool("Decodes, encodes, answers and checks SIP messages.", "sipcode");
     tool.set_version_flag("--version", "sipcode " SIPCODE_VERSION);
     tool.require_subcommand(1);
     tool.failure_message([](const CLI::App *, const CLI::Error &error) {
@@ -38,7 +38,7 @@ int main(int argc, char **argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception &error) {
-        tell(error.what());
+        print_error(error.what());
         return misuse;
     }
 }

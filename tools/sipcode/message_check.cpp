@@ -1,4 +1,5 @@
-// What the codec will make of a message, see message_check.h: findings from the decode's own report first, then from trials.
+// What a record loses of its message, see message_check.h. The findings come from the decoder's own report and from
+// trials.
 #include "message_check.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@
 
 namespace {
 
-// Lines of a header section that the codec keeps, the start line among them.
+// Lines of a header section that the codec keeps, the start line included.
 constexpr std::size_t most_lines = 63;
 
 // Vias and Record-Route lines that the record holds.
@@ -82,22 +83,22 @@ class Check {
 
     void find_cuts() {
         const SIP_DECODE_REPORT &report = trial_.report();
-        const auto told = std::min<std::size_t>(static_cast<std::size_t>(report.cut_count), std::size(report.cuts));
-        std::for_each(report.cuts, report.cuts + told, [this](const SIP_DECODE_CUT &cut) { add_cut(cut); });
-        if (const std::size_t more = static_cast<std::size_t>(report.cut_count) - told; more > 0)
-            found_.push_back({Loss::cut, found_.back().place,
-                              fmt::format("{} more value{} not told of", more, more == 1 ? "" : "s")});
+        const auto listed = std::min<std::size_t>(static_cast<std::size_t>(report.cut_count), std::size(report.cuts));
+        std::for_each(report.cuts, report.cuts + listed, [this](const SIP_DECODE_CUT &cut) { add_cut(cut); });
+        if (const std::size_t more = static_cast<std::size_t>(report.cut_count) - listed; more > 0)
+            found_.push_back(
+                {Loss::cut, found_.back().place, fmt::format("{} more value{} cut", more, more == 1 ? "" : "s")});
     }
 
     void add_cut(const SIP_DECODE_CUT &cut) {
         const std::string member(member_name(cut.member));
         const std::string text = member.empty()
-                                     ? fmt::format("{} characters, {} are looked at", cut.length, cut.kept)
+                                     ? fmt::format("{} characters, {} are read", cut.length, cut.kept)
                                      : fmt::format("{} keeps {} of {} characters", member, cut.kept, cut.length);
         found_.push_back({Loss::cut, place_of(cut), text, member, cut.length, cut.kept});
     }
 
-    // Of a value that was put together from pieces the report tells no place.
+    // The report gives no place for a value that was joined from pieces, so this looks for the text that decides it.
     Range place_of(const SIP_DECODE_CUT &cut) const {
         const auto begin = static_cast<std::size_t>(cut.at);
         if (cut.at >= 0)
@@ -113,7 +114,7 @@ class Check {
             if (const Range place{at, std::min(at + cut.length, text_.size())}; is_source(place))
                 return place;
         }
-        // It is not in one piece. Some lines decide only whether it is read; the longest is the one that holds it.
+        // The value is not in one piece. Some lines only decide whether it is read; the longest one holds it.
         Range longest = lines_.start_line;
         for (const HeaderLine &line : lines_.headers) {
             const bool is_longer = longest.begin == lines_.start_line.begin || size_of(line.value) > size_of(longest);
@@ -139,16 +140,16 @@ class Check {
 
     // ---- header lines
 
-    // Why a line may be passed over, as far as its form tells; empty when nothing is wrong with that.
+    // What is wrong with the form of a line, so that the decoder may skip it; empty if nothing is.
     std::string fault_of(const HeaderLine &line, std::size_t index) const {
         if (line.begins_blank)
-            return "it begins with a blank and goes on from a line that does not end in a comma and CR LF";
+            return "it begins with a blank and continues a line that does not end in a comma and CR LF";
         if (!line.has_colon)
             return "it has no colon";
         if (line.name_ends_blank)
-            return "a blank stands before the colon";
+            return "it has a blank before the colon";
         if (index + 1 >= most_lines)
-            return fmt::format("it stands behind the first {} lines", most_lines);
+            return fmt::format("it comes after the first {} lines", most_lines);
         return "";
     }
 
@@ -165,7 +166,7 @@ class Check {
         }
     }
 
-    // From the last, so that of two that say the same the first counts.
+    // From the last line, so that the first of two equal ones counts as read.
     void find_ignored_lines() {
         is_ignored_.assign(lines_.headers.size(), false);
         for (std::size_t i = lines_.headers.size(); i-- > 0;) {
@@ -186,13 +187,13 @@ class Check {
         const HeaderLine &line = lines_.headers[index];
         const std::string name(name_of(line));
         if (has_name(line, "via") && trial_.record().via_count > static_cast<int>(most_vias))
-            return; // told with the other Vias
+            return; // listed with the other Vias
         if (const std::string fault = fault_of(line, index); !fault.empty())
             return add(Loss::ignored, line.whole, fault);
         if (const std::size_t routes = count_of("record-route"); has_name(line, "record-route") && routes > most_routes)
-            return add(
-                Loss::dropped, line.whole,
-                fmt::format("{} {} lines, and of more than {} the record holds none", routes, name, most_routes));
+            return add(Loss::dropped, line.whole,
+                       fmt::format("{} {} lines: if there are more than {}, the record holds none", routes, name,
+                                   most_routes));
         if (const std::optional<std::size_t> kept = kept_line_like(line))
             return add(Loss::ignored, line.whole, fmt::format("{} repeats line {}, which counts", name, *kept));
         add(Loss::ignored, line.whole, fmt::format("the record holds nothing of {}", name));
@@ -216,7 +217,7 @@ class Check {
 
     // ---- parts of header lines
 
-    // Of more than two Vias the record has the number alone. A line counts as two at most, and then the third is lost.
+    // Of more than two Vias the record keeps only the count. One line counts as at most two; a third Via on it is lost.
     void find_surplus_vias() {
         const auto count = static_cast<std::size_t>(trial_.record().via_count);
         std::vector<Range> vias;
@@ -228,8 +229,9 @@ class Check {
         }
         for (std::size_t i = count > most_vias ? 0 : most_vias; i < vias.size(); ++i)
             add(Loss::dropped, vias[i],
-                count > most_vias ? fmt::format("{} Vias, and of more than {} the record holds none", count, most_vias)
-                                  : fmt::format("the record holds {} Vias", most_vias));
+                count > most_vias
+                    ? fmt::format("{} Vias: if there are more than {}, the record holds none", count, most_vias)
+                    : fmt::format("the record holds {} Vias", most_vias));
     }
 
     void find_dropped_parts() {
@@ -255,7 +257,7 @@ class Check {
     }
 
     std::string_view message_;
-    std::string_view text_; // what of it is decoded
+    std::string_view text_; // the part that is decoded
     std::size_t first_line_;
     MessageLines lines_;
     Trial trial_;

@@ -1,4 +1,4 @@
-// What the codec will make of a message: what of it the record does not hold.
+// What a record loses of its message.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@
 
 enum class Loss {
     refused, // the whole message
-    unread,  // the text behind the longest that is decoded
-    unknown, // a method or a status that no identifier stands for
+    unread,  // the text past the longest that is decoded
+    unknown, // a method or status that has no identifier
     ignored, // a header line
     dropped, // a part of a header or of a session description
     cut,     // the end of a value
@@ -23,18 +23,18 @@ struct Finding {
     Loss loss;
     Range place; // in the message
     std::string text;
-    // Of a cut: the member, empty when the value was cut before it was read; characters that there were, and that are kept.
-    std::string member = {};
-    std::size_t characters = 0;
+    // For a cut:
+    std::string member = {};    // empty if the value was cut before it was decoded
+    std::size_t characters = 0; // that were received
     std::size_t kept = 0;
 };
 
-// Says why the library refused a message; empty for SIP_DECODE_DONE.
+// Why the library refused a message; empty for SIP_DECODE_DONE.
 std::string_view refusal_text(SIP_DECODE_OUTCOME outcome);
 
-// In the order of their places. What is ignored or dropped is what can be taken out of the message without a change of the
-// record. first_line is the number of the message's first line in its file, for texts that name another line.
+// The findings, in the order of their places. A part is ignored or dropped if removing it does not change the record.
+// first_line is the number of the message's first line in its file, for texts that name another line.
 std::vector<Finding> check_message(std::string_view message, std::size_t first_line);
 
-// Number of the line on which a place stands; the message's first line has the number first_line.
+// Number of the line that holds a place; the message's first line has the number first_line.
 std::size_t line_number(std::string_view message, std::size_t place, std::size_t first_line);

@@ -1,4 +1,4 @@
-// One message through the decoder, see message_decoder.h.
+// Decodes one message, see message_decoder.h.
 #include "message_decoder.h"
 
 #include <string_view>
@@ -16,13 +16,13 @@ namespace {
 
 constexpr std::size_t longest_message = SIP_LONGEST_MESSAGE;
 
-void note_what_is_left_out(const std::string &message, const std::string &place) {
+void note_unread_text(const std::string &message, const std::string &place) {
     const std::size_t end = message.find('\0');
     if (end < longest_message)
-        tell(fmt::format("{}: note: the message ends at its NUL, character {}", place, end + 1));
+        print_error(fmt::format("{}: note: the message ends at its NUL, character {}", place, end + 1));
     else if (message.size() > longest_message)
-        tell(fmt::format("{}: note: decoded from its first {} characters of {}", place, longest_message,
-                         message.size()));
+        print_error(fmt::format("{}: note: only the first {} of {} characters are decoded", place, longest_message,
+                                message.size()));
 }
 
 SIP_DECODE_REPORT decode_silently(const std::string &message, SIP_CODE_MSG &record) {
@@ -42,7 +42,7 @@ class MessageDecoder::Log : public spdlog::sinks::base_sink<spdlog::details::nul
     void sink_it_(const spdlog::details::log_msg &message) override {
         const std::string_view line(message.payload.data(), message.payload.size());
         const auto level = spdlog::level::to_string_view(message.level);
-        tell(fmt::format("{}: {}: {}", place_, std::string_view(level.data(), level.size()), line));
+        print_error(fmt::format("{}: {}: {}", place_, std::string_view(level.data(), level.size()), line));
     }
 
     void flush_() override {}
@@ -55,7 +55,7 @@ MessageDecoder::MessageDecoder() : log_(std::make_shared<Log>()) {
 }
 
 Decoded MessageDecoder::decode(const std::string &message, const std::string &place) {
-    note_what_is_left_out(message, place);
+    note_unread_text(message, place);
     log_->begin(place);
     Decoded decoded{};
     const SIP_DECODE_REPORT report = decode_silently(message, decoded.record);

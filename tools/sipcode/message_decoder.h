@@ -1,4 +1,4 @@
-// One message through the decoder, with everything that the library tells about it.
+// Decodes one message and collects what the library reports about it.
 #pragma once
 
 #include <memory>
@@ -8,16 +8,16 @@
 
 struct Decoded {
     SIP_CODE_MSG record;
-    std::string refusal; // why the library refused the message, empty when it did not
-    int cut_values;      // that were longer than their place in the record
+    std::string refusal; // why the library refused the message; empty if it did not
+    int cut_values;      // values that were longer than their member
 };
 
-// Is the log of the reference host, and so is made once in a process, before the library first logs.
+// Replaces the log of the reference host, so a process makes only one, before the library first logs.
 class MessageDecoder {
   public:
     MessageDecoder();
 
-    // Notes and the library's log lines go to standard error, each headed by place.
+    // Notes and the library's log lines go to standard error. Each begins with place.
     Decoded decode(const std::string &message, const std::string &place);
 
   private:

@@ -1,4 +1,4 @@
-// Where the lines of a message stand, see message_lines.h.
+// Where the lines of a message begin and end, see message_lines.h.
 #include "message_lines.h"
 
 #include <algorithm>

@@ -14,7 +14,7 @@ namespace {
 
 using nlohmann::ordered_json;
 
-// What kind of message it is: "INVITE", "200 OK to INVITE".
+// "INVITE", or "200 OK to INVITE".
 std::string kind_of(const SIP_CODE_MSG &record) {
     const char *kind = decode_methods[record.method].text;
     if (record.method < SIP_RESPONSE_MSG_100_TRY)
@@ -55,7 +55,7 @@ void MessagePrinter::print(Decoded &decoded, const std::string &place, const Cap
         print_dump(decoded.record);
         break;
     }
-    // Message by message, so that output and log keep their order when both go to one place.
+    // After every message, so that output and log keep their order if both go to the same place.
     flush_output();
 }
 

@@ -1,4 +1,4 @@
-// Decoded messages on standard output: members, JSON, or the lines of a trace.
+// Prints decoded messages on standard output: as members, as JSON, or as trace lines.
 #pragma once
 
 #include <string>
@@ -13,7 +13,7 @@ class MessagePrinter {
   public:
     MessagePrinter(Form form, sipcode::Scope scope) : form_(form), scope_(scope) {}
 
-    // Place is what heads the members; origin is null for a message that is not from a capture.
+    // place comes before the members; origin is null for a message that is not from a capture.
     void print(Decoded &decoded, const std::string &place, const CapturedMessage *origin);
 
   private:

@@ -1,4 +1,4 @@
-// Messages out of files, see message_source.h.
+// Reads messages from files, see message_source.h.
 #include "message_source.h"
 
 #include <algorithm>
@@ -41,7 +41,7 @@ Source::~Source() { close(file_); }
 
 void Source::fail() const { throw SourceError(errno, std::generic_category(), name_); }
 
-// What is there: a pipe that is still written to gives less than was asked for.
+// May return less than size: what a pipe holds at the moment.
 std::size_t Source::read(char *bytes, std::size_t size) {
     ssize_t length = 0;
     do

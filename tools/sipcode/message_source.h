@@ -1,4 +1,4 @@
-// Messages out of files.
+// Reads messages from files.
 #pragma once
 
 #include <cstddef>
@@ -22,19 +22,19 @@ class Source {
     Source(const Source &) = delete;
     Source &operator=(const Source &) = delete;
 
-    // What messages call the file.
+    // The name of the file in error messages.
     const std::string &name() const { return name_; }
 
     // Whether it begins as a capture file does.
     bool is_capture() const { return is_capture_; }
 
-    // The bytes as they are. Called once, and not when a stream was made.
+    // The bytes as they are. To be called once, and not after stream().
     std::string read_all();
 
-    // The bytes as a stream for libpcap, which closes it. Called once; the source outlives it.
+    // The bytes as a stream for libpcap, which closes it. To be called once; the source must outlive the stream.
     std::FILE *stream();
 
-    // How much was read, in percent; -1 when the size is not known.
+    // How much was read, in percent; -1 if the size is unknown.
     int percent_read() const;
 
   private:
@@ -45,17 +45,17 @@ class Source {
     int file_;
     std::string beginning_; // read ahead
     bool is_capture_ = false;
-    std::size_t size_ = 0; // 0: not known
+    std::size_t size_ = 0; // 0 if unknown
     std::size_t bytes_read_ = 0;
 };
 
 // The file's bytes as they are.
 std::string read_source(const std::string &file);
 
-// What messages call the file.
+// The name of the file in error messages.
 std::string source_name(const std::string &file);
 
-// The messages of a text: a line that is "----" stands between two. That line is no part of either, and the one before it
-// keeps its line end. A separator at the beginning or the end of the text, or behind another, makes no empty message;
-// a text without anything else is one empty message.
+// The messages of a text, separated by lines "----". A separator belongs to neither message, and the line before it
+// keeps its line end. A separator at the beginning or the end of the text, or after another one, makes no empty
+// message. A text with nothing else is one empty message.
 std::vector<std::string_view> split_messages(std::string_view text);

@@ -1,4 +1,4 @@
-// Records as messages on standard output, see message_writer.h.
+// Writes records as messages on standard output, see message_writer.h.
 #include "message_writer.h"
 
 #include <algorithm>
@@ -17,9 +17,9 @@ std::string reason(int error, const SIP_CODE_MSG &record) {
     case SIP_ENCODE_BAD_METHOD:
         return fmt::format("method {} is outside 1 to 48", record.method);
     case SIP_ENCODE_NO_BODY:
-        return "content.use is 1, and the record has no body that this message can carry";
+        return "content.use is 1, but the record has no body that this message can carry";
     default:
-        return "a text would break the message apart: it holds a line end, or a quote or bracket that ends its place";
+        return "a text would break the message apart: it holds a line end, or a quote or bracket that ends it early";
     }
 }
 

@@ -1,16 +1,16 @@
-// Records as messages on standard output.
+// Writes records as messages on standard output.
 #pragma once
 
 #include <string>
 
 #include "code.h"
 
-// Writes messages as split_messages (message_source.h) reads them: a line that is "----" stands between two. A message that
-// ends in a line without line end gets one when another follows.
+// Writes messages in the form that split_messages (message_source.h) reads, with a line "----" between two. If the last
+// line of a message has no line end, one is written before the separator.
 class MessageWriter {
   public:
-    // Encodes the record, by its method as a request or a response. Why the library refuses it, and then nothing is written;
-    // empty when it was written.
+    // Encodes the record as a request or a response, depending on its method. Returns an empty text. If the library
+    // refuses the record, returns the reason and writes nothing.
     std::string write(SIP_CODE_MSG record);
 
   private:

@@ -1,4 +1,4 @@
-// A decoded message for a reader: the streams that it offers, then one line per member of its record.
+// Prints a decoded message for a reader: its streams, then one line per member of its record.
 //
 //     offer  audio 192.0.2.20:16384  PCMA PCMU G729 iLBC(96) telephone-event(101)  sendrecv  20 ms
 //     offer  video 192.0.2.20:16386  H264(99) H263(34)

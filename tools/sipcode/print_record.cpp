@@ -1,4 +1,4 @@
-// The codec record for a reader, see print.h.
+// Prints the record for a reader, see print.h.
 #include "print.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ struct Line {
     std::string value;
 };
 
-// Takes the text's first line off it, line feed included.
+// Removes the first line from the text and returns it, line feed included.
 std::string_view take_line(std::string_view &text) {
     const std::string_view line = text.substr(0, text.find('\n') + 1);
     const std::string_view taken = line.empty() ? text : line;
@@ -66,7 +66,7 @@ std::vector<Line>::iterator end_of_body(std::vector<Line> &lines) {
 
 void print_record(std::ostream &out, const SIP_CODE_MSG &record, sipcode::Scope scope) {
     std::vector<Line> lines = lines_of(record, scope);
-    // The record begins with the body; a reader wants to see what message it belongs to first.
+    // The record begins with the body, but a reader wants to see the kind of message first.
     std::rotate(lines.begin(), end_of_body(lines), lines.end());
     std::size_t width = 0;
     for (const Line &line : lines)

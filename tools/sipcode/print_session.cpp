@@ -1,4 +1,4 @@
-// What a message offers, see print.h.
+// Prints the streams of a message, see print.h.
 #include "print.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ constexpr std::string_view directions[] = {"sendrecv", "sendonly", "recvonly", "
 constexpr std::string_view codec_names[SIP_CODE_CODEC_COUNT] = {
     "", "PCMA", "PCMU", "G729", "G723", "telephone-event", "GSM", "G726", "G722", "speex", "iLBC", "DVI4"};
 
-// What a sender wrote must not reach a terminal as a control sequence.
+// Received text must not reach a terminal as a control sequence.
 std::string printable(std::string_view text) {
     const std::string quoted = fmt::format("{:?}", text);
     return quoted.substr(1, quoted.size() - 2);
@@ -44,7 +44,7 @@ std::string audio_codecs(const SIP_SDP &sdp) {
     return names.empty() ? "no known codec" : names;
 }
 
-// "H264" of "a=rtpmap:99 H264/90000" in the section, else the name that every description gives the number.
+// "H264" from "a=rtpmap:99 H264/90000" in the section, otherwise the name of a static payload number.
 std::string video_codec_name(std::string_view section, int payload) {
     const std::string mark = fmt::format("a=rtpmap:{} ", payload);
     const std::size_t at = section.find(mark);

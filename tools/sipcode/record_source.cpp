@@ -1,4 +1,4 @@
-// Records out of JSON text, see record_source.h.
+// Reads records from JSON text, see record_source.h.
 #include "record_source.h"
 
 #include <algorithm>
@@ -18,14 +18,14 @@ using nlohmann::ordered_json;
     throw std::runtime_error(fmt::format("{}: {}", place, reason));
 }
 
-// "line 2, column 7" of a byte.
+// "line 2, column 7" for the position of a byte.
 std::string line_and_column(std::string_view text, std::size_t byte) {
     const std::string_view before = text.substr(0, byte);
     const std::size_t line_begin = before.rfind('\n') + 1; // the first line: npos + 1
     return fmt::format("line {}, column {}", std::count(before.begin(), before.end(), '\n') + 1, byte - line_begin + 1);
 }
 
-// The library heads its message with a name and with a position that counts from the value's own beginning.
+// The JSON library begins its message with a name and a position that is counted from the start of the value.
 std::string_view without_head(std::string_view message) {
     const std::size_t head = message.find(": ");
     return head == std::string_view::npos ? message : message.substr(head + 2);

@@ -1,4 +1,4 @@
-// Records out of JSON text.
+// Reads records from JSON text.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 #include "code.h"
 
 struct NamedRecord {
-    std::string place; // what messages call it: the text's name, with its number where there are several
+    std::string place; // its name in error messages: that of the text, with a number if there are several
     SIP_CODE_MSG record;
 };
 
-// The records of a text that holds JSON objects, one behind the other. Throws std::runtime_error when it holds none, is
+// The records of a text that holds one JSON object after another. Throws std::runtime_error if the text holds none, is
 // malformed, or does not fit the record; what() begins with the place.
 std::vector<NamedRecord> read_records(const std::string &text, const std::string &name);

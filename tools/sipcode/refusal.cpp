@@ -12,11 +12,11 @@ std::string_view refusal_text(SIP_DECODE_OUTCOME outcome) {
     case SIP_DECODE_BAD_STATUS:
         return "the status has fewer than three characters";
     case SIP_DECODE_BAD_URI:
-        return "the request URI stands in angle brackets";
+        return "the request URI is in angle brackets";
     case SIP_DECODE_BAD_PROTOCOL:
         return "the request line does not end in SIP/2.0";
     case SIP_DECODE_NO_HEADER:
-        return "no header line behind the start line";
+        return "no header line after the start line";
     case SIP_DECODE_NO_CALL_ID:
         return "no Call-ID";
     case SIP_DECODE_NO_CSEQ:

@@ -1,4 +1,4 @@
-// Streams and codecs that the record does not hold, see session_check.h. The sections that it keeps verbatim do not count.
+// Streams and codecs that the record loses, see session_check.h. The sections that it keeps verbatim do not count.
 #include "session_check.h"
 
 #include <algorithm>
@@ -64,9 +64,9 @@ class SessionCheck {
         if (trial_.is_same_without({&value, 1}, same_streams))
             return add(line, "the record holds nothing of this stream");
         if (trial_.is_same_with_others({&parts[1], 1}, same_streams))
-            add(parts[1], "a later stream of the same kind takes the place of this address and port");
+            add(parts[1], "a later stream of the same kind replaces this address and port");
         const std::string_view medium = text_of(message_, parts[0]);
-        // From the last, so that of two that are the same the first counts.
+        // From the last, so that the first of two equal ones counts.
         for (std::size_t i = parts.size(); i-- > 3;) {
             if (medium == "audio")
                 check_audio_codec(parts[i]);
@@ -75,7 +75,7 @@ class SessionCheck {
         }
     }
 
-    // The codec is kept when its payload number makes it known, or when its encoding does.
+    // A codec is known by its payload number or by its encoding.
     void check_audio_codec(const Range &payload) {
         const std::string_view number = text_of(message_, payload);
         if (!is_number(number))
@@ -89,7 +89,7 @@ class SessionCheck {
         trial_.remove(places);
         const bool is_full = trial_.record().sdp.a_coders[std::size(trial_.record().sdp.a_coders) - 1] != UNKONW;
         add(payload, fmt::format("payload {}{} {}", number, encoding,
-                                 is_full ? "does not fit in sdp.a_coders" : "is no codec that the record knows"));
+                                 is_full ? "does not fit in sdp.a_coders" : "is not a codec that the record knows"));
     }
 
     void check_video_payload(const Range &payload) {

@@ -1,4 +1,4 @@
-// Streams and codecs of a session description that the record does not hold.
+// Streams and codecs of a session description that the record loses.
 #pragma once
 
 #include <string_view>
@@ -7,5 +7,5 @@
 #include "message_check.h"
 #include "trial.h"
 
-// Adds them; does nothing for a message whose body holds no session description.
+// Adds them to found. Does nothing for a message without a session description.
 void find_dropped_of_session(std::string_view message, std::size_t body, Trial &trial, std::vector<Finding> &found);

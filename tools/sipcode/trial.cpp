@@ -1,4 +1,4 @@
-// What a part of a message does to its record, see trial.h.
+// What a part of a message changes in its record, see trial.h.
 #include "trial.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// What a part of a message does to its record, told by decoding the message with and without it.
+// What a part of a message changes in its record, found by decoding the message with and without it.
 #pragma once
 
 #include <functional>
@@ -9,10 +9,10 @@
 #include "message_lines.h"
 #include "safe.h"
 
-// The record's texts up to their terminators, and its numbers, are equal.
+// Whether all texts (up to their terminators) and all numbers of two records are equal.
 bool same_records(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b);
 
-// Name of the member at an offset of the record: "from.user"; empty when none begins there.
+// Name of the member at an offset of the record: "from.user". Empty if none begins there.
 std::string_view member_name(int offset);
 
 // Text of that member.
@@ -22,17 +22,18 @@ class Trial {
   public:
     using Same = std::function<bool(const SIP_CODE_MSG &, const SIP_CODE_MSG &)>;
 
-    // The text as the decoder reads it: no longer than that, and without a NUL.
+    // The text must be what the decoder reads: no longer than that, and without a NUL.
     explicit Trial(std::string_view text);
 
     const SIP_CODE_MSG &record() const { return record_; }
     const SIP_DECODE_REPORT &report() const { return report_; }
 
-    // Whether the decode ends in the same outcome and in the same record with these parts blank. What stands at a line end and
-    // joins two lines stays.
+    // Whether the outcome and the record stay the same if these parts are blank. Line ends, and commas that join two
+    // lines, are not blanked.
     bool is_same_without(std::span<const Range> parts, const Same &same) const;
 
-    // The same for other values in these parts, digits and FALSE: the one that stands there may be that of a missing one.
+    // The same with other values in these parts: other digits, TRUE instead of FALSE. The value that is there may equal
+    // the default of a missing one.
     bool is_same_with_others(std::span<const Range> parts, const Same &same) const;
 
     // Leaves the parts blank for later trials.
