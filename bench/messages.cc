@@ -120,7 +120,7 @@ SIP_CODE_MSG ready_to_send(SIP_CODE_MSG record) {
     return record;
 }
 
-// A host that answers for itself has the audio attributes made from the codecs.
+// A host that answers calls itself has the audio attributes generated from the codecs.
 SIP_CODE_MSG with_generated_sdp(SIP_CODE_MSG record) {
     record.sdp.a_conten_nouse = 1;
     record.sdp.a_content[0] = '\0';

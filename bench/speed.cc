@@ -34,7 +34,7 @@ int main(int argc, char **argv) {
         benchmark::RegisterBenchmark(one.name.c_str(), [one](benchmark::State &state) { measure(state, one); });
     benchmark::RegisterBenchmark("threads/invite-with-sdp", measure_threads)->ThreadRange(1, 2)->UseRealTime();
     benchmark::ConsoleReporter table;
-    table.SetOutputStream(&std::cerr); // standard output is the library's
+    table.SetOutputStream(&std::cerr); // the library prints on standard output
     table.SetErrorStream(&std::cerr);
     benchmark::RunSpecifiedBenchmarks(&table);
     benchmark::Shutdown();

@@ -13,7 +13,7 @@ namespace {
 #define LONG "0123456789012345678901234567890123456789012345678901234567890123456789"
 #define IMAGE SDP "m=image 1 udptl t38\r\n"
 
-// The rows of text alone have no start line. They are refused, but only after they were split.
+// The rows that are only text have no start line. They are refused, but only after they were split.
 constexpr WorstCase rows[] = {
     {"text: CR", "", "\r", ""},
     {"text: LF", "", "\n", ""},

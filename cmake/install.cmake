@@ -1,5 +1,5 @@
-# What a package holds: libraries, public headers, a CMake config package and pkg-config files. Three components:
-# sipcode_library for what runs, sipcode_development for what builds against it, sipcode_tool for the tool.
+# Installs libraries, public headers, a CMake config package and pkg-config files, in three components: sipcode_library
+# to run programs, sipcode_development to build them, and sipcode_tool for the tool.
 include(CMakePackageConfigHelpers)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME sipcode_development)
 
@@ -20,7 +20,7 @@ install(FILES
     ${CMAKE_CURRENT_BINARY_DIR}/cmake/sipcode-config-version.cmake
     DESTINATION ${package_dir})
 
-# The files find their prefix from where they lie, so that an installed tree may be moved.
+# The files find the prefix from their own location, so an installed tree can be moved.
 file(RELATIVE_PATH SIPCODE_PC_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" SIPCODE_PC_PREFIX ${SIPCODE_PC_PREFIX})
 function(install_pkg_config_file name)
@@ -30,8 +30,8 @@ endfunction()
 install_pkg_config_file(sipcode)
 
 if(TARGET sipcode_host)
-    # An executable that links the host need not call a service itself: it names each of them as wanted, so that the
-    # linker takes them out of the archive wherever on the command line that stands, and exports what the library lacks.
+    # An executable that links the host need not call any service itself. Naming each one as undefined makes the linker
+    # take it from the archive, wherever the archive comes on the command line, and export it to the library.
     set(services
         Str_Atoi Str_Cmp Str_Len Str_N_Cmp Str_N_Cmp_NoCase Str_N_Copy Str_Tok Str_Two_Tok
         Log_Trace_Proc MT_Log_Process Xml_Encode)

@@ -1,7 +1,7 @@
-// The two loggers on spdlog: one line on standard error for each call, headed by its level.
+// The two loggers, on spdlog. Each call writes one line to standard error, which begins with its level.
 //
-//   error: Bad request protocol SIP/2.1             level 0, what a sender got wrong
-//   warning: Too many SIP headers. Ignoring         any other, what was given up on
+//   error: Bad request protocol SIP/2.1             level 0: the sender made an error
+//   warning: Too many SIP headers. Ignoring         any other level: the library gave up on something
 //
 // A program that wants the lines elsewhere, or with time, file and source line, registers a logger of its own named
 // "sipcode" with spdlog before the library first logs.
@@ -31,7 +31,7 @@ std::shared_ptr<spdlog::logger> find_or_make_logger() {
     return logger;
 }
 
-// What a sender wrote must neither begin a line of its own in the log nor reach a terminal as a control sequence.
+// Received text must not start a new line in the log or reach a terminal as a control sequence.
 std::string on_one_line(std::string_view text) {
     if (text.ends_with('\n'))
         text.remove_suffix(1);

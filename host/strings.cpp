@@ -1,8 +1,8 @@
 // The string services. They keep no state, so any number of threads may decode at once.
 //
-// Where host.h leaves a choice: comparisons keep letter case apart (but for Str_N_Cmp_NoCase, which folds ASCII letters
-// whatever the locale), an empty delimiter or marker is found nowhere, and Str_Two_Tok without an end marker gives null
-// and leaves the cursor where it was.
+// host.h leaves some choices. Here comparisons are case-sensitive, except that Str_N_Cmp_NoCase folds ASCII letters in
+// every locale. An empty delimiter or marker is never found. Without an end marker Str_Two_Tok returns null and leaves
+// the cursor where it was.
 #include <cstdlib>
 #include <cstring>
 
@@ -33,7 +33,8 @@ int Str_N_Cmp_NoCase(const char *a, const char *b, int n) {
 }
 
 int Str_Atoi(const char *str) {
-    // Read with 64 bits, saturating, of which the low 32 are kept: a number that is too large is no undefined behaviour.
+    // A number is read into 64 bits, saturating, and the low 32 are kept. So a number that is too large is not
+    // undefined behaviour.
     return static_cast<int>(std::strtoll(str, nullptr, 10));
 }
 
@@ -49,7 +50,7 @@ char *Str_Tok(char **cursor, const char *delimiter) {
     char *token = *cursor;
     if (token == nullptr)
         return nullptr;
-    // Measured before the cut, as the delimiter may be a part of the same text.
+    // Measured before the cut, because the delimiter may be part of the same text.
     const size_t length = std::strlen(delimiter);
     char *end = find(token, delimiter);
     *cursor = end == nullptr ? nullptr : end + length;

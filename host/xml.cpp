@@ -1,9 +1,9 @@
-// Xml_Encode on pugixml: a "document" element with one child, in declared order, for each member that is filled.
+// Xml_Encode, on pugixml: a "document" element with one child for each filled member, in the order of declaration.
 //
 //   <document><xtype>3</xtype><name>alarm</name><content>a &lt; b</content></document>
 //
-// A text is filled when it is not empty, a number when it is not 0. The list handle has no text form. The texts are UTF-8;
-// control characters, which XML cannot carry, are left out.
+// A text is filled if it is not empty, a number if it is not 0. The list handle has no text form. Texts are UTF-8.
+// Control characters are left out, because XML cannot carry them.
 #include <cstring>
 #include <string_view>
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-// Takes what fits in front of the terminator and remembers that something did not.
+// Keeps what fits before the terminator, and notes if something did not fit.
 class BoundedWriter : public pugi::xml_writer {
   public:
     BoundedWriter(char *out, size_t room) : out_(out), room_(room) {}
@@ -59,8 +59,8 @@ void add_members(pugi::xml_node parent, const Xmldoc &document) {
 
 } // namespace
 
-// The bytes written do not count the terminator. A document that does not fit is not written at all: out is an empty text
-// and *room stays, so that the caller sends an empty body rather than half a document.
+// The terminator does not count as written. A document that does not fit is not written at all: out becomes an empty
+// text and *room is unchanged, so the caller sends an empty body instead of half a document.
 int Xml_Encode(pXmldoc document, char *out, int *room) {
     if (*room <= 0)
         return -1;

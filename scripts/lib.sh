@@ -1,15 +1,15 @@
 # shellcheck shell=bash disable=SC2034
 # What the scripts share. Sourced in the root of the repository.
 
-packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev libspdlog-dev libpugixml-dev libpcap-dev
-    libtins-dev)
+packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev libspdlog-dev libpugixml-dev
+    libpcap-dev libtins-dev)
 packages_hosts=("${packages_tool[@]}" libasio-dev libssl-dev)
 packages_test=("${packages_hosts[@]}" libgtest-dev pkg-config scdoc)
 packages_sipp=(sip-tester)
 packages_bench=(build-essential cmake ninja-build libbenchmark-dev valgrind)
 packages_peers=(pkg-config libosip2-dev libre-dev libsofia-sip-ua-dev gnuplot-nox python3)
 
-# Installs those of the named packages that the machine lacks. Prints the command to type if it may not install them.
+# Installs the named packages that are missing. Prints the command to type if it is not allowed to install them.
 need_packages() {
     local package missing=()
     for package; do
@@ -32,10 +32,11 @@ need_packages() {
     fi
     echo "installing ${missing[*]}"
     visibly "${as_root[@]}" apt-get update
-    visibly "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+    visibly "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends \
+        "${missing[@]}"
 }
 
-# Runs a command and shows what it printed only when it fails.
+# Runs a command and shows its output only if it fails.
 quietly() {
     local output
     if ! output=$("$@" 2>&1); then
@@ -45,7 +46,7 @@ quietly() {
     fi
 }
 
-# Runs a command that takes a while. On a terminal its own progress is seen; elsewhere it is quiet.
+# Runs a command that takes a while. On a terminal its progress is shown; otherwise it is quiet.
 visibly() {
     if [[ -t 1 ]]; then
         "$@"

@@ -16,8 +16,8 @@ std::string fields_by_sipcode(std::string text) {
     return shown(fields_of(record));
 }
 
-// The names of the header lines in lower case, sorted, each once. Stacks have their own order, and some write a line for
-// each value of a list.
+// The names of the header lines in lower case, sorted, each once. Stacks write the headers in different orders, and
+// some write one line for each value of a list.
 std::string header_names(const std::string &text) {
     std::set<std::string> names;
     const std::string head = text.substr(0, text.find("\r\n\r\n") + 2);

@@ -30,7 +30,7 @@ message_ptr parse_message(mbuf *buffer) {
     return message_ptr(sip_msg_decode(&message, buffer) == 0 ? message : nullptr);
 }
 
-// Once the headers are read, the buffer stands at the body.
+// Once the headers are read, the buffer is at the start of the body.
 session_ptr parse_session(const sip_msg &message) {
     if (!msg_ctype_cmp(&message.ctyp, "application", "sdp"))
         return {};

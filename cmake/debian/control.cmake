@@ -1,6 +1,6 @@
-# Run by cpack before it packs: the library's symbols and shlibs files, which tell what a program built against it
-# depends on, and what it depends on itself. CPack's own way would add maintainer scripts that call ldconfig, where
-# Debian wants a trigger.
+# cpack runs this before it packs. It makes the library's symbols and shlibs files, which state the dependency of
+# programs built against it, and finds the dependencies of the library itself. CPack alone would add maintainer scripts
+# that call ldconfig, but Debian wants a trigger.
 set(package ${CPACK_DEBIAN_SIPCODE_LIBRARY_PACKAGE_NAME})
 set(version ${CPACK_PACKAGE_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
 set(shared_object ${CPACK_SIPCODE_BUILD_DIR}/Lib_Base/lib_code/libsipcode.so.${CPACK_PACKAGE_VERSION_MAJOR})
@@ -12,7 +12,7 @@ file(WRITE ${work}/debian/control "Source: ${CPACK_DEBIAN_PACKAGE_SOURCE}\n\nPac
 file(WRITE ${control}/triggers "activate-noawait ldconfig\n")
 file(WRITE ${control}/shlibs
     "libsipcode ${CPACK_PACKAGE_VERSION_MAJOR} ${package} (>= ${CPACK_PACKAGE_VERSION})\n")
-# Fails when a name of the committed file is gone, or one is exported that it does not have.
+# Fails if a name in the committed file is no longer exported, or if an exported name is not in it.
 execute_process(
     COMMAND dpkg-gensymbols -c4 -p${package} -v${version} -e${shared_object} -O${control}/symbols
         -I${CMAKE_CURRENT_LIST_DIR}/${package}.symbols -P${work}/${package}

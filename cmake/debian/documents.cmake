@@ -1,5 +1,5 @@
-# Run by cpack in the tree of files to pack: manual pages and changelogs compressed, and with the copyright file where
-# Debian keeps them.
+# cpack runs this in the tree of files to pack. It compresses manual pages and changelogs, and puts changelogs and the
+# copyright file where Debian expects them.
 function(run)
     execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()

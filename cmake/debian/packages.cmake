@@ -1,5 +1,5 @@
 # Debian packages by CPack, one for each installed component: libsipcode1, libsipcode-dev and sipcode. Version and
-# maintainer are those of the changelog beside this file. scripts/package builds them.
+# maintainer come from the changelog in this directory. scripts/package builds them.
 file(READ ${CMAKE_CURRENT_LIST_DIR}/changelog changelog)
 if(NOT changelog MATCHES "^sipcode \\(${PROJECT_VERSION}-([0-9]+)\\)")
     message(FATAL_ERROR "cmake/debian/changelog does not begin with version ${PROJECT_VERSION}")
@@ -10,7 +10,7 @@ set(CPACK_PACKAGE_CONTACT ${CMAKE_MATCH_1})
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ${PROJECT_NAME})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # else it stands before each component's own
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # otherwise it precedes each component's own
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -42,7 +42,7 @@ such a record into the text of a SIP message.
 .
 This package holds the headers, the static library, manual pages, files for
 pkg-config and CMake, and the reference host, which gives the library the
-services that it takes from its process. The reference host stands on the
+services that it needs from its process. The reference host needs the
 recommended packages.")
 
 if(TARGET sipcode_tool)
@@ -55,7 +55,7 @@ Decodes SIP messages into records, as text or JSON, writes the messages of
 such records, and writes the answer to a request.")
 endif()
 
-# What CPack cannot say of itself is worked out when it runs.
+# What CPack cannot express in variables is done when it runs.
 set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_LIST_DIR}/control.cmake)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/documents.cmake)
 set(CPACK_SIPCODE_SOURCE_DIR ${PROJECT_SOURCE_DIR})
