@@ -182,7 +182,7 @@ extern const SIP_CODEC_TEXT code_methods[SIP_CODE_CODEC_COUNT];
 
 typedef struct IPV4_ADDRESS {
     char ip[24]; /* host as text, dotted IPv4 address or name, longest 23 */
-    int port;    /* 5060 where a SIP URI or a single Via names none; a port that is no number reads as 0 */
+    int port;    /* 5060 where a SIP URI or a single Via names none; a port that is not a number reads as 0 */
 } IPV4_ADDRESS;
 
 /* Host name that the encoders write instead of ip:port. */

@@ -1,4 +1,4 @@
-/* safe.h - entry points for hosts that face the network: input by its length, output by its room.
+/* safe.h - entry points for hosts that face the network: input of a given length, bounded output.
  *
  * They accept untrusted input and share the code of decode.h and encode.h. Use them for everything that comes from a
  * socket or goes to one. The plain entry points suit text and records that the process made itself.

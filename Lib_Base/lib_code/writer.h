@@ -1,4 +1,5 @@
-// Text into a buffer of known room: a line is one call with its format whole, checked against its values when compiled.
+// Writes text into a buffer of known size. Each line is one call with one whole format, which the compiler checks
+// against its values. A careful writer refuses a text that would break the message.
 //
 //   writer out(buffer, size);
 //   out.line<"From: <sip:%s@%s:%d>\r\n">(from.user, from.addr.ip, from.addr.port);
@@ -199,9 +200,9 @@ char *put_value(char *to, const Value &value) {
     }
 }
 
-// ------------------------------------------------------------------------------------- texts that stay in their places
+// ---------------------------------------------------------------------------------------- texts that break the message
 
-// Marks which of the sixteen bytes at `at` a text must not contain in this place: they would break the message.
+// Marks which of the sixteen bytes at `at` would break the message in this place.
 template <place Where>
 unsigned escapes16(const char *at) {
     if constexpr (Where == place::request_line)
@@ -214,7 +215,7 @@ unsigned escapes16(const char *at) {
     return escapes;
 }
 
-// Whether a text stays in its place. The last text of a line must not end in a comma: a decoder would join the next
+// Whether a text is safe in this place. The last text of a line must not end in a comma: a decoder would join the next
 // line to it.
 template <place Where, bool EndsLine>
 [[gnu::noinline]] bool stays_in(text value) {

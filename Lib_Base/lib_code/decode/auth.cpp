@@ -36,7 +36,7 @@ class quoted_value {
         width = before_comma.before.size() + (before_comma.found ? 0 : cut_at(between, ',').before.size());
     }
 
-    // The text on both sides of the first quote, joined in scratch if both are there. Nearly always only the second is.
+    // The text on both sides of the first quote, joined in scratch if both exist. Nearly always only the second does.
     text value(char (&scratch)[longest_credentials + 1]) const {
         if (before.empty() || between.empty())
             return before.empty() ? between : before;
@@ -125,7 +125,7 @@ constexpr text_parameter<NEXT_NONCE> info_parameters[] = {
 };
 
 // Finds the parameters of a header value from `from` on. The only "=" of a name is its last character, so only texts
-// that end in one are compared. If stale is null, it is no known name.
+// that end in one are compared. If stale is null, "stale=" is unknown.
 template <class Record, std::size_t N>
 void scan_parameters(const bounded_store &store, padded_text value, std::size_t from,
                      const text_parameter<Record> (&names)[N], Record &record,

@@ -172,7 +172,7 @@ int decode(SIP_MSG &split, std::size_t length, SIP_CODE_MSG &record, SIP_DECODE_
 } // namespace sipcode
 
 int Sip_Decode(char *buf, SIP_CODE_MSG *pcode_msg) {
-    SIP_MSG split; // the splitter sets all that is read of it
+    SIP_MSG split; // the splitter sets everything that is read
     Str_N_Copy(split.data, buf, sizeof split.data);
     return sipcode::decode(split, std::strlen(split.data), *pcode_msg, nullptr);
 }

@@ -3,7 +3,7 @@
 //   History-Info: <sip:2002@10.0.0.1;cause=302>;index=1, <sip:1001@10.0.0.2:5070>;index=1.1
 //       history_info[0]: user 2002, addr 10.0.0.1 5060, cause 302; [1]: user 1001, addr 10.0.0.2 5070
 //
-// Four entries are kept. Nothing outside the brackets is read, so the index is not either.
+// Four entries are kept. Nothing outside the brackets is read, and so neither is the index.
 #include <algorithm>
 
 #include "decoders.h"

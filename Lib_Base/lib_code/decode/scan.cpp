@@ -69,7 +69,7 @@ const char *Parse_Header(const SIP_MSG *psip_msg, const char *name) {
 char *Parse_Skip_Blanks(const char *str) {
     while (sipcode::is_blank(*str))
         ++str;
-    return const_cast<char *>(str); // the interface takes and gives the caller's own text
+    return const_cast<char *>(str); // the interface takes and returns the caller's own text
 }
 
 int Judge_Strlen_Zero(const char *s) { return s == nullptr || *s == '\0'; }

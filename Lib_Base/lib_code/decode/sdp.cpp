@@ -290,7 +290,7 @@ class media_reader {
 
 // ----------------------------------------------------------------------------------------------------- raw body text
 
-// Behind the last SIP_MEDIA_DIRECTION.
+// One after the last SIP_MEDIA_DIRECTION.
 constexpr int no_direction = SIP_MEDIA_INACTIVE + 1;
 
 // In the order of precedence.

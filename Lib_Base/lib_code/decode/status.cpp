@@ -1,4 +1,4 @@
-// Response kind of a split message by its status code, for hosts that split messages themselves.
+// CompatibleSipMethodName, only for hosts that split messages themselves. Sip_Decode reads a status with tables.cpp.
 //
 //   rlPart2 "486 Busy Here" -> 30    "401 Unauthorized" -> 0: only the codes below are known here
 #include "decode.h"

@@ -83,7 +83,7 @@ int SIP_Decode_Buffer(const char *data, size_t length, SIP_CODE_MSG *record, SIP
     if (told.outcome == SIP_DECODE_NULL_ARGUMENT)
         return told.outcome;
 
-    SIP_MSG split; // the splitter sets all that is read of it
+    SIP_MSG split; // the splitter sets everything that is read
     const std::size_t used = std::min(length, std::size_t{SIP_LONGEST_MESSAGE});
     const text received(data, find_byte(data, used, '\0'));
     std::memcpy(split.data, received.data(), received.size());

@@ -1,5 +1,5 @@
-// The encoders for untrusted records. Every text is checked for the characters that would break its line. A refused
-// message leaves buffer empty and the record as it was.
+// The encoders for untrusted records. A careful writer (writer.h) checks every text for characters that would break the
+// message. A refused message leaves buffer empty and the record as it was.
 #include <algorithm>
 
 #include "encode/lines.h"
