@@ -18,7 +18,8 @@ constexpr const char *footer =
     R"(The file holds records in the form that 'sipcode decode --json' prints, one JSON object after another. A method
 from 1 to 15 makes a request, one from 16 to 48 a response. Several messages are written with a line "----" between
 them.
- Nothing is written if the JSON is malformed, or if a member is unknown, has a value of the wrong type, is out of range
+
+Nothing is written if the JSON is malformed, or if a member is unknown, has a value of the wrong type, is out of range
 or is too long. The message on standard error gives the place.
 
 Exit status: 0 if all records were written, 1 if some were refused, 2 if the command line, a file or the output is at

@@ -78,20 +78,20 @@ void start(SIP_DECODE_REPORT &report, SIP_DECODE_OUTCOME outcome) {
 int SIP_Decode_Buffer(const char *data, size_t length, SIP_CODE_MSG *record, SIP_DECODE_REPORT *report) {
     using namespace sipcode;
     SIP_DECODE_REPORT unseen;
-    SIP_DECODE_REPORT &told = report != nullptr ? *report : unseen;
-    start(told, data != nullptr && record != nullptr ? SIP_DECODE_DONE : SIP_DECODE_NULL_ARGUMENT);
-    if (told.outcome == SIP_DECODE_NULL_ARGUMENT)
-        return told.outcome;
+    SIP_DECODE_REPORT &result = report != nullptr ? *report : unseen;
+    start(result, data != nullptr && record != nullptr ? SIP_DECODE_DONE : SIP_DECODE_NULL_ARGUMENT);
+    if (result.outcome == SIP_DECODE_NULL_ARGUMENT)
+        return result.outcome;
 
     SIP_MSG split; // the splitter sets everything that is read
     const std::size_t used = std::min(length, std::size_t{SIP_LONGEST_MESSAGE});
     const text received(data, find_byte(data, used, '\0'));
     std::memcpy(split.data, received.data(), received.size());
     split.data[received.size()] = '\0';
-    told.left_out = received.size() == used && length > used && data[used] != '\0';
+    result.left_out = received.size() == used && length > used && data[used] != '\0';
     clear(*record);
-    decode(split, received.size(), *record, &told);
+    decode(split, received.size(), *record, &result);
     if (report != nullptr)
-        locate_all(received, told);
-    return told.outcome;
+        locate_all(received, result);
+    return result.outcome;
 }
