@@ -1,10 +1,8 @@
-// A fuzz target as a test: judges each file of the named directories and its variants, prefixes and replaced bytes.
-// Usage: fuzz_replay_TARGET [--variants N] DIRECTORY...     N of each kind a file; 300 unless given
+// A fuzz target as a test: judges each file and its variants, which are prefixes and replaced bytes.
+// Usage: fuzz_replay_TARGET [--variants N] FILE...     N variants of each kind; 300 unless given
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-
-#include <dirent.h>
 
 #include "judge.h"
 
@@ -46,45 +44,20 @@ bool replay_file(const char *path) {
     return is_whole;
 }
 
-// Returns the number of files, -1 if one cannot be read.
-int replay_directory(const char *directory) {
-    DIR *const entries = opendir(directory);
-    if (entries == nullptr)
-        return -1;
-    int replayed = 0;
-    while (const dirent *const entry = readdir(entries)) {
-        if (entry->d_name[0] == '.')
-            continue;
-        char path[4096];
-        std::snprintf(path, sizeof path, "%s/%s", directory, entry->d_name);
-        std::fprintf(stderr, "%s\n", path); // the last one is the one that fails
-        if (!replay_file(path))
-            return -1;
-        ++replayed;
-    }
-    closedir(entries);
-    return replayed;
-}
-
 } // namespace
 
-int main(int count, char **directories) {
+int main(int count, char **arguments) {
     if (std::freopen("/dev/null", "w", stdout) == nullptr) // the library's own diagnostics
         return EXIT_FAILURE;
     int first = 1;
-    if (count > 2 && std::strcmp(directories[1], "--variants") == 0) {
-        variants = std::strtoul(directories[2], nullptr, 10);
+    if (count > 2 && std::strcmp(arguments[1], "--variants") == 0) {
+        variants = std::strtoul(arguments[2], nullptr, 10);
         first = 3;
     }
-    int replayed = 0;
     for (int i = first; i < count; ++i) {
-        const int files = replay_directory(directories[i]);
-        if (files <= 0) {
-            std::fprintf(stderr, "no files, or one that cannot be read: %s\n", directories[i]);
+        std::fprintf(stderr, "%s\n", arguments[i]); // the last one is the one that fails
+        if (!replay_file(arguments[i]))
             return EXIT_FAILURE;
-        }
-        replayed += files;
     }
-    std::fprintf(stderr, "%d files\n", replayed);
-    return replayed > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return first < count ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -48,7 +48,7 @@ struct Sample {
 const std::vector<Sample> &samples() {
     static const std::vector<Sample> all = [] {
         std::vector<Sample> found;
-        for (const char *directory : {SIPCODE_EXAMPLES, SIPCODE_TEST_MESSAGES}) {
+        for (const char *directory : {SIPCODE_EXAMPLES, SIPCODE_TEST_DATA "/messages"}) {
             for (const fs::directory_entry &entry : fs::directory_iterator(directory)) {
                 std::ifstream file(entry.path(), std::ios::binary);
                 found.push_back({entry.path().stem(), {std::istreambuf_iterator<char>(file), {}}});
