@@ -1,5 +1,5 @@
-/* Answers each request that comes in over UDP, with 200 OK or with 486 Busy Here to an INVITE. Listens on the loopback address.
- * Usage: answer PORT [REQUESTS]     0 takes a free port; without a number of requests it runs until it is interrupted
+/* Answers each request over UDP on the loopback address: an INVITE with 486 Busy Here, any other with 200 OK.
+ * Usage: answer PORT [REQUESTS]     port 0 takes a free one; without REQUESTS it runs until it is interrupted
  */
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -10,7 +10,7 @@
 #include <string.h>
 #include <sys/socket.h>
 
-/* The response repeats only what identifies the request. Whatever else was received stays out of it. */
+/* The response repeats only what identifies the request. Nothing else that was received goes into it. */
 static void make_response(const SIP_CODE_MSG *request, SIP_CODE_MSG *response) {
     memset(response, 0, sizeof *response);
     response->method =

@@ -1,12 +1,12 @@
-// Calls that come in, see calls.h.
+// Incoming calls, see calls.h.
 //
 //   INVITE  -->                          start: refused, or
 //           <-- 100
-//           <-- 183 with RSeq            progress, when the caller knows 100rel; again until
+//           <-- 183 with RSeq            progress, if the caller supports 100rel; repeated until
 //   PRACK   -->
 //           <-- 200 to PRACK
 //           <-- 180                      ring, for all other callers
-//           <-- 200                      take; again until
+//           <-- 200                      take; repeated until
 //   ACK     -->                          run: INFO, re-INVITE, UPDATE
 //   BYE     -->
 //           <-- 200                      a CANCEL, or a BYE before the 200, ends the INVITE with 487
@@ -25,7 +25,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t max_calls = 10000;
-constexpr long first_version = 1073741825; // of a session description, as the encoder has it
+constexpr long first_version = 1073741825; // of a session description, as the encoder writes it
 
 bool supports(const SIP_CODE_MSG &request, std::string_view extension) {
     return lists(request.supported.SUPPORTED, extension) || lists(request.require.REQUIRE, extension);
@@ -38,7 +38,7 @@ bool asks_for_timer(const SIP_CODE_MSG &request) {
 } // namespace
 
 struct Calls::Call {
-    // In the order in which a call goes through them; ended waits for the ACK to a refusal.
+    // In the order of a call. An ended one waits for the ACK to its refusal.
     enum class State { proving, ringing, taken, running, ended };
 
     Call(asio::io_context &io, const SIP_CODE_MSG &request, const ResponseHead &head)
@@ -65,7 +65,7 @@ Calls::Calls(asio::io_context &io, Endpoint &endpoint, Output &output, Registrar
 
 Calls::~Calls() = default;
 
-// ------------------------------------------------------------------------------------------------------------ new calls
+// ----------------------------------------------------------------------------------------------------------- new calls
 
 void Calls::on_invite(const SIP_CODE_MSG &request, const Peer &from) {
     const ResponseHead head(request, from);
@@ -77,7 +77,7 @@ void Calls::on_invite(const SIP_CODE_MSG &request, const Peer &from) {
     Call *const call = find_in_order(request, head);
     if (call == nullptr || refused(request, head))
         return;
-    if (call->state != Call::State::running) // the INVITE before it is not at its end
+    if (call->state != Call::State::running) // the earlier INVITE is not completed
         return endpoint_.respond(head, SIP_RESPONSE_MSG_500_SERVER_INTERNAL_ERROR);
     change(*call, request, head);
 }
@@ -103,7 +103,7 @@ bool Calls::refused(const SIP_CODE_MSG &request, const ResponseHead &head) {
     return false;
 }
 
-// What this side says of the streams: an answer to the offer, or an offer where there is none.
+// The session description of this side: an answer to the offer, or an offer if there is none.
 std::optional<SIP_SDP> Calls::describe(const SIP_CODE_MSG &request) const {
     if (!has_session(request))
         return make_offer(settings_.media);
@@ -180,7 +180,7 @@ void Calls::take(Call &call) {
     await_answer(call, response);
 }
 
-// ----------------------------------------------------------------------------------------------------------- inside calls
+// -------------------------------------------------------------------------------------------------------- inside calls
 
 void Calls::on_ack(const SIP_CODE_MSG &request) {
     Call *const call = find(request);
@@ -257,7 +257,7 @@ void Calls::on_cancel(const SIP_CODE_MSG &request, const Peer &from) {
     Call &call = *invite->second;
     head.to = call.invite.to;
     endpoint_.respond(head, SIP_RESPONSE_MSG_200_OK);
-    if (call.state < Call::State::taken) // else it comes too late, and changes nothing
+    if (call.state < Call::State::taken) // otherwise it is too late and has no effect
         terminate(call, SIP_RESPONSE_MSG_487_REQUEST_TERMINATED);
 }
 
@@ -285,14 +285,14 @@ Calls::Call *Calls::find_in_order(const SIP_CODE_MSG &request, const ResponseHea
     return call;
 }
 
-// --------------------------------------------------------------------------------------------------------------- answers
+// ------------------------------------------------------------------------------------------------------------- answers
 
 void Calls::add_contact(SIP_CODE_MSG &response) const {
     response.contact = endpoint_.contact(response.to.user[0] != '\0' ? response.to.user : "host");
 }
 
-// The 200 to an INVITE or UPDATE. The caller keeps the session timer running: a refresh of this side would need an UPDATE with
-// Session-Expires, which the encoder writes in an INVITE alone.
+// The 200 to an INVITE or UPDATE. The caller refreshes the session: this side would need an UPDATE with
+// Session-Expires, and the encoder writes that header only in an INVITE.
 SIP_CODE_MSG Calls::accepted(const Call &call, const ResponseHead &head) const {
     SIP_CODE_MSG response = head.response(SIP_RESPONSE_MSG_200_OK);
     add_contact(response);
@@ -316,9 +316,10 @@ void Calls::set_timer(Call &call, const SIP_CODE_MSG &request) const {
     set_text(call.session_timer.refresher, "uac");
 }
 
-// ------------------------------------------------------------------------------------------------------------ what is due
+// -------------------------------------------------------------------------------------------------------------- timers
 
-// Sends a response to the INVITE, and again until PRACK or ACK answers it (RFC 3261 section 13.3.1.4, RFC 3262 section 3).
+// Sends a response to the INVITE and repeats it until the PRACK or ACK arrives (RFC 3261 section 13.3.1.4, RFC 3262
+// section 3).
 void Calls::await_answer(Call &call, SIP_CODE_MSG &response) {
     call.unanswered = endpoint_.respond(call.invite, response);
     call.interval = first_interval;

@@ -1,4 +1,4 @@
-// Calls that come in: INVITE and what follows it, to the BYE.
+// Incoming calls, from the INVITE to the BYE.
 #pragma once
 
 #include <chrono>
@@ -15,7 +15,7 @@ class Registrar;
 
 struct CallSettings {
     std::chrono::milliseconds ring{0};         // how long a call rings before it is taken
-    std::chrono::seconds longest{3600};        // calls without a session timer end then
+    std::chrono::seconds longest{3600};        // limit of a call without a session timer
     std::chrono::seconds shortest_session{90}; // of the session timer (RFC 4028)
     bool authenticate = false;                 // callers need an account
     Media media;
@@ -36,8 +36,8 @@ class Calls {
     void on_bye(const SIP_CODE_MSG &request, const Peer &from);
     void on_cancel(const SIP_CODE_MSG &request, const Peer &from);
 
-    // The dialog of the call that a request belongs to. Null when there is none, or when the request is out of order: then it
-    // is refused.
+    // The call whose dialog a request belongs to. Null if there is none, or if the request is out of order. Both are
+    // refused.
     Dialog *find_dialog(const SIP_CODE_MSG &request, const ResponseHead &head);
 
     std::size_t count() const { return calls_.size(); }

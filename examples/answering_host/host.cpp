@@ -1,4 +1,4 @@
-// A host that answers, see host.h.
+// The answering host, see host.h.
 #include "host.h"
 
 #include <fmt/format.h>
@@ -38,7 +38,7 @@ void AnsweringHost::on_request(const SIP_CODE_MSG &request, const Peer &from) {
         return on_options(request, from);
     case SIP_REQUEST_MSG_MESSAGE:
         return on_message(request, from);
-    case SIP_REQUEST_MSG_NOTIFY: // nothing was subscribed to
+    case SIP_REQUEST_MSG_NOTIFY: // this host has subscribed to nothing
         return endpoint_.respond(ResponseHead(request, from), SIP_RESPONSE_MSG_481_CALL_TRANSACTION_DOES_NOT_EXIST);
     default:
         return endpoint_.respond(ResponseHead(request, from), SIP_RESPONSE_MSG_501_NOT_IMPLEMENTED);

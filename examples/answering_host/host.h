@@ -1,4 +1,4 @@
-// A host that answers: it brings each request to the part that knows its method.
+// The answering host: it passes each request to the part that handles its method.
 #pragma once
 
 #include <string>
@@ -23,7 +23,7 @@ class AnsweringHost {
 
     unsigned short port() const { return endpoint_.port(); }
 
-    // What happened until now, in one line.
+    // A summary of what happened so far, on one line.
     std::string summary() const;
 
   private:

@@ -1,4 +1,4 @@
-// answering_host: answers calls, registrations, subscriptions, transfers and messages on a port of the loopback address.
+// answering_host: answers calls, registrations, subscriptions, transfers and messages on the loopback address.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -17,8 +17,9 @@ constexpr int success = 0;
 constexpr int misuse = 2;
 
 constexpr const char *footer =
-    "Runs until it is interrupted, then prints what happened. It listens on UDP and TCP and says so in its first line.\n"
-    "Exit status: 0 after an interrupt, 2 when the command line or the port is at fault.";
+    "Listens on UDP and TCP; its first line of output names the port. Runs until it is interrupted and then prints a\n"
+    "summary.\n"
+    "Exit status: 0 after an interrupt, 2 if the command line or the port is at fault.";
 
 Account account(const std::string &text) {
     const std::size_t colon = text.find(':');
@@ -36,14 +37,14 @@ void add_options(CLI::App &program, HostSettings &settings, std::vector<std::str
             ->check(CLI::Range(0, 86400));
     };
     program.add_option("--port", settings.port, "Port; 0 takes a free one")->capture_default_str();
-    program.add_flag("--trace", settings.trace, "Print every message as it comes or goes");
+    program.add_flag("--trace", settings.trace, "Print every message that is received or sent");
     program.add_option("--account", accounts, "An account; may be given more than once")->type_name("USER:PASSWORD");
     program.add_option("--realm", settings.realm, "Realm of the accounts")->capture_default_str();
-    program.add_flag("--authenticate", settings.calls.authenticate, "Take calls of accounts alone");
+    program.add_flag("--authenticate", settings.calls.authenticate, "Take calls only from accounts");
     add_seconds("--ring", settings.calls.ring, "MS", "How long a call rings before it is taken; 0 unless given");
     add_seconds("--min-se", settings.calls.shortest_session, "SECONDS", "Shortest session timer; 90 unless given");
     add_seconds("--longest-call", settings.calls.longest, "SECONDS",
-                "When a call without a session timer ends; 3600 unless given");
+                "Limit of a call without a session timer; 3600 unless given");
     program.footer(footer);
 }
 

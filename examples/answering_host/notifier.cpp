@@ -18,7 +18,7 @@ constexpr std::size_t max_subscriptions = 10000;
 constexpr int longest_expiry = 3600; // seconds
 constexpr std::string_view summary_event = "message-summary";
 
-// This host stores no messages: every mailbox has the same few.
+// This host stores no messages. Every mailbox reports the same few.
 constexpr int new_messages = 2;
 constexpr int old_messages = 8;
 
@@ -42,12 +42,12 @@ Notifier::Notifier(asio::io_context &io, Endpoint &endpoint, Output &output, Cal
 
 Notifier::~Notifier() = default;
 
-// ------------------------------------------------------------------------------------------------------------- SUBSCRIBE
+// ----------------------------------------------------------------------------------------------------------- SUBSCRIBE
 
 void Notifier::on_subscribe(const SIP_CODE_MSG &request, const Peer &from) {
     const ResponseHead head(request, from);
     if (event_of(request) != summary_event)
-        return endpoint_.respond(head, SIP_RESPONSE_MSG_400_BAD_REQUEST); // no 489
+        return endpoint_.respond(head, SIP_RESPONSE_MSG_400_BAD_REQUEST); // the codec has no 489
     Subscription *const subscription = find_or_add(request, head);
     if (subscription == nullptr)
         return;
@@ -84,7 +84,7 @@ void Notifier::renew(const std::string &name, int seconds) {
     notify(name, "");
 }
 
-// With a reason the subscription ends. It ends as well when the subscriber does not take the NOTIFY.
+// A reason ends the subscription. So does a subscriber that refuses the NOTIFY.
 void Notifier::notify(const std::string &name, std::string_view reason) {
     Subscription &subscription = *subscriptions_.at(name);
     const auto left = std::chrono::ceil<std::chrono::seconds>(subscription.until - Clock::now()).count();
@@ -110,11 +110,11 @@ void Notifier::notify(const std::string &name, std::string_view reason) {
     });
 }
 
-// ----------------------------------------------------------------------------------------------------------------- REFER
+// --------------------------------------------------------------------------------------------------------------- REFER
 
 namespace {
 
-// What a REFER is told about the call that it asks for: the status line of its answer.
+// The NOTIFY body of a REFER: the status line that the referred call got.
 SIP_CODE_MSG report(Dialog &dialog, std::string_view status, std::string_view state) {
     SIP_CODE_MSG request = dialog.request(SIP_REQUEST_MSG_NOTIFY);
     set_text(request.contact.user, dialog.local.user);
@@ -131,8 +131,7 @@ SIP_CODE_MSG report(Dialog &dialog, std::string_view status, std::string_view st
 
 } // namespace
 
-// Inside a call or outside. This host places no calls: it tells that a user which it knows has answered, and that any other was
-// not found.
+// Inside a call or outside. This host places no calls: it reports 200 for a user that it knows and 404 for any other.
 void Notifier::on_refer(const SIP_CODE_MSG &request, const Peer &from) {
     const ResponseHead head(request, from);
     Dialog own(head, request);

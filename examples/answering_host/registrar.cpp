@@ -47,7 +47,7 @@ bool Registrar::admit(const SIP_CODE_MSG &request, const ResponseHead &head) {
     return true;
 }
 
-// The challenge has no qop: of the credentials the record keeps neither cnonce nor nonce count, which its check would need.
+// The challenge has no qop. Its check would need cnonce and nonce count, which the decoder does not read.
 void Registrar::challenge(const ResponseHead &head, sip_code_method status) {
     SIP_CODE_MSG response = head.response(status);
     response.authen.use = 1;
@@ -63,7 +63,7 @@ bool Registrar::is_right(const SIP_AUTHOR &credentials, int method) const {
            same_digest(credentials.response, digest(credentials, user->second.password, name_of(method)));
 }
 
-// One binding for each user: the record holds one Contact. Without one the request only asks.
+// One binding for each user: the record holds one Contact. A request without Contact is a query.
 void Registrar::bind(const SIP_CODE_MSG &request, Binding &binding) {
     if (request.expire.expires == 0) {
         binding = {};

@@ -18,7 +18,7 @@ class Registrar {
 
     bool knows(std::string_view user) const;
 
-    // True for a request with good credentials of the account that From names. A request with others, or none, is refused.
+    // Returns true for a request with valid credentials of the account in From. Refuses any other request.
     bool admit(const SIP_CODE_MSG &request, const ResponseHead &head);
 
   private:

@@ -1,4 +1,4 @@
-// A host that calls, see caller.h.
+// The calling host, see caller.h.
 #include "caller.h"
 
 #include <utility>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::chrono::seconds longest_transfer{30};
 
-// As the encoder writes it into the request line, and so what credentials are made for.
+// As the encoder writes it into the request line. The credentials are computed for this URI.
 std::string uri_of(const SIP_CODE_MSG &request) {
     const auto &[user, addr, dns] = request.uri;
     if (request.method == SIP_REQUEST_MSG_REGISTER)
@@ -38,7 +38,7 @@ void CallingHost::start() {
         call();
 }
 
-// ---------------------------------------------------------------------------------------------------------------- steps
+// --------------------------------------------------------------------------------------------------------------- steps
 
 void CallingHost::register_user() {
     SIP_CODE_MSG request = request_to_server(SIP_REQUEST_MSG_REGISTER, settings_.account.user);
@@ -61,7 +61,7 @@ void CallingHost::call() {
 }
 
 void CallingHost::on_taken(const SIP_CODE_MSG &response, const Peer &from) {
-    if (dialog_ && std::string_view(dialog_->remote.tag) == response.to.tag) // since a provisional response
+    if (dialog_ && std::string_view(dialog_->remote.tag) == response.to.tag) // known since a provisional response
         dialog_->target = Dialog(invite_, response, from).target;
     else
         dialog_.emplace(invite_, response, from);
@@ -84,7 +84,7 @@ void CallingHost::send_digit() {
     });
 }
 
-// The encoder sends Refer-To with the host of From, so the other side looks for the user where this one is known.
+// The encoder writes Refer-To with the host of From, so the other side looks for the user on the host of this one.
 void CallingHost::transfer() {
     if (settings_.transfer_to.empty())
         return alarm_.set(settings_.talk, [this] { hang_up(); });
@@ -92,8 +92,8 @@ void CallingHost::transfer() {
     set_text(request.contact.user, settings_.account.user);
     request.refer_to.use = 1;
     set_text(request.refer_to.refertotel, settings_.transfer_to);
-    alarm_.set(longest_transfer, [this] { fail("no word of the transfer"); });
-    ask(request, [](const SIP_CODE_MSG &, const Peer &) {}); // NOTIFY tells more
+    alarm_.set(longest_transfer, [this] { fail("no NOTIFY of the transfer"); });
+    ask(request, [](const SIP_CODE_MSG &, const Peer &) {}); // NOTIFY reports the outcome
 }
 
 void CallingHost::hang_up() {
@@ -109,7 +109,7 @@ void CallingHost::stop() {
     io_.stop();
 }
 
-// ------------------------------------------------------------------------------------------------------------- requests
+// ------------------------------------------------------------------------------------------------------------ requests
 
 SIP_CODE_MSG CallingHost::request_to_server(sip_code_method method, std::string_view user) {
     SIP_CODE_MSG request{};
@@ -129,7 +129,7 @@ SIP_CODE_MSG CallingHost::request_to_server(sip_code_method method, std::string_
     return request;
 }
 
-// Sends a request, with credentials once they are asked for.
+// Sends a request. If it is challenged, sends it again with credentials.
 void CallingHost::ask(SIP_CODE_MSG request, Answered on_accepted) {
     if (request.method == SIP_REQUEST_MSG_INVITE)
         invite_ = request;
@@ -166,7 +166,7 @@ void CallingHost::on_progress(const SIP_CODE_MSG &response, const Peer &from) {
     ask(request, [](const SIP_CODE_MSG &, const Peer &) {});
 }
 
-// ------------------------------------------------------------------------------------------------------- what comes in
+// --------------------------------------------------------------------------------------------------- received messages
 
 void CallingHost::on_request(const SIP_CODE_MSG &request, const Peer &from) {
     if (request.method == SIP_REQUEST_MSG_ACK)
@@ -191,7 +191,7 @@ void CallingHost::on_request(const SIP_CODE_MSG &request, const Peer &from) {
     }
 }
 
-// "SIP/2.0 200 OK" in the last NOTIFY of a transfer: it went well.
+// The transfer succeeded: its last NOTIFY holds "SIP/2.0 200 OK".
 void CallingHost::on_notify(const SIP_CODE_MSG &request) {
     if (!std::string_view(request.subscription_state.content).starts_with("terminated"))
         return;
@@ -204,7 +204,7 @@ void CallingHost::on_notify(const SIP_CODE_MSG &request) {
 
 void CallingHost::done(std::string_view what) { output_.line(what); }
 
-// A call that stands is hung up before the end.
+// Hangs up an established call first.
 void CallingHost::fail(std::string_view reason) {
     output_.line(fmt::format("failed: {}", reason));
     failed_ = true;

@@ -1,4 +1,5 @@
-// A host that calls: it registers, places a call, sends a digit, transfers the call and hangs up, each step behind the other.
+// The calling host: it registers, places a call, sends a digit, transfers the call and hangs up, one step after the
+// other.
 #pragma once
 
 #include <chrono>
@@ -18,9 +19,9 @@ struct CallerSettings {
     asio::ip::udp::endpoint server;
     Account account{"1001", ""};
     bool registers = false;
-    std::string callee;      // none when empty
-    std::string digit;       // none when empty
-    std::string transfer_to; // none when empty
+    std::string callee;      // none if empty
+    std::string digit;       // none if empty
+    std::string transfer_to; // none if empty
     std::chrono::milliseconds talk{0};
     Media media{.port = 41000};
 };
@@ -29,7 +30,7 @@ class CallingHost {
   public:
     CallingHost(asio::io_context &io, Output &output, const CallerSettings &settings);
 
-    // Takes the steps; the context stops behind the last one, or behind the first that fails.
+    // Takes the steps. The context stops after the last one, or after the first that fails.
     void start();
     bool succeeded() const { return succeeded_; }
 
@@ -61,9 +62,9 @@ class CallingHost {
     Endpoint endpoint_;
     Peer server_;
     Alarm alarm_;
-    SIP_CODE_MSG invite_{}; // the last one that was sent
+    SIP_CODE_MSG invite_{}; // the last one sent
     std::optional<Dialog> dialog_;
-    int last_cseq_ = 0; // outside of the dialog
+    int last_cseq_ = 0; // outside the dialog
     int last_rseq_ = 0;
     bool hanging_up_ = false;
     bool failed_ = false;

@@ -1,4 +1,4 @@
-// calling_host: registers with a SIP server on the loopback address, calls somebody there, sends a digit, transfers, hangs up.
+// calling_host: registers with a SIP server on the loopback address, places a call, sends a digit, transfers, hangs up.
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -19,7 +19,7 @@ constexpr int failure = 1;
 constexpr int misuse = 2;
 
 constexpr const char *footer =
-    "Exit status: 0 when every step went well, 1 when one did not, 2 when the command line, the port or\n"
+    "Exit status: 0 if every step succeeded, 1 if one failed, 2 if the command line, the port or\n"
     "the connection is at fault.";
 
 struct Options {
@@ -34,10 +34,10 @@ void add_options(CLI::App &program, Options &options) {
     program.add_option("SERVER-PORT", options.server_port, "Port of the server")
         ->required()
         ->check(CLI::Range(1, 65535));
-    program.add_option("--port", settings.port, "Own port; without it a free one");
-    program.add_option("--transport", settings.transport, "udp, which is the default, or tcp")
+    program.add_option("--port", settings.port, "Own port; a free one unless given");
+    program.add_option("--transport", settings.transport, "udp or tcp; udp unless given")
         ->transform(CLI::CheckedTransformer(transports));
-    program.add_flag("--trace", settings.trace, "Print every message as it comes or goes");
+    program.add_flag("--trace", settings.trace, "Print every message that is received or sent");
     program.add_option("--user", settings.account.user, "User that calls")->capture_default_str();
     program.add_option("--password", settings.account.password, "Password of that user");
     program.add_option("--call", settings.callee, "User that is called");

@@ -1,4 +1,4 @@
-// One deadline at a time: setting it anew, or destroying it, drops the earlier one for good.
+// One deadline at a time. Setting a new one cancels the earlier one, and so does the destructor.
 #pragma once
 
 #include <chrono>
@@ -19,7 +19,7 @@ class Alarm {
     template <class Action>
     void set(std::chrono::steady_clock::duration delay, Action action) {
         timer_.expires_after(delay);
-        // A wait that ended in time may be queued already: it acts only while no later one was set.
+        // A wait that is over may already be queued. It takes effect only if no later one was set.
         valid_ = std::make_shared<bool>(true);
         timer_.async_wait([valid = std::weak_ptr<bool>(valid_), action = std::move(action)](std::error_code error) {
             if (!error && !valid.expired())

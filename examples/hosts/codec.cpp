@@ -1,4 +1,4 @@
-// The codec, see codec.h. No other file of the hosts calls it to read or write a message.
+// The codec, see codec.h. No other file of the hosts calls it to read or write messages.
 #include "codec.h"
 
 #include <algorithm>
@@ -31,7 +31,7 @@ Frame frame(std::string_view stream) {
     case SIP_FRAME_MORE:
         found.what = Framing::incomplete;
         break;
-    default: // one message too long could be skipped, but its sender waits for an answer that never comes
+    default: // a message that is too long could be skipped, but its sender would wait in vain
         break;
     }
     return found;

@@ -1,4 +1,4 @@
-// The codec, as the hosts use it: a text into a record, a record into a text, a byte stream into texts.
+// The codec as the hosts use it: text to record, record to text, byte stream to messages.
 #pragma once
 
 #include <cstddef>
@@ -7,18 +7,18 @@
 
 #include <sipcode/code.h>
 
-// False when the message is refused.
+// Returns false if the message is refused.
 bool decode(std::string_view message, SIP_CODE_MSG &record);
 
-// The request or response that the record's method asks for; empty when the codec refuses the record.
+// The request or response, by the record's method. Empty if the codec refuses the record.
 std::string encode(SIP_CODE_MSG &record);
 
 enum class Framing { message, keep_alive, incomplete, broken };
 
 struct Frame {
     Framing what;
-    std::size_t length; // of the message, or of the line ends that keep a connection alive
+    std::size_t length; // of the message, or of the keep-alive line ends
 };
 
-// What stands at the start of a stream (RFC 3261 section 18.3). A broken one cannot be read on.
+// What a stream begins with (RFC 3261 section 18.3). Reading cannot go on after a broken one.
 Frame frame(std::string_view stream);

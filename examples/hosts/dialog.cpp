@@ -1,4 +1,4 @@
-// Requests and dialogs kept, see dialog.h.
+// The state of requests and dialogs, see dialog.h.
 #include "dialog.h"
 
 #include <fmt/format.h>
@@ -49,7 +49,7 @@ SIP_CODE_MSG ResponseHead::response(sip_code_method status) const {
 
 namespace {
 
-// The encoder writes a user part in most request lines, so a contact without one gets that of its party.
+// The encoder writes a user part in most request lines. A contact without one gets that of its party.
 SIP_CONTACT target_of(const SIP_CODE_MSG &message, const SIP_FROMTO &party, const Peer &peer) {
     SIP_CONTACT target = message.contact;
     if (target.user[0] == '\0')

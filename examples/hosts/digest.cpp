@@ -67,7 +67,7 @@ std::string digest(const SIP_AUTHOR &credentials, const std::string &password, s
     return md5(fmt::format("{}:{}:{:08x}:{}:auth:{}", who, nonce, count, cnonce, what));
 }
 
-// In a time that does not tell how many characters agree.
+// Takes the same time however many characters agree.
 bool same_digest(std::string_view a, std::string_view b) {
     return a.size() == b.size() && CRYPTO_memcmp(a.data(), b.data(), a.size()) == 0;
 }
@@ -76,7 +76,7 @@ SIP_AUTHOR answer_challenge(const SIP_AUTHEN &challenge, const Account &account,
                             std::string_view uri) {
     SIP_AUTHOR credentials{};
     credentials.use = 1;
-    credentials.author_type = challenge.authen_type; // which tells the encoder the header
+    credentials.author_type = challenge.authen_type; // chooses the header that the encoder writes
     set_text(credentials.username, account.user);
     set_text(credentials.realm, challenge.realm);
     set_text(credentials.nonce, challenge.nonce);

@@ -11,7 +11,7 @@ struct Account {
     std::string password;
 };
 
-// Nonces that need no table: the time, signed with a secret that lives as long as the object.
+// Nonces without a table: the time, signed with a secret that lives as long as the object.
 class NonceMaker {
   public:
     NonceMaker();
@@ -24,7 +24,7 @@ class NonceMaker {
     std::string secret_;
 };
 
-// The "response" of the credentials for a request. qop, cnonce and nonce count take part when qop is not empty.
+// The "response" of the credentials for a request. qop, cnonce and nonce count are used only if qop is not empty.
 std::string digest(const SIP_AUTHOR &credentials, const std::string &password, std::string_view method);
 
 bool same_digest(std::string_view a, std::string_view b);

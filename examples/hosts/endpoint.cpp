@@ -1,4 +1,4 @@
-// Messages in and out, see endpoint.h.
+// The transaction layer, see endpoint.h.
 #include "endpoint.h"
 
 #include <algorithm>
@@ -49,12 +49,12 @@ SIP_CONTACT Endpoint::contact(std::string_view user) const {
     return contact;
 }
 
-// ------------------------------------------------------------------------------------------------------------- receiving
+// ----------------------------------------------------------------------------------------------------------- receiving
 
 void Endpoint::receive(std::string_view message, const Peer &from) {
     ++counts_.received;
     if (!decode(message, received_) || received_.via_count > 2) {
-        // Without Call-ID, CSeq or Via, or with more Vias than a record holds, there is nobody to tell.
+        // Without Call-ID, CSeq or Via, or with more Vias than a record holds, no answer can be sent.
         ++counts_.refused;
         trace_.note(fmt::format("refused: a message from {}", to_string(from)));
         return;
@@ -92,7 +92,7 @@ void Endpoint::receive_response(const Peer &from) {
         return;
     if (status_code(received_) < 200) {
         ClientTransaction &transaction = *found->second;
-        if (transaction.is_invite()) // it has arrived, so it is not sent again
+        if (transaction.is_invite()) // the request has arrived, so it is not sent again
             transaction.alarm.set(ringing_time, [this, &transaction] { give_up(transaction); });
         return transaction.on_response(&received_, from);
     }
@@ -103,7 +103,7 @@ void Endpoint::receive_response(const Peer &from) {
     transaction->on_response(&received_, from);
 }
 
-// --------------------------------------------------------------------------------------------------------------- sending
+// ------------------------------------------------------------------------------------------------------------- sending
 
 void Endpoint::respond(const ResponseHead &head, sip_code_method status) {
     SIP_CODE_MSG response = head.response(status);

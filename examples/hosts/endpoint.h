@@ -1,5 +1,5 @@
-// Messages in and out, with what RFC 3261 section 17 asks of both sides: a request that comes again gets its answer again, one
-// that goes unanswered is sent again.
+// The transaction layer (RFC 3261 section 17) of both sides: a repeated request gets its response again, and a request
+// without a response is sent again.
 #pragma once
 
 #include <cstdint>
@@ -27,9 +27,9 @@ constexpr std::chrono::minutes ringing_time{3};
 
 class Endpoint {
   public:
-    // Every request that is not a repetition, ACK included. Both references hold during the call alone.
+    // Every request that is not a repetition, ACK included. Both references are valid only during the call.
     using RequestHandler = std::function<void(const SIP_CODE_MSG &request, const Peer &from)>;
-    // Every response to a request that was sent; null when none came in time.
+    // Every response to a request of this side. Null if none came in time.
     using ResponseHandler = std::function<void(const SIP_CODE_MSG *response, const Peer &from)>;
 
     Endpoint(asio::io_context &io, unsigned short port, Trace &trace, RequestHandler on_request);
@@ -41,21 +41,21 @@ class Endpoint {
         return transport_.reach(transport, address);
     }
 
-    // Sends a response that tells no more than its status.
+    // Sends a response that holds only its status.
     void respond(const ResponseHead &head, sip_code_method status);
-    // Sends a response; returns its text, for whoever sends it again before it is asked for.
+    // Sends a response. Returns its text, for callers that repeat it unasked.
     std::string respond(const ResponseHead &head, SIP_CODE_MSG &response);
     void respond_again(const ResponseHead &head, std::string_view text);
 
     // Sends a request until it is answered.
     void request(SIP_CODE_MSG request, const Peer &to, ResponseHandler on_response);
-    // Sends the ACK to a 2xx, and again whenever that comes again.
+    // Sends the ACK to a 2xx, and repeats it whenever the 2xx is repeated.
     void acknowledge(const SIP_CODE_MSG &response, SIP_CODE_MSG ack, const Peer &to);
 
     struct Counts {
         std::uint64_t received = 0;
-        std::uint64_t refused = 0;  // by the codec, to read or to write
-        std::uint64_t repeated = 0; // requests that came again
+        std::uint64_t refused = 0;  // by the decoder or by the encoder
+        std::uint64_t repeated = 0; // requests received again
         std::uint64_t sent = 0;
         std::uint64_t sent_again = 0;
     };
@@ -70,7 +70,7 @@ class Endpoint {
     void acknowledge_refusal(const ClientTransaction &transaction);
     void give_up(const ClientTransaction &transaction);
     void send_later(ClientTransaction &transaction);
-    // Returns the text that was sent, empty when the codec refuses the record.
+    // Returns the text that was sent. It is empty if the codec refuses the record.
     std::string send(SIP_CODE_MSG &message, const Peer &to);
     void fill_own(SIP_CODE_MSG &request, const Peer &to);
 

@@ -6,7 +6,7 @@
 namespace {
 
 constexpr std::size_t capacity = 16384;
-constexpr std::chrono::seconds lifetime{32}; // 64 times T1: by then nobody asks again (RFC 3261 section 17.2.2)
+constexpr std::chrono::seconds lifetime{32}; // 64 times T1: no repetition comes later (RFC 3261 section 17.2.2)
 
 } // namespace
 

@@ -1,4 +1,4 @@
-// Messages that may have to be sent again, by what they are asked for with. Bounded in number and time: the oldest goes first.
+// Messages that may have to be sent again, by a key. They are bounded in number and time; the oldest is dropped first.
 #pragma once
 
 #include <chrono>
@@ -9,10 +9,10 @@
 
 class KeptMessages {
   public:
-    // Takes the place of what was kept under this name, for the rest of its time.
+    // Replaces what was kept under this key, for the rest of its time.
     void keep(const std::string &name, std::string message);
 
-    // Null when there is none.
+    // Null if there is none.
     const std::string *find(const std::string &name) const;
 
   private:
@@ -24,5 +24,5 @@ class KeptMessages {
     };
 
     std::unordered_map<std::string, std::string> messages_;
-    std::deque<Turn> turns_; // one for each message, from when its name was first kept
+    std::deque<Turn> turns_; // one for each message, from when its key was first kept
 };

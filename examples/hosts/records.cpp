@@ -28,7 +28,7 @@ int status_code(const SIP_CODE_MSG &response) {
 
 namespace {
 
-// Takes the first tag off a list, with the blanks around it.
+// Removes the first tag from a list, with the blanks around it.
 std::string_view take_tag(std::string_view &tags) {
     const std::size_t comma = std::min(tags.find(','), tags.size());
     std::string_view tag = tags.substr(0, comma);

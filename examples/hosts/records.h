@@ -7,27 +7,27 @@
 
 #include <sipcode/code.h>
 
-// Copies a text into a member, cut to what the member holds.
+// Copies a text into a member. Cuts it if it is too long.
 template <std::size_t N>
 void set_text(char (&member)[N], std::string_view text) {
     member[text.copy(member, N - 1)] = '\0';
 }
 
-// "180 Ringing", "INVITE"; "unknown" for what the codec does not know.
+// "180 Ringing", "INVITE"; "unknown" for an identifier outside the table.
 std::string_view name_of(int method);
 
-// A request whose method the codec knows and whose CSeq agrees with it.
+// Whether this is a request with a known method and the same method in its CSeq.
 bool is_request(const SIP_CODE_MSG &message);
 bool is_response(const SIP_CODE_MSG &message);
 
-// The status code of a response: 180.
+// The status code of a response, such as 180.
 int status_code(const SIP_CODE_MSG &response);
 
-// True when a list of option tags, as in Supported, names this one.
+// Whether a list of option tags, as in Supported, holds this one.
 bool lists(std::string_view tags, std::string_view wanted);
 
-// True when every option tag of wanted is in tags.
+// Whether every option tag of wanted is in tags.
 bool lists_all(std::string_view tags, std::string_view wanted);
 
-// What a peer wrote must not reach a terminal as a control sequence.
+// Text of a peer without its control characters, which must not reach a terminal.
 std::string printable(std::string_view text);

@@ -1,7 +1,7 @@
 // Offer and answer, see session.h.
 //
-// The record has the codecs and payload numbers of an offer. Where its streams differ in direction or address it cannot tell, so
-// these are looked up in the text of each stream.
+// The record holds the codecs and payload numbers of an offer. It does not show if the streams differ in direction or
+// address, so these are read from the text of each stream.
 #include "session.h"
 
 #include <algorithm>
@@ -16,10 +16,10 @@
 
 namespace {
 
-// --------------------------------------------------------------------------------------------------- text of the streams
+// ------------------------------------------------------------------------------------------------- text of the streams
 
 struct Description {
-    std::string_view session; // what stands before the first stream
+    std::string_view session; // the lines before the first stream
     std::vector<std::string_view> streams;
 };
 
@@ -64,7 +64,7 @@ bool is_answerable(const Description &offer) {
            (streams.size() == 2 && is_stream(streams[0], "audio") && is_stream(streams[1], "video"));
 }
 
-// ------------------------------------------------------------------------------------------------------------- direction
+// ----------------------------------------------------------------------------------------------------------- direction
 
 enum Flow : unsigned { none = 0, sends = 1, receives = 2, both = 3 };
 
@@ -78,8 +78,8 @@ std::optional<unsigned> flow_in(std::string_view text) {
     return std::nullopt;
 }
 
-// Index of the direction that answers a stream: what the other side sends is received, and nothing is sent to one that does
-// not receive or that has no address.
+// Index of the direction that answers a stream. What the other side sends is received. Nothing is sent to a side that
+// does not receive or has no address.
 int answer_direction(const Description &offer, std::string_view stream) {
     unsigned flow = flow_in(stream).value_or(flow_in(offer.session).value_or(both));
     constexpr std::string_view no_address = "c=IN IP4 0.0.0.0";
@@ -90,7 +90,7 @@ int answer_direction(const Description &offer, std::string_view stream) {
     return static_cast<int>(std::find(std::begin(flows), std::end(flows), answer) - std::begin(flows));
 }
 
-// ----------------------------------------------------------------------------------------------------------------- audio
+// --------------------------------------------------------------------------------------------------------------- audio
 
 const CODEC_RTPMAP *find_payload(const SIP_SDP &sdp, e_codec codec) {
     const auto *const found = std::find_if(std::begin(sdp.rtpmap), std::end(sdp.rtpmap),
@@ -98,7 +98,7 @@ const CODEC_RTPMAP *find_payload(const SIP_SDP &sdp, e_codec codec) {
     return found != std::end(sdp.rtpmap) ? found : nullptr;
 }
 
-// Goes behind the lines that the encoder makes of the codecs.
+// Follows the lines that the encoder writes for the codecs.
 void describe_events(SIP_SDP &sdp, int payload) { set_text(sdp.a_content, fmt::format("a=fmtp:{} 0-15\r\n", payload)); }
 
 // The first codec in common; the payload numbers are those of the offer.
@@ -125,7 +125,7 @@ bool answer_audio(const SIP_SDP &offer, const Media &media, SIP_SDP &sdp) {
     return true;
 }
 
-// ----------------------------------------------------------------------------------------------------------------- video
+// --------------------------------------------------------------------------------------------------------------- video
 
 constexpr std::string_view video_codecs[] = {"H264/90000", "H263/90000", "H263-1998/90000", "H261/90000"};
 
@@ -135,7 +135,7 @@ bool can_show(std::string_view stream, int payload) {
     });
 }
 
-// What the offer says of one payload.
+// The attributes of one payload in the offer.
 std::string payload_lines(std::string_view stream, int payload) {
     std::string kept;
     for (const std::string_view line : lines_of(stream))
@@ -145,7 +145,7 @@ std::string payload_lines(std::string_view stream, int payload) {
     return kept;
 }
 
-// The first video codec in common, or port 0, which turns the stream down.
+// The first video codec in common, or port 0, which refuses the stream.
 void answer_video(const SIP_SDP &offer, const Description &text, const Media &media, SIP_SDP &sdp) {
     const std::string_view stream = text.streams[1];
     sdp.v_use = 1;

@@ -6,20 +6,21 @@
 
 #include <sipcode/code.h>
 
-// Where the streams of this side go and what it can play. The examples send and receive no media.
+// The address and codecs of this side. The examples send and receive no media.
 struct Media {
     std::string ip = "127.0.0.1";
     int port = 40000;
     std::vector<e_codec> codecs = {G711_A, G711_U, G729, G722, GSM, ILBC};
 };
 
-// Writes the answer to the offer that a request carries into sdp. False when none can be given: no codec in common, or streams
-// that the record cannot tell apart: other than one audio stream with at most one video stream behind it, both RTP/AVP.
+// Writes the answer to the offer of a request into sdp. Returns false if there is none: without a common codec, or with
+// streams that the record cannot tell apart. It takes one audio stream and at most one video stream after it, both
+// RTP/AVP.
 bool answer_offer(const SIP_CODE_MSG &request, const Media &media, SIP_SDP &sdp);
 
 SIP_SDP make_offer(const Media &media);
 
 bool has_session(const SIP_CODE_MSG &message);
 
-// Makes the description the body of a message. Each one that a side sends in a session has a higher version.
+// Makes the description the body of a message. Each description that a side sends in a session has a higher version.
 void set_session(SIP_CODE_MSG &message, const SIP_SDP &sdp, long version);

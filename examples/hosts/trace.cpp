@@ -31,7 +31,7 @@ std::string session(const SIP_SDP &sdp) {
     return text;
 }
 
-// Collects what is worth telling, divided by ", ".
+// Collects the notes of a message, separated by ", ".
 class Details {
   public:
     template <class... Values>

@@ -1,4 +1,4 @@
-// The ladder of messages, each with what the codec made of it, as they come and go.
+// The ladder of messages, each with what the codec read in it, as they are sent and received.
 #pragma once
 
 #include <cstdio>
@@ -11,8 +11,8 @@
 
 enum class Direction { in, out };
 
-// What a host prints. The codec prints the video section of every session description on standard output; that goes nowhere
-// once this object took the output over.
+// What a host prints. The codec prints the video section of every session description to standard output. This object
+// takes standard output over and discards that.
 class Output {
   public:
     Output();

@@ -16,9 +16,9 @@ using asio::ip::udp;
 namespace {
 
 constexpr std::size_t max_connections = 1000;
-constexpr std::size_t max_unsent = 1000; // messages that wait for a peer which does not read
+constexpr std::size_t max_unsent = 1000; // messages waiting for a peer that does not read
 
-// One port for both transports. A free one of UDP may be taken in TCP, so a few are tried.
+// One port for both transports. A port that is free for UDP may be taken for TCP, so a few are tried.
 void bind_both(unsigned short port, udp::socket &udp_socket, tcp::acceptor &acceptor) {
     constexpr int tries = 20;
     const auto loopback = asio::ip::address_v4::loopback();
@@ -45,7 +45,7 @@ udp::endpoint address_of(const tcp::socket &socket) {
 
 } // namespace
 
-// A connection lives while the transport lists it. What it reads is kept until it makes a whole message.
+// A connection lives while the transport lists it. It keeps what it reads until a message is whole.
 class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
   public:
     TcpConnection(Transport &transport, tcp::socket socket)
@@ -77,7 +77,7 @@ class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
     }
 
   private:
-    // False when the stream cannot be read on.
+    // Returns false if the stream cannot be read further.
     bool take(std::size_t length) {
         unread_.append(chunk_.data(), length);
         std::string_view rest = unread_;
@@ -152,7 +152,7 @@ void Transport::send(std::string_view message, const Peer &to) {
 
 void Transport::receive() {
     udp_.async_receive_from(asio::buffer(datagram_), sender_, [this](std::error_code error, std::size_t length) {
-        // An error tells of an earlier datagram that did not arrive.
+        // An error reports an earlier datagram that did not arrive.
         if (!error)
             on_message_({datagram_.data(), length}, {E_UDP, sender_, {}});
         receive();

@@ -1,4 +1,4 @@
-// UDP and TCP on the loopback address: datagrams and streams into messages, messages out.
+// UDP and TCP on the loopback address: messages out of datagrams and streams, and messages to send.
 #pragma once
 
 #include <array>
@@ -17,11 +17,11 @@
 
 class TcpConnection;
 
-// Where a message came from, and so where its answer goes.
+// The source of a message, to which its answer goes.
 struct Peer {
     TRANS_TYPE_E transport = E_UDP;
     asio::ip::udp::endpoint address;
-    std::weak_ptr<TcpConnection> connection; // of TCP alone
+    std::weak_ptr<TcpConnection> connection; // TCP only
 };
 
 std::string to_string(const Peer &peer);
@@ -30,16 +30,16 @@ class Transport {
   public:
     using MessageHandler = std::function<void(std::string_view message, const Peer &from)>;
 
-    // Listens on the port, or on a free one when it is 0.
+    // Listens on the port, or on a free one if it is 0.
     Transport(asio::io_context &io, unsigned short port, MessageHandler on_message);
     ~Transport();
 
     unsigned short port() const;
 
-    // A peer for messages of our own; for TCP it is connected.
+    // A peer for requests of this side. For TCP it is connected.
     Peer reach(TRANS_TYPE_E transport, const asio::ip::udp::endpoint &address);
 
-    // Like a datagram, a message for a connection that is gone is lost.
+    // A message for a closed connection is lost, as a datagram may be.
     void send(std::string_view message, const Peer &to);
 
   private:
