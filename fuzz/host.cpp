@@ -32,7 +32,7 @@ int MT_Log_Process(int, int, int, const char *format, ...) {
     return 0;
 }
 
-// Every document is the same text; its type tells how wrong the host is about the length.
+// Every document is the same text. Its type is the error in the length that the host reports.
 int Xml_Encode(pXmldoc document, char *out, int *room) {
     constexpr char text[] = "<a/>";
     std::memcpy(out, text, sizeof text);

@@ -11,29 +11,22 @@
 
 namespace fuzz {
 
-// ---------------------------------------------------------------------------------------------------------------------
-
 namespace {
 
-void show(const Leaf &leaf, const SIP_CODE_MSG &record) {
-    if (leaf.is_text())
-        std::fprintf(stderr, "  %s=\"%.*s\"\n", leaf.path, static_cast<int>(text_of(leaf, record).size()),
-                     text_of(leaf, record).data());
-    else if (leaf.member->kind == sipcode::Kind::number)
-        std::fprintf(stderr, "  %s=%ld\n", leaf.path, sipcode::number_of(*leaf.member, leaf.in(record)));
-    else
-        std::fprintf(stderr, "  %s\n", leaf.path);
+constexpr unsigned char stale = 0xA5; // a decode leaves no member full of it
+
+void demand_of(const Leaf &leaf, bool holds, const char *reason) {
+    if (!holds)
+        std::fprintf(stderr, "%s\n", leaf.path);
+    demand(holds, reason);
 }
 
 } // namespace
 
 void demand_equal_within(std::string_view member, const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
     for (const Leaf &leaf : leaves())
-        if (is_within(member, leaf) && !equal(leaf, a, b)) {
-            show(leaf, a);
-            show(leaf, b);
-            demand(false, reason);
-        }
+        if (is_within(member, leaf))
+            demand_of(leaf, equal(leaf, a, b), reason);
 }
 
 void demand_equal(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reason) {
@@ -42,10 +35,8 @@ void demand_equal(const SIP_CODE_MSG &a, const SIP_CODE_MSG &b, const char *reas
 
 void demand_terminated_texts(const SIP_CODE_MSG &record) {
     for (const Leaf &leaf : leaves())
-        if (leaf.is_text() && text_of(leaf, record).size() == leaf.member->size) {
-            show(leaf, record);
-            demand(false, "a decoded text is terminated");
-        }
+        demand_of(leaf, !leaf.is_text() || text_of(leaf, record).size() < leaf.member->size,
+                  "a decoded text is terminated");
 }
 
 const SIP_CODE_MSG &without_hidden_bytes(const SIP_CODE_MSG &record) {
@@ -54,7 +45,8 @@ const SIP_CODE_MSG &without_hidden_bytes(const SIP_CODE_MSG &record) {
     memory = allocate(sizeof record);
 #if defined(__has_feature)
 #if __has_feature(memory_sanitizer)
-    // It takes the index of a mask's lowest set bit as undefined if any higher bit is undefined. valgrind does not.
+    // MemorySanitizer takes the index of a mask's lowest set bit as undefined if any higher bit is undefined; valgrind
+    // does not.
     std::memset(memory, 'x', sizeof record);
 #endif
 #endif
@@ -71,8 +63,6 @@ const SIP_CODE_MSG &without_hidden_bytes(const SIP_CODE_MSG &record) {
 
 namespace {
 
-constexpr unsigned char stale = 0xA5; // nothing that a decode leaves in a whole member
-
 void judge_dump(const SIP_CODE_MSG &record) {
     static Arena pages(SIP_DUMP_SIZE);
     static SIP_CODE_MSG shown;
@@ -86,7 +76,7 @@ void judge_dump(const SIP_CODE_MSG &record) {
 
 void judge_place(std::string_view text, int at, int line, int column) {
     if (at < 0)
-        return demand(at == -1 && line == 0 && column == 0, "what stands nowhere has no line");
+        return demand(at == -1 && line == 0 && column == 0, "what is nowhere in the text has no line");
     demand(static_cast<std::size_t>(at) <= text.size(), "a place is in the text");
     const std::string_view before = text.substr(0, static_cast<std::size_t>(at));
     demand(line == 1 + std::count(before.begin(), before.end(), '\n'), "a place has its line");
@@ -97,7 +87,7 @@ void judge_cut(std::string_view text, const SIP_DECODE_CUT &cut) {
     demand(cut.kept < cut.length, "what was cut was longer");
     judge_place(text, cut.at, cut.line, cut.column);
     if (cut.at >= 0)
-        demand(static_cast<std::size_t>(cut.at) + cut.length <= text.size(), "what was cut stands in the text");
+        demand(static_cast<std::size_t>(cut.at) + cut.length <= text.size(), "what was cut is in the text");
     if (cut.member == -1)
         return;
     const auto takes = [&cut](const Leaf &leaf) {
@@ -109,7 +99,7 @@ void judge_cut(std::string_view text, const SIP_DECODE_CUT &cut) {
 void judge_report(std::string_view data, const SIP_DECODE_REPORT &report) {
     const std::size_t end = std::min(data.find('\0'), data.size());
     const std::string_view text = data.substr(0, std::min<std::size_t>(end, SIP_LONGEST_MESSAGE));
-    demand(report.left_out == (end > SIP_LONGEST_MESSAGE ? 1 : 0), "the report tells of what was left out");
+    demand(report.left_out == (end > SIP_LONGEST_MESSAGE ? 1 : 0), "the report says whether text was left out");
     demand(std::strlen(report.header) < 32, "a header has a name");
     demand((report.at == -1) == (report.outcome == SIP_DECODE_DONE), "a refusal has a place");
     judge_place(text, report.at, report.line, report.column);
@@ -118,7 +108,7 @@ void judge_report(std::string_view data, const SIP_DECODE_REPORT &report) {
         judge_cut(text, report.cuts[i]);
 }
 
-// By length, into a record that is not clear: as the plain entry point, which decoded the same text.
+// Decodes by length, into a record that is not clear. The results are those of the plain decoder.
 void judge_buffer(std::string_view data, int result, const SIP_CODE_MSG &plain) {
     static Arena data_pages(longest_input);
     static Arena record_pages(sizeof(SIP_CODE_MSG));
@@ -129,20 +119,20 @@ void judge_buffer(std::string_view data, int result, const SIP_CODE_MSG &plain) 
     auto &record = *reinterpret_cast<SIP_CODE_MSG *>(record_pages.fill(sizeof(SIP_CODE_MSG), stale, side));
     auto &report = *reinterpret_cast<SIP_DECODE_REPORT *>(report_pages.fill(sizeof(SIP_DECODE_REPORT), stale, side));
     const int outcome = SIP_Decode_Buffer(bytes, data.size(), &record, &report);
-    demand(outcome == report.outcome, "the report tells the outcome");
+    demand(outcome == report.outcome, "the report has the outcome");
     demand(outcome == SIP_DECODE_DONE || (outcome <= SIP_DECODE_NO_START_LINE && outcome >= SIP_DECODE_NO_VIA),
            "an outcome that is listed");
-    demand((outcome == SIP_DECODE_DONE) == (result == 1), "both entry points refuse the same messages");
+    demand((outcome == SIP_DECODE_DONE) == (result == 1), "both decoders refuse the same messages");
     demand(data.empty() || std::memcmp(bytes, data.data(), data.size()) == 0, "the data is as it was");
     data_pages.demand_intact();
     record_pages.demand_intact();
     report_pages.demand_intact();
-    demand_equal(plain, record, "both entry points decode the same members");
+    demand_equal(plain, record, "both decoders give the same members");
     judge_report(data, report);
 
     record_pages.undefined(sizeof(SIP_CODE_MSG), side);
-    demand(SIP_Decode_Buffer(bytes, data.size(), &record, nullptr) == outcome, "a report changes nothing");
-    demand_equal(plain, record, "a report changes nothing");
+    demand(SIP_Decode_Buffer(bytes, data.size(), &record, nullptr) == outcome, "decoding is the same without a report");
+    demand_equal(plain, record, "decoding is the same without a report");
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// What the fuzz targets judge by. A violation ends the process, which is what a fuzzer looks for.
+// The judges that the fuzz targets share. A violation ends the process, which a fuzzer reports.
 //
 // The targets also run under MemorySanitizer, which needs all code but libc instrumented. So they use only header-only
 // parts of the C++ library.
@@ -25,7 +25,7 @@ void demand_equal_within(std::string_view member, const SIP_CODE_MSG &a, const S
 
 void demand_terminated_texts(const SIP_CODE_MSG &record);
 
-// A copy that holds nothing behind the terminators of its texts, valid until the next one.
+// A copy that holds nothing after the terminators of its texts, valid until the next one.
 const SIP_CODE_MSG &without_hidden_bytes(const SIP_CODE_MSG &record);
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -42,5 +42,5 @@ Decoded decode(std::string_view text);
 
 } // namespace fuzz
 
-// What each target defines. The text is any bytes.
+// Each target defines this. The input is any bytes.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char *data, std::size_t size);
