@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <sipcode/safe.h>
 
-#include "support/cases.h"
 #include "support/guarded.h"
 
 namespace {
@@ -39,32 +38,18 @@ std::string of_headers(std::size_t length, std::size_t body) {
 
 constexpr std::size_t whole = std::string::npos; // all of the data
 
-struct FrameCase {
-    std::string title;
+const struct {
+    const char *title;
     std::string data;
     int outcome;
     std::size_t length = 0;
-};
-
-void PrintTo(const FrameCase &row, std::ostream *out) { *out << row.title; }
-
-class Frames : public testing::TestWithParam<FrameCase> {};
-
-TEST_P(Frames, are_found) {
-    const FrameCase &row = GetParam();
-    EXPECT_EQ(frame(row.data), (Framed{row.outcome, row.length == whole ? row.data.size() : row.length}));
-}
-
-const FrameCase keep_alives[] = {
+} frames[] = {
     {"nothing yet", "", SIP_FRAME_MORE},
     {"CR LF", "\r\n", SIP_FRAME_KEEP_ALIVE, 2},
     {"line ends before a message", "\r\n\n\r\n" + four, SIP_FRAME_KEEP_ALIVE, 5},
-    {"CR behind CR LF", "\r\n\r", SIP_FRAME_KEEP_ALIVE, 2},
+    {"CR after CR LF", "\r\n\r", SIP_FRAME_KEEP_ALIVE, 2},
     {"CR before a message is an empty start line", "\r" + four, SIP_FRAME_NO_LENGTH},
-};
-INSTANTIATE_TEST_SUITE_P(KeepAlive, Frames, testing::ValuesIn(keep_alives), Title());
 
-const FrameCase ends[] = {
     {"a message", four + "v=0\n", SIP_FRAME_COMPLETE, whole},
     {"a message before another", start + body_of(0) + four, SIP_FRAME_COMPLETE, start.size() + body_of(0).size()},
     {"a byte of the body missing", four + "v=0", SIP_FRAME_MORE},
@@ -77,67 +62,60 @@ const FrameCase ends[] = {
     {"a comma two before LF joins the first of two LF", start + "\nl: 1\nX: ,a\n\nY: b\n\nx", SIP_FRAME_COMPLETE,
      whole},
     {"a comma that joins the first line", ",a\n\nl: 0\n\n", SIP_FRAME_COMPLETE, whole},
-};
-INSTANTIATE_TEST_SUITE_P(End, Frames, testing::ValuesIn(ends), Title());
 
-const FrameCase limits[] = {
     {"longest header section", of_headers(4095, 0), SIP_FRAME_COMPLETE, whole},
     {"header section one longer", of_headers(4096, 0), SIP_FRAME_LONG_HEADERS},
     {"longest message", of_headers(4000, 95) + std::string(95, 'b'), SIP_FRAME_COMPLETE, whole},
     {"message one longer", of_headers(4000, 96) + std::string(96, 'b'), SIP_FRAME_LONG_MESSAGE, 4096},
     {"body of two gigabytes", of_headers(100, 2147483647), SIP_FRAME_LONG_MESSAGE, 2147483747},
     {"no line end at all", std::string(4095, 'x'), SIP_FRAME_LONG_HEADERS},
-};
-INSTANTIATE_TEST_SUITE_P(Limit, Frames, testing::ValuesIn(limits), Title());
 
-const FrameCase nuls[] = {
     {"a NUL in the header section", start + nul, SIP_FRAME_NUL},
     {"a NUL in the header section comes before its lengths", start + nul + "\r\nl: x\r\n\r\n", SIP_FRAME_NUL},
-    {"a NUL behind 4094 bytes of headers", std::string(4094, 'x') + nul, SIP_FRAME_NUL},
-    {"a NUL behind 4095 bytes of headers", std::string(4095, 'x') + nul, SIP_FRAME_LONG_HEADERS},
+    {"a NUL after 4094 bytes of headers", std::string(4094, 'x') + nul, SIP_FRAME_NUL},
+    {"a NUL after 4095 bytes of headers", std::string(4095, 'x') + nul, SIP_FRAME_LONG_HEADERS},
     {"a NUL in the body", four + "a" + nul, SIP_FRAME_NUL, four.size() + 4},
-    {"a NUL behind the body", four + "abcd" + nul, SIP_FRAME_COMPLETE, four.size() + 4},
-};
-INSTANTIATE_TEST_SUITE_P(Nul, Frames, testing::ValuesIn(nuls), Title());
-
-// What a Content-Length line, or several, make of a message with a body of any length.
-struct LengthCase {
-    std::string title;
-    std::string lines; // between start line and empty line
-    int outcome;
-    std::size_t body = 0;
+    {"a NUL after the body", four + "abcd" + nul, SIP_FRAME_COMPLETE, four.size() + 4},
 };
 
-void PrintTo(const LengthCase &row, std::ostream *out) { *out << row.title; }
-
-class Lengths : public testing::TestWithParam<LengthCase> {};
-
-TEST_P(Lengths, are_read) {
-    const LengthCase &row = GetParam();
-    const std::string headers = start + "\r\n" + row.lines + "\r\n";
-    const std::size_t length = row.outcome == SIP_FRAME_COMPLETE ? headers.size() + row.body : 0;
-    EXPECT_EQ(frame(headers + std::string(100, 'b')), (Framed{row.outcome, length}));
+TEST(Frame, is_found) {
+    for (const auto &[title, data, outcome, length] : frames)
+        EXPECT_EQ(frame(data), (Framed{outcome, length == whole ? data.size() : length})) << title;
 }
 
-const LengthCase lengths[] = {
+// What the lines between start line and empty line make of a message with a body of 100 bytes.
+const struct {
+    const char *title;
+    std::string lines;
+    int outcome;
+    std::size_t body = 0;
+} lengths[] = {
     {"in any letter case", "cOnTeNt-LENGTH: 7\r\n", SIP_FRAME_COMPLETE, 7},
     {"blanks before the colon", "Content-Length \t: 7\r\n", SIP_FRAME_COMPLETE, 7},
     {"blanks around the value", "l:\t\x01 7 \t\x1F \r\n", SIP_FRAME_COMPLETE, 7},
     {"twice the same, written differently", "l: 7\r\nX: y\r\nContent-Length: 07\r\n", SIP_FRAME_COMPLETE, 7},
     {"behind a comma that joins lines", "X: a,\r\nl: 7\r\n", SIP_FRAME_COMPLETE, 7},
-    {"another behind a comma that joins lines", "l: 7\r\nX: a,\r\nl: 8\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
+    {"another after a comma that joins lines", "l: 7\r\nX: a,\r\nl: 8\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
     {"none", "X: y\r\n", SIP_FRAME_NO_LENGTH},
     {"a longer name", "Content-Lengthy: 7\r\nll: 7\r\n", SIP_FRAME_NO_LENGTH},
     {"differing", "l: 7\r\nl: 8\r\n", SIP_FRAME_DIFFERENT_LENGTHS},
     {"empty", "l:\r\n", SIP_FRAME_BAD_LENGTH},
     {"negative", "l: -7\r\n", SIP_FRAME_BAD_LENGTH},
-    {"something behind it", "l: 7;x\r\n", SIP_FRAME_BAD_LENGTH},
+    {"something after it", "l: 7;x\r\n", SIP_FRAME_BAD_LENGTH},
     {"a comma that joins lines", "l: 7,\r\nX: y\r\n", SIP_FRAME_BAD_LENGTH},
-    {"a CR behind it", "l: 7\rx\r\n", SIP_FRAME_BAD_LENGTH},
+    {"a CR after it", "l: 7\rx\r\n", SIP_FRAME_BAD_LENGTH},
     {"one too large", "l: 2147483648\r\n", SIP_FRAME_BAD_LENGTH},
     {"thousands of digits", "l: " + std::string(3000, '9') + "\r\n", SIP_FRAME_BAD_LENGTH},
 };
-INSTANTIATE_TEST_SUITE_P(Stated, Lengths, testing::ValuesIn(lengths), Title());
+
+TEST(Frame, has_the_stated_length) {
+    for (const auto &[title, lines, outcome, body] : lengths) {
+        const std::string headers = start + "\r\n" + lines + "\r\n";
+        EXPECT_EQ(frame(headers + std::string(100, 'b')),
+                  (Framed{outcome, outcome == SIP_FRAME_COMPLETE ? headers.size() + body : 0}))
+            << title;
+    }
+}
 
 TEST(Frame, null_arguments) {
     std::size_t length = 4711;

@@ -1,4 +1,4 @@
-// Every limit at its last character and one past it: message, lines, members, and how far a value is looked at.
+// Every limit at its last character and one past it: message, lines, members, and how much of a value is read.
 #include <gtest/gtest.h>
 
 #include "support/cases.h"
@@ -13,19 +13,17 @@ const std::string six_lines = start + via + "f: tel:\r\nt: tel:\r\n";
 const std::string end = "\r\n\r\n";
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Members: so many characters of a text that stands between the two others are kept.
-
-struct Limit {
-    std::string title;
-    std::string member;
-    std::size_t longest;
-    std::string before;
-    std::string after;
-};
+// Members: how many characters of the text between the two others are kept.
 
 const std::string request_tail = " SIP/2.0\r\nCall-ID: c\r\nCSeq: 1 OPTIONS\r\n" + via + "\r\n";
 
-const Limit limits[] = {
+const struct {
+    const char *title;
+    const char *member;
+    std::size_t longest;
+    std::string before;
+    std::string after;
+} limits[] = {
     {"user of the request URI", "uri.user", 31, "OPTIONS sip:", "@h" + request_tail},
     {"user of a tel request URI", "uri.user", 31, "OPTIONS tel:", ";x" + request_tail},
     {"host of the request URI", "uri.addr.ip", 23, "OPTIONS sip:", ":1" + request_tail},
@@ -41,38 +39,32 @@ const Limit limits[] = {
      start + "Via: SIP/2.0/UDP h;branch=b,SIP/2.0/UDP h;branch=", end},
 };
 
-class MemberLimit : public testing::TestWithParam<Limit> {};
-
-TEST_P(MemberLimit, is_kept) {
-    const auto &[title, member, longest, before, after] = GetParam();
-    Members expected = decode(before + letters(longest - 1) + after).members;
-    for (auto &[path, value] : expected)
-        if (path == member)
-            value = letters(longest);
-    for (const std::size_t length : {longest, longest + 1, longest + 60}) {
-        const std::string text = before + letters(length) + after;
-        EXPECT_EQ(changes(expected, decode(text).members), "") << length;
-        expect_whole_members(text);
+TEST(Limits, characters_of_members) {
+    for (const auto &[title, member, longest, before, after] : limits) {
+        Members expected = decode(before + letters(longest - 1) + after).members;
+        for (auto &[path, value] : expected)
+            if (path == member)
+                value = letters(longest);
+        for (const std::size_t length : {longest, longest + 1, longest + 60}) {
+            const std::string text = before + letters(length) + after;
+            EXPECT_EQ(changes(expected, decode(text).members), "") << title << ", " << length;
+            expect_whole_members(text);
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Limits, MemberLimit, testing::ValuesIn(limits), Title());
-
 // ---------------------------------------------------------------------------------------------------------------------
-// Windows: of a value only so many characters are looked at. The mark is placed so that three characters behind it are
-// still inside.
+// Windows: how many characters of a value are read. The mark is placed so that three characters after it are read.
 
-struct Window {
-    std::string title;
-    std::string member;
+const struct {
+    const char *title;
+    const char *member;
     std::size_t size;
     std::string before;
-    std::string value; // what of it stands before the padding
+    std::string value; // its part before the padding
     std::string mark;
     std::string after = end;
-};
-
-const Window windows[] = {
+} windows[] = {
     {"From", "from.tag", 255, start + via + "From: ", "<sip:a@h>;p=", ";tag="},
     {"Contact", "contact.addr.port", 255, start + via + "Contact: ", "sip:a@", ":"},
     {"expiry of Contact", "expire.expires", 255, start + via + "Contact: ", "<sip:a@h>;p=", ";expires="},
@@ -86,16 +78,12 @@ const Window windows[] = {
     {"Min-SE", "min_se.minse", 63, start + via + "Min-SE: ", "", "00"},
 };
 
-class ValueWindow : public testing::TestWithParam<Window> {};
-
-TEST_P(ValueWindow, ends) {
-    const Window &row = GetParam();
-    const std::size_t padding = row.size - 3 - row.value.size() - row.mark.size();
-    const std::string value = row.value + repeat(padding, "0") + row.mark + "123456";
-    EXPECT_EQ(decode(row.before + value + row.after)[row.member], "123");
+TEST(Limits, characters_of_values_that_are_read) {
+    for (const auto &[title, member, size, before, start_of_value, mark, after] : windows) {
+        const std::string padding(size - 3 - start_of_value.size() - mark.size(), '0');
+        EXPECT_EQ(decode(before + start_of_value + padding + mark + "123456" + after)[member], "123") << title;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Limits, ValueWindow, testing::ValuesIn(windows), Title());
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Lines
@@ -138,9 +126,9 @@ TEST(Limits, characters_of_a_message) {
         EXPECT_EQ(decode(filled)["date.datetime"],
                   length > 5000 ? "(untouched)" : std::string("12345").substr(0, 4095 + 5 - length))
             << length;
-        const std::string behind = " SIP/2.0" + six_lines.substr(six_lines.find("\r\n"));
-        const std::string uri = "tel:" + letters(length - behind.size() - 12);
-        EXPECT_EQ(decode("OPTIONS " + uri + behind)["result"], length > 5000 ? "-1" : "1") << length;
+        const std::string rest = " SIP/2.0" + six_lines.substr(six_lines.find("\r\n"));
+        const std::string uri = "tel:" + letters(length - rest.size() - 12);
+        EXPECT_EQ(decode("OPTIONS " + uri + rest)["result"], length > 5000 ? "-1" : "1") << length;
     }
 }
 
