@@ -1,7 +1,6 @@
 // Encoding as the tests see it: a record in; the result, the text and what became of the record out.
 #pragma once
 
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,8 +36,6 @@ struct EncodedCase {
 };
 
 std::vector<EncodedCase> encoded_cases(const std::string &extension);
-
-inline void PrintTo(const EncodedCase &row, std::ostream *out) { *out << row.title; }
 
 // Compares the rows of data/encoded/<name>.lines with what is written. The first line sets members for all rows. A row
 // reads "method=BYE ; require.use=1 => Require: ". What follows the semicolon makes the change. "-To | To: <sip:h>"

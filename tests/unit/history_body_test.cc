@@ -1,7 +1,7 @@
 // History-Info, and the bodies that are no session description: DTMF and message-waiting summaries.
 #include <gtest/gtest.h>
 
-#include "support/cases.h"
+#include "support/decoding.h"
 #include "support/encoding.h"
 #include "support/guarded.h"
 #include "support/recording_host.h"
@@ -48,35 +48,6 @@ TEST(History, table) {
         Sip_Decode((message("BYE") + "\r\n").data(), &without);
         Sip_Decode((message("BYE") + header + "\r\n\r\n").data(), &with);
         EXPECT_EQ(changes(members_of(without, zero), members_of(with, zero)), changed) << header;
-    }
-}
-
-TEST(Dtmf, table) {
-    const std::string relay = "Content-Type: application/dtmf-relay\n\n";
-    const std::string no_signal = "0 Unable to retrieve DTMF signal from INFO message";
-    const struct {
-        std::string text;
-        std::string key;
-        std::string body; // as it is kept
-        std::string log = "";
-    } rows[] = {
-        {"c: APPLICATION/DTMF-RELAY\n\nx\nsignal= # \n", "1 # ", "x\\r\\nsignal= # \\r\\n"},
-        {relay + "Signal= \nSignals=1\nSignal =2\nSignal=3\nSignal=4", "1 3",
-         "Signal= \\r\\nSignals=1\\r\\nSignal =2\\r\\nSignal=3\\r\\nSignal=4"},
-        {relay + "Signal=" + letters(32), "1 " + letters(31), "Signal=" + letters(32)},
-        {relay + "Signal=", "(untouched) (untouched)", "Signal=", no_signal},
-        {relay + "Symbol=1\nSignal=5", "1 5", "Symbol=1\\r\\nSignal=5"},
-        {"Content-Type: application/DTMF\n\n 7 8 \n\n", "1  7 8", " 7 8"},
-        {"c: application/dtmf\n\n" + letters(32), "1 " + letters(31), letters(32)},
-        {"c: application/dtmf-relay;charset=utf-8\n\nSignal=5", "(untouched) (untouched)", "Signal=5"},
-        {"c: application/dtmf\nContent-Type:\n\n5\n", "(untouched) (untouched)", "5\\r\\n"},
-    };
-    for (const auto &[text, key, body, log] : rows) {
-        const Decoded decoded = decode(message("INFO") + wire(text));
-        EXPECT_EQ(decoded["info.use"] + " " + decoded["info.key"], key) << text;
-        EXPECT_EQ(decoded["xml_buf"], body) << text;
-        EXPECT_EQ(lines(decoded.log), log) << text;
-        expect_whole_members(message("INFO") + wire(text));
     }
 }
 

@@ -1,7 +1,8 @@
 // Texts that are no message, and messages at every alignment.
 #include <gtest/gtest.h>
 
-#include "support/cases.h"
+#include "support/decoding.h"
+#include "support/encoding.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ RSeq: 1
 Min-SE: 2
 
 )";
-const std::string samples[] = {Frame().text(invite), Frame().text(response)};
+const std::string samples[] = {wire(invite), wire(response)};
 
 TEST(Hostile, refused_and_silent) {
     for (const std::string &text :

@@ -1,7 +1,7 @@
 // Every limit at its last character and one past it: message, lines, members, and how much of a value is read.
 #include <gtest/gtest.h>
 
-#include "support/cases.h"
+#include "support/decoding.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
-// Single-valued headers: verbatim texts, numbers, CSeq and RAck.
+// Headers that are kept verbatim, and numbers.
 #include <gtest/gtest.h>
 
-#include "support/cases.h"
+#include "support/decoding.h"
 
 namespace {
 
@@ -91,75 +91,5 @@ TEST(Scalar, numbers_of_every_header) {
             EXPECT_EQ(text + "=" + value, row) << member;
         }
 }
-
-const Frame invite{start + call_id + cseq + rest, "\r\n\r\n", "None: 0"};
-const Case scalars[] = {
-    {"Max-Forwards without a number", "Max-Forwards: abc", "", "0 Decode max-forward : 'abc'"},
-    {"Max-Forwards a lone sign", "Max-Forwards: -", "", "0 Decode max-forward : '-'"},
-
-    {"RAck with white space of all kinds", "rack:1\t \v2 \f\t Bye more", "rack rack=1 cseq=2 method=8"},
-    {"RAck of two numbers", "RAck: 5 6", "rack rack=5 cseq=6 method=-1"},
-    {"RAck empty", "RAck:", "rack rack=0 cseq=0 method=-1"},
-    {"RAck without the second number", "RAck: 5 INVITE", "rack rack=5 cseq=0 method=-1"},
-    {"RAck with an unknown method", "RAck: 1 2 INVITED", "rack rack=1 cseq=2 method=0"},
-    {"RAck with a control byte that is no white space", "RAck: 1 2 \x01INVITE", "rack rack=1 cseq=2 method=0"},
-
-    {"Session-Expires compact", "x: 90", "session_expires use=1 sessionexpires=90"},
-    {"Session-Expires before the compact name", "X: 90;a=b\nSession-Expires: 91",
-     "session_expires use=1 sessionexpires=91"},
-    {"Session-Expires empty refresher",
-     "Session-Expires: 1;refresher=", "session_expires use=1 sessionexpires=1 refresher="},
-    {"Session-Expires of any parameter first", "Session-Expires: 1;foo=1;refresher=uas",
-     "session_expires use=1 sessionexpires=1 refresher=1;refre"},
-
-    {"Korvadex-Extern stands in for Korvadex", "Korvadex-Extern: 34", "korvadex=34 | korvadex_trunk=34"},
-    {"Content-Type empty hides the compact name", "Content-Type:\nc: a", "content use=1 type="},
-};
-INSTANTIATE_TEST_SUITE_P(Scalar, Decoding, in_frame(invite, scalars), Title());
-
-// ---------------------------------------------------------------------------------------------------------------------
-// Call-ID and CSeq
-
-// The Contact is an empty tel, so that only its parameters matter.
-const Frame expiry{start + call_id + cseq + rest, "\r\n\r\n", "Contact: <tel:>"};
-const Case expiries[] = {
-    {"Expires", "Expires: 60\nContact: <tel:>;expires=90", "expire expires=60"},
-    {"Expires of zero is not used", "Expires: 0\nContact: <tel:>;expires=90", "expire use=0 expires=0"},
-    {"Expires empty falls to the Contact", "Expires:\nContact: <tel:>;expires=90", "expire expires=90"},
-    {"Expires of the Contact inside its brackets", "Contact: <tel:;expires=+5>", "expire expires=5"},
-    {"Expires of the Contact behind a control byte", "Contact: <tel:>;expires=\0017", "expire use=0 expires=0"},
-    {"Expires of a compact Contact is not read", "m: <tel:>;expires=60", ""},
-};
-INSTANTIATE_TEST_SUITE_P(Expires, Decoding, in_frame(expiry, expiries), Title());
-
-const Frame calls{start + cseq + rest, "\r\n\r\n", "Call-ID: c"};
-const Case call_ids[] = {
-    {"verbatim", "call-id:  a@b;x ", "callid=a@b;x "},
-    {"empty hides the compact name", "Call-ID:\ni: d", "callid="},
-    {"compact name", "I: " + letters(127), "callid=" + letters(126)},
-    {"compact name loses against Call-ID", "i: d\nCall-ID: e", "callid=e"},
-    {"127 characters", "Call-ID: " + letters(127), "callid=" + letters(126)},
-};
-INSTANTIATE_TEST_SUITE_P(CallId, Decoding, in_frame(calls, call_ids), Title());
-
-const Frame sequence{start + call_id + rest, "\r\n\r\n", "CSeq: 1 INVITE"};
-const Case sequences[] = {
-    {"two blanks hide the method", "CSeq: 1  INVITE", "cseq method=0"},
-    {"a tab hides the method", "CSeq: 1\tINVITE", "cseq method=-1"},
-    {"no blank", "CSeq: 1INVITE", "cseq method=-1"},
-    {"the first blank counts wherever it is", "CSeq: 1x BYE", "cseq method=8"},
-    {"a status in place of the method", "CSeq: 1 200 OK", "cseq method=20"},
-    {"the first of two", "CSeq: 2 BYE\nCSeq: 3 ACK", "cseq seq=2 method=8"},
-};
-INSTANTIATE_TEST_SUITE_P(Cseq, Decoding, in_frame(sequence, sequences), Title());
-
-const Frame refused{start + call_id + rest, "\r\n\r\n", "none"};
-const Case refused_sequences[] = {
-    {"missing", "Cs: 1", "result=-1 | callid=c", "0 Decode Cseq : there is no cseq header '(null)'"},
-    {"blank before the colon", "CSeq : 1 INVITE", "result=-1 | callid=c",
-     "0 Decode Cseq : there is no cseq header '(null)'"},
-    {"empty", "CSeq:", "result=-1 | callid=c", "0 Decode Cseq : there is no seq in ''"},
-};
-INSTANTIATE_TEST_SUITE_P(CseqRefused, Decoding, in_frame(refused, refused_sequences), Title());
 
 } // namespace

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/cases.h"
+#include "support/decoding.h"
 #include "support/split_message.h"
 
 namespace {
@@ -41,6 +41,46 @@ TEST(Scan, copy_is_cut_to_its_room) {
     Copy_String(room.data(), "y", 0);
     Copy_String(nullptr, "y", 8);
     EXPECT_STREQ(room.data(), "xxxxxxx") << "no source, no room or no target changes nothing";
+}
+
+// A text and its decoded form.
+const char *const escapes =
+    "= | plain=plain | %41%5A%5a%7e=AZZ~ | %=% | %4=%4 | a%41=aA | %41b%=Ab% | %4G=\x04 | %4Gx=\x04x | %G1=%G1 | "
+    "%%41=%A | %25%34%31=%41 | %ffx=\xFFx | %FFx=\xFFx | a%00b=a | %0xb= | %0=%0 | % 4z=\x04z | %  41=A41 | "
+    "%\v\r4=\0044 | %  z=%  z | %  =%   | %\00141=%\00141 | %-1x=\xFFx | %+fx=\x0Fx | %-0x= | % -1=\3771 | "
+    "%-g=%-g | %--1=%--1 | %+-1=%+-1 | %:0%/0%@0%`0%g0=%:0%/0%@0%`0%g0";
+
+TEST(UriDecode, escapes) {
+    for (const std::string &row : entries(escapes)) {
+        const std::string text = row.substr(0, row.find('='));
+        const Guarded room(text.size() + 1, 0);
+        text.copy(room.data(), text.size());
+        Uri_Decode(room.data());
+        EXPECT_EQ(room.data(), row.substr(text.size() + 1)) << row;
+    }
+}
+
+TEST(Header, counts) {
+    const struct {
+        std::vector<std::string> header;
+        int vias;
+        int record_routes;
+    } rows[] = {
+        {{"INVITE", "To: x", "Vi: x", "v", "v :x", "ve: x", " Via: x", ""}, 0, 0},
+        {{"VIATOR", "V:"}, 2, 0},
+        {{"vIa:,", "v:x"}, 3, 0},
+        {{"Via: a,b,c,d"}, 2, 0},
+        {std::vector<std::string>(64, "v:"), 64, 0},
+        {{"Record-Rout", " Record-Route: a", "To: Record-Route", "Record-Route:", "record-ROUTEs", "x"}, 0, 2},
+        {std::vector<std::string>(64, "Record-Route:a,b"), 0, 64},
+    };
+    for (const auto &[header, vias, record_routes] : rows) {
+        SplitMessage split(header);
+        EXPECT_EQ(SIP_Decode_Judge_Via_Count(&split.message()), vias) << testing::PrintToString(header);
+        EXPECT_EQ(SIP_Decode_Judge_RecordRoute_Count(&split.message()), record_routes)
+            << testing::PrintToString(header);
+    }
+    EXPECT_EQ(SIP_Decode_Judge_RecordRoute_Count(nullptr), -1);
 }
 
 TEST(Header, lookup) {

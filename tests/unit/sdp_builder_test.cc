@@ -1,7 +1,7 @@
 // Session descriptions as they are written: generated, from content texts, for fax.
 #include <gtest/gtest.h>
 
-#include "support/cases.h"
+#include "support/decoding.h"
 #include "support/encoding.h"
 
 namespace {
@@ -13,11 +13,10 @@ std::string description(const SIP_CODE_MSG &record) {
     return text.substr(text.find("\r\n\r\n") + 4);
 }
 
-class Description : public testing::TestWithParam<EncodedCase> {};
-
-TEST_P(Description, is_written) { EXPECT_EQ(wire(GetParam().expected), description(record_of(GetParam().members))); }
-
-INSTANTIATE_TEST_SUITE_P(Encoded, Description, testing::ValuesIn(encoded_cases(".sdp")), Title());
+TEST(Description, is_written) {
+    for (const auto &[title, members, expected] : encoded_cases(".sdp"))
+        EXPECT_EQ(wire(expected), description(record_of(members))) << title;
+}
 
 TEST(Descriptions, change_with_their_members) { expect_line_changes("sdp", description); }
 

@@ -1,7 +1,7 @@
 // The status-code fallback for hosts that split messages themselves, and the record dump.
 #include <gtest/gtest.h>
 
-#include "support/cases.h"
+#include "support/decoding.h"
 #include "support/encoding.h"
 #include "support/guarded.h"
 
