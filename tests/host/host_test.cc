@@ -26,7 +26,7 @@ TEST(Host, reads_numbers_and_copies) {
         EXPECT_EQ(Str_Atoi(text), number) << text;
     char room[4] = "xyz";
     Str_N_Copy(room, "abcdef", 3);
-    EXPECT_EQ(std::memcmp(room, "ab\0\0", 4), 0) << "the terminator counts, and nothing is written behind it";
+    EXPECT_EQ(std::memcmp(room, "ab\0\0", 4), 0) << "the terminator counts, and nothing is written after it";
     Str_N_Copy(room, "q", 0);
     EXPECT_STREQ(room, "ab");
 }

@@ -137,7 +137,7 @@ TEST(Interop, stacks_read_what_the_record_holds) {
     }
 }
 
-// A packet is a message behind the name of the dissector that has to read it.
+// A packet is the name of the dissector that must read it, and a message.
 void write_capture(const std::string &file, const std::vector<Written> &messages) {
     const std::string dissector("\0\x0c\0\4sip\0\0\0\0\0", 12);
     const std::unique_ptr<pcap_t, void (*)(pcap_t *)> format(pcap_open_dead(DLT_WIRESHARK_UPPER_PDU, 65535),

@@ -87,6 +87,6 @@ void Arena::demand_intact() const {
     demand(std::all_of(fence_, fence_ + fence_size, [](char c) { return c == fence_byte; }), "no write out of bounds");
 }
 
-Arena::Side side_for(std::size_t number) { return number % 2 == 0 ? Arena::Side::behind : Arena::Side::before; }
+Arena::Side side_for(std::size_t number) { return number % 2 == 0 ? Arena::Side::after : Arena::Side::before; }
 
 } // namespace support

@@ -6,7 +6,7 @@
 
 namespace support {
 
-// Ends the process with the reason unless it holds.
+// Ends the process with the reason unless the condition holds.
 void demand(bool holds, const char *reason);
 
 // Pages between two unreadable ones, reused for each input. Data is placed against one of the two, so an access past
@@ -19,21 +19,21 @@ class Arena {
 
     std::size_t capacity() const { return room_; }
 
-    enum class Side { before, behind };
+    enum class Side { before, after };
 
-    // Memory of which every byte is as given.
-    char *fill(std::size_t size, unsigned char byte, Side guarded = Side::behind);
+    // Memory with this value in every byte.
+    char *fill(std::size_t size, unsigned char byte, Side guarded = Side::after);
 
-    // Memory that holds nothing yet: memory checkers tell when a byte of it counts.
-    char *undefined(std::size_t size, Side guarded = Side::behind);
+    // Undefined memory: memory checkers report if a byte of it is used.
+    char *undefined(std::size_t size, Side guarded = Side::after);
 
     // A copy.
-    char *copy(std::string_view bytes, Side guarded = Side::behind);
+    char *copy(std::string_view bytes, Side guarded = Side::after);
 
     // A copy with a terminator.
-    char *copy_terminated(std::string_view text, Side guarded = Side::behind);
+    char *copy_terminated(std::string_view text, Side guarded = Side::after);
 
-    // Demands that the bytes around what was placed last are as they were.
+    // Demands that the bytes beside the last data are unchanged.
     void demand_intact() const;
 
   private:
@@ -44,10 +44,10 @@ class Arena {
     char *fence_ = nullptr; // on the open side
 };
 
-// The two sides in turn, so that both are tried.
+// The two sides in turn.
 Arena::Side side_for(std::size_t number);
 
-// Fresh memory from the heap, which memory checkers know to be undefined.
+// Memory from the heap, which memory checkers know to be undefined.
 char *allocate(std::size_t size);
 
 } // namespace support

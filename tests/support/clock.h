@@ -1,4 +1,4 @@
-// The clock of the process, set by a test: time() stands still while one of these lives.
+// The clock of the process, set by a test. time() does not advance while one of these exists.
 #pragma once
 
 #include <ctime>

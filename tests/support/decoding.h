@@ -37,7 +37,7 @@ Decoded decode(std::string_view text, unsigned char before = stale);
 void expect_whole_members(std::string_view text);
 
 // The members that differ, those of one record on a line: "via branch=b rport untouched addr=h:5060". Host and port of
-// an address are one; "?" stands for one of them untouched.
+// an address are one; "?" is one of them untouched.
 std::string changes(const Members &from, const Members &to);
 
 // The entries of a list as the tables write it: "a | b", or on lines of their own.

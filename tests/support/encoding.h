@@ -28,7 +28,7 @@ Encoded encode_request(const SIP_CODE_MSG &record);
 Encoded encode_response(const SIP_CODE_MSG &record);
 std::string dump(const SIP_CODE_MSG &record);
 
-// A file of data/encoded: the members that are set stand in front of the empty line, what is written behind it.
+// A file of data/encoded: the members that are set, an empty line, and what is written.
 struct EncodedCase {
     std::string title;
     std::string members;
@@ -37,12 +37,12 @@ struct EncodedCase {
 
 std::vector<EncodedCase> encoded_cases(const std::string &extension);
 
-// Compares the rows of data/encoded/<name>.lines with what is written. The first line sets members for all rows. A row
-// reads "method=BYE ; require.use=1 => Require: ". What follows the semicolon makes the change. "-To | To: <sip:h>"
+// Compares the rows of data/encoded/<name>.lines with what is written. The first line sets members for all rows. In the
+// row "method=BYE ; require.use=1 => Require: ", the members after the semicolon make the change. "-To | To: <sip:h>"
 // replaces a line.
 void expect_line_changes(const std::string &name, std::string (*write)(const SIP_CODE_MSG &record));
 
-// A message as the tests write it: "\n" stands for CR LF.
+// A message as the tests write it, with "\n" for CR LF.
 std::string wire(std::string_view text);
 
 } // namespace support

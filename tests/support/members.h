@@ -27,7 +27,7 @@ struct Leaf {
 // All texts, numbers and pointers, in the order of the record.
 std::span<const Leaf> leaves();
 
-// The one with this path, null when there is none.
+// The one with this path; null if there is none.
 const Leaf *leaf_named(std::string_view path);
 
 // Texts count up to their terminator.
@@ -38,19 +38,19 @@ bool is_within(std::string_view member, const Leaf &leaf);
 
 std::string_view text_of(const Leaf &leaf, const SIP_CODE_MSG &record);
 
-// Stores a text, without a terminator when it fills the member; what is too long is cut.
+// Stores a text, without a terminator if it fills the member. Cuts a longer one.
 void set_text(const Leaf &leaf, SIP_CODE_MSG &record, std::string_view text);
 
-// Sets the members that a text names, all others to zero:
+// Sets the members that a text names and clears all others:
 //
-//   method=INVITE | cseq.seq=1   on lines, or parted by " | "; a value may be given by its name
+//   method=INVITE | cseq.seq=1   on lines, or separated by " | "; a value may be given by its name
 //   *=A5                         all bytes of the record, in hexadecimal digits
-//   callid=ims-a@b               a text is cut at the end of its member, and has no terminator when it fills it
+//   callid=ims-a@b               a longer text is cut; one that fills the member has no terminator
 //   via.branch=a\xFF\r\n         "\\" is a backslash
-//   uri.user=a\+                 the last character again and again, to the end of the member
-//   xml.xml=0                    a document; the number tells how wrong the host is about its length
+//   uri.user=a\+                 the last character, repeated to the end of the member
+//   xml.xml=0                    a document; the number is the host's error about its length
 //
-// Lines that name no member are passed over. Returns false if there was one.
+// Ignores lines that name no member. Returns false if there was one.
 bool read_record(std::string_view text, SIP_CODE_MSG &record);
 
 } // namespace support

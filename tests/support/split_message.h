@@ -1,4 +1,4 @@
-// A split message as a host makes it, of header lines alone: each cannot be written and ends at an unreadable page.
+// A split message as a host makes it, of header lines only. Each line ends at an unreadable page.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ namespace support {
 
 class SplitMessage {
   public:
-    // At most 64 lines. The entries behind them point nowhere.
+    // At most 64 lines. The entries after them are invalid.
     explicit SplitMessage(const std::vector<std::string> &header) : storage_(sizeof(SIP_MSG), 0xA5) {
         SIP_MSG &split = message();
         for (std::size_t i = 0; i < header.size(); ++i)

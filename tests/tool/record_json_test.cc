@@ -40,7 +40,7 @@ TEST(record_json, keeps_every_member) {
     }
 }
 
-TEST(record_json, tells_what_does_not_fit) {
+TEST(record_json, reports_what_does_not_fit) {
     struct {
         const char *json;
         const char *message; // empty: it fits
@@ -64,13 +64,13 @@ TEST(record_json, tells_what_does_not_fit) {
         {R"({"xml":{"xml":1}})", "xml.xml: expected null, not number"},
     };
     for (const auto &[json, message] : cases) {
-        std::string told;
+        std::string reported;
         try {
             sipcode::record_from_json(ordered_json::parse(json));
         } catch (const sipcode::RecordError &error) {
-            told = error.what();
+            reported = error.what();
         }
-        EXPECT_EQ(told, message) << json;
+        EXPECT_EQ(reported, message) << json;
     }
 }
 

@@ -1,8 +1,8 @@
-// What the encoders write of thousands of random records, hostile ones included, held against stored digests: every byte of
-// the text, and every member of the record afterwards.
+// What the encoders write of thousands of random records, hostile ones included, compared with stored digests: every
+// byte of the text, and every member of the record afterwards.
 //
-// tests/data/digests has a line for 50 records, four hexadecimal digits each. SIPCODE_STORE_DIGESTS=FILE stores anew
-// what is written now.
+// A line of tests/data/digests holds the digests of 50 records, four hexadecimal digits each.
+// SIPCODE_STORE_DIGESTS=FILE writes a new file.
 #include <cstring>
 #include <fstream>
 

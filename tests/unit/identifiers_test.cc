@@ -69,7 +69,7 @@ TEST(Branch, is_made_of_a_random_value_a_counter_three_times_and_the_local_time)
     for (const long count : {0, 1, 2}) {
         last = branch();
         EXPECT_TRUE(std::regex_match(last, std::regex("z9hG4bK-?[0-9]+"))) << last;
-        EXPECT_TRUE(ends_in(last, count)) << last << " is the next behind 65536";
+        EXPECT_TRUE(ends_in(last, count)) << last << " follows 65536";
     }
     EXPECT_GE(SIP_BRANCH_SIZE, std::string("z9hG4bK-2147483648" + repeat(3, "65536") + time).size() + 1);
 }

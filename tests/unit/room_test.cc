@@ -1,5 +1,5 @@
-// The stated size of each buffer is that of the longest text: no byte more, no byte less. A file of tests/data/longest holds the
-// numbers of the record that makes it; all its texts are full and have no terminator. The replays hold that no record makes more.
+// The stated size of each buffer is that of the longest text. A file of tests/data/longest holds the numbers of the
+// record that makes it; all its texts are full and unterminated. The replays check that no record makes a longer one.
 #include <cstring>
 #include <fstream>
 #include <iterator>

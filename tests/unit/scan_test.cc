@@ -98,7 +98,7 @@ TEST(Header, lookup) {
     EXPECT_EQ(Parse_Header(&split.message(), "to"), split.message().header[1] + 6);
 }
 
-TEST(Header, entries_behind_the_last_are_not_read) {
+TEST(Header, entries_after_the_last_are_not_read) {
     std::vector<std::string> header(64, "a: b");
     header[63] = "Contact: sip:u@h";
     SplitMessage split(header);
@@ -125,7 +125,7 @@ const struct {
     std::vector<std::string> header;
     std::string changes;
 } exported[] = {
-    {"every decoder, behind a null entry",
+    {"every decoder, after a null entry",
      {"", "Contact: \"<\" <sip:a@h:1>", "m: tel:2", "x: 2;r=s", "Min-SE: 3", "Min-Expires: 4", "Call-Info: 5"},
      R"(result=1 | contact user=a addr=h:1 | session_expires use=1 sessionexpires=2 refresher=s
 min_se use=1 minse=3 | min_expires use=1 min_expires=4 | call_info use=1 content=5)"},

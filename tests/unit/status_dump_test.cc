@@ -42,7 +42,7 @@ TEST(StatusFallback, knows_most_codes_of_the_table) {
 
 const struct {
     std::string members;
-    std::string behind_ten_lines;
+    std::string after_ten_lines;
 } dumps[] = {
     {"", ""},
     {"sdp.a_use=1 | sdp.a_addr.ip=h | sdp.a_addr.port=4000 | sdp.a_coders[0]=G711_A | sdp.a_coders[1]=G711_U | "
@@ -63,7 +63,7 @@ const struct {
 };
 
 TEST(Dump, table) {
-    for (const auto &[members, behind_ten_lines] : dumps)
+    for (const auto &[members, after_ten_lines] : dumps)
         EXPECT_EQ(
             dump(record_of(R"(callid=c | uri.user=b | uri.addr.ip=i | uri.addr.port=1 | method=INVITE | max_forward=69
 via.branch=z | via.addr.ip=v | via.addr.port=2 | expire.expires=60 | cseq.seq=7 | cseq.method=ACK | from.user=a
@@ -80,7 +80,7 @@ Cseq    = [ seq = 7  method = 6 ]
 From    = [ user = a  addr = j : 3  tag = f ]
 To      = [ user = d  addr = k :4   tag = t ]
 Contact = [ user = e  addr = l :5 ]
-)" + behind_ten_lines)
+)" + after_ten_lines)
             << members;
 }
 

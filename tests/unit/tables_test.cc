@@ -24,8 +24,8 @@ TEST(Recognise, method_word_followed_by_a_blank_or_nothing) {
             c = static_cast<char>(tolower(c));
         for (const std::string &text : {word, lower, word + " sip:x", word + "\x01", word + "\x1F", word + "\x20"})
             EXPECT_EQ(method(text), id) << text;
-        for (const char *behind : {"X", "\x21", "\x7F", "\x80", "\xFF"})
-            EXPECT_EQ(method(word + behind), 0) << word << behind;
+        for (const char *after : {"X", "\x21", "\x7F", "\x80", "\xFF"})
+            EXPECT_EQ(method(word + after), 0) << word << after;
         for (const std::string &text : {" " + word, "X" + word, word.substr(1), word.substr(0, word.size() - 1)})
             EXPECT_EQ(method(text), 0) << text;
     }
