@@ -37,7 +37,9 @@ struct Endpoint::ClientTransaction {
 
 Endpoint::Endpoint(asio::io_context &io, unsigned short port, Trace &trace, RequestHandler on_request)
     : io_(io), trace_(trace), on_request_(std::move(on_request)),
-      transport_(io, port, [this](std::string_view message, const Peer &from) { receive(message, from); }) {}
+      transport_(
+          io, port, [this](std::string_view message, const Peer &from) { receive(message, from); },
+          [this](std::string_view note) { trace_.note(note); }) {}
 
 Endpoint::~Endpoint() = default;
 

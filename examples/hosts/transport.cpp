@@ -1,7 +1,6 @@
 // UDP and TCP on the loopback address, see transport.h.
 #include "transport.h"
 
-#include <deque>
 #include <system_error>
 #include <utility>
 
@@ -16,7 +15,8 @@ using asio::ip::udp;
 namespace {
 
 constexpr std::size_t max_connections = 1000;
-constexpr std::size_t max_unsent = 1000; // messages waiting for a peer that does not read
+constexpr std::size_t max_unsent = 65536; // bytes waiting for a peer that does not read
+constexpr std::chrono::milliseconds accept_pause{200};
 
 // One port for both transports. A port that is free for UDP may be taken for TCP, so a few are tried.
 void bind_both(unsigned short port, udp::socket &udp_socket, tcp::acceptor &acceptor) {
@@ -62,10 +62,12 @@ class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
     }
 
     void write(std::string_view message) {
-        if (unsent_.size() == max_unsent)
+        if (unsent_.size() + message.size() > max_unsent) {
+            transport_.on_note_(fmt::format("cut off: {} does not read", to_string({E_TCP, address_, {}})));
             return close();
-        unsent_.emplace_back(message);
-        if (unsent_.size() == 1)
+        }
+        unsent_ += message;
+        if (sending_.empty())
             write_next();
     }
 
@@ -96,11 +98,12 @@ class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
     }
 
     void write_next() {
-        asio::async_write(socket_, asio::buffer(unsent_.front()),
+        sending_.swap(unsent_);
+        asio::async_write(socket_, asio::buffer(sending_),
                           [self = shared_from_this()](std::error_code error, std::size_t) {
                               if (error)
                                   return self->close();
-                              self->unsent_.pop_front();
+                              self->sending_.clear();
                               if (!self->unsent_.empty())
                                   self->write_next();
                           });
@@ -112,7 +115,8 @@ class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
     bool open_ = true;
     std::array<char, 8192> chunk_;
     std::string unread_;
-    std::deque<std::string> unsent_;
+    std::string unsent_; // follows what is being sent
+    std::string sending_;
 };
 
 std::string to_string(const Peer &peer) {
@@ -120,8 +124,9 @@ std::string to_string(const Peer &peer) {
                        peer.transport == E_TCP ? "TCP" : "UDP");
 }
 
-Transport::Transport(asio::io_context &io, unsigned short port, MessageHandler on_message)
-    : io_(io), on_message_(std::move(on_message)), udp_(io), acceptor_(io) {
+Transport::Transport(asio::io_context &io, unsigned short port, MessageHandler on_message, NoteHandler on_note)
+    : io_(io), on_message_(std::move(on_message)), on_note_(std::move(on_note)), udp_(io), acceptor_(io),
+      accept_again_(io) {
     bind_both(port, udp_, acceptor_);
     udp_.non_blocking(true);
     receive();
@@ -161,14 +166,19 @@ void Transport::receive() {
 
 void Transport::accept() {
     acceptor_.async_accept([this](std::error_code error, tcp::socket socket) {
-        if (!error && connections_.size() < max_connections)
+        if (error) { // out of descriptors, perhaps: the next attempt would fail at once
+            on_note_(fmt::format("no connection accepted: {}", error.message()));
+            return accept_again_.set(accept_pause, [this] { accept(); });
+        }
+        if (connections_.size() < max_connections)
             add_connection(std::move(socket));
         accept();
     });
 }
 
 std::shared_ptr<TcpConnection> Transport::add_connection(tcp::socket socket) {
-    socket.set_option(tcp::no_delay(true));
+    std::error_code gone; // the first read notices it too
+    socket.set_option(tcp::no_delay(true), gone);
     const auto connection = std::make_shared<TcpConnection>(*this, std::move(socket));
     connections_.insert(connection);
     connection->read();

@@ -15,6 +15,8 @@
 
 #include <sipcode/code.h>
 
+#include "alarm.h"
+
 class TcpConnection;
 
 // The source of a message, to which its answer goes.
@@ -29,9 +31,10 @@ std::string to_string(const Peer &peer);
 class Transport {
   public:
     using MessageHandler = std::function<void(std::string_view message, const Peer &from)>;
+    using NoteHandler = std::function<void(std::string_view note)>;
 
     // Listens on the port, or on a free one if it is 0.
-    Transport(asio::io_context &io, unsigned short port, MessageHandler on_message);
+    Transport(asio::io_context &io, unsigned short port, MessageHandler on_message, NoteHandler on_note);
     ~Transport();
 
     unsigned short port() const;
@@ -51,8 +54,10 @@ class Transport {
 
     asio::io_context &io_;
     MessageHandler on_message_;
+    NoteHandler on_note_;
     asio::ip::udp::socket udp_;
     asio::ip::tcp::acceptor acceptor_;
+    Alarm accept_again_;
     std::unordered_set<std::shared_ptr<TcpConnection>> connections_;
     asio::ip::udp::endpoint sender_;
     std::array<char, 65536> datagram_;
