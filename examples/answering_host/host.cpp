@@ -8,11 +8,12 @@
 AnsweringHost::AnsweringHost(asio::io_context &io, Output &output, const HostSettings &settings)
     : output_(output), trace_(output, settings.trace),
       endpoint_(io, settings.port, trace_,
-                [this](const SIP_CODE_MSG &request, const Peer &from) { on_request(request, from); }),
+                [this](const Received &request, const Peer &from) { on_request(request, from); }),
       registrar_(endpoint_, output, settings.realm, settings.accounts),
-      calls_(io, endpoint_, output, registrar_, settings.calls), notifier_(io, endpoint_, output, calls_, registrar_) {}
+      calls_(io, endpoint_, output, registrar_, settings.calls, settings.authenticate),
+      notifier_(io, endpoint_, output, calls_, registrar_) {}
 
-void AnsweringHost::on_request(const SIP_CODE_MSG &request, const Peer &from) {
+void AnsweringHost::on_request(const Received &request, const Peer &from) {
     switch (request.method) {
     case SIP_REQUEST_MSG_INVITE:
         return calls_.on_invite(request, from);
@@ -45,16 +46,16 @@ void AnsweringHost::on_request(const SIP_CODE_MSG &request, const Peer &from) {
     }
 }
 
-void AnsweringHost::on_options(const SIP_CODE_MSG &request, const Peer &from) {
+void AnsweringHost::on_options(const Received &request, const Peer &from) {
     const ResponseHead head(request, from);
     SIP_CODE_MSG response = head.response(SIP_RESPONSE_MSG_200_OK);
     response.contact = endpoint_.contact("host");
     response.supported.use = 1;
-    set_text(response.supported.SUPPORTED, Calls::extensions);
+    set_text(response.supported.SUPPORTED, extensions);
     endpoint_.respond(head, response);
 }
 
-void AnsweringHost::on_message(const SIP_CODE_MSG &request, const Peer &from) {
+void AnsweringHost::on_message(const Received &request, const Peer &from) {
     output_.line(fmt::format("{} writes: {}", printable(request.from.user), printable(request.msg_sdp.content)));
     endpoint_.respond(ResponseHead(request, from), SIP_RESPONSE_MSG_200_OK);
 }

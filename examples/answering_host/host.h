@@ -14,6 +14,7 @@ struct HostSettings {
     bool trace = false;
     std::string realm = "example.com";
     std::vector<Account> accounts;
+    bool authenticate = false; // callers need an account
     CallSettings calls;
 };
 
@@ -27,9 +28,9 @@ class AnsweringHost {
     std::string summary() const;
 
   private:
-    void on_request(const SIP_CODE_MSG &request, const Peer &from);
-    void on_options(const SIP_CODE_MSG &request, const Peer &from);
-    void on_message(const SIP_CODE_MSG &request, const Peer &from);
+    void on_request(const Received &request, const Peer &from);
+    void on_options(const Received &request, const Peer &from);
+    void on_message(const Received &request, const Peer &from);
 
     Output &output_;
     Trace trace_;

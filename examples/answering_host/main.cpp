@@ -40,7 +40,7 @@ void add_options(CLI::App &program, HostSettings &settings, std::vector<std::str
     program.add_flag("--trace", settings.trace, "Print every message that is received or sent");
     program.add_option("--account", accounts, "An account; may be given more than once")->type_name("USER:PASSWORD");
     program.add_option("--realm", settings.realm, "Realm of the accounts")->capture_default_str();
-    program.add_flag("--authenticate", settings.calls.authenticate, "Take calls only from accounts");
+    program.add_flag("--authenticate", settings.authenticate, "Take calls only from accounts");
     add_seconds("--ring", settings.calls.ring, "MS", "How long a call rings before it is taken; 0 unless given");
     add_seconds("--min-se", settings.calls.shortest_session, "SECONDS", "Shortest session timer; 90 unless given");
     add_seconds("--longest-call", settings.calls.longest, "SECONDS",

@@ -22,7 +22,7 @@ constexpr std::string_view summary_event = "message-summary";
 constexpr int new_messages = 2;
 constexpr int old_messages = 8;
 
-std::string_view event_of(const SIP_CODE_MSG &request) {
+std::string_view event_of(const Received &request) {
     const std::string_view event = request.event.content;
     return event.substr(0, event.find_first_of("; \t"));
 }
@@ -44,7 +44,7 @@ Notifier::~Notifier() = default;
 
 // ----------------------------------------------------------------------------------------------------------- SUBSCRIBE
 
-void Notifier::on_subscribe(const SIP_CODE_MSG &request, const Peer &from) {
+void Notifier::on_subscribe(const Received &request, const Peer &from) {
     const ResponseHead head(request, from);
     if (event_of(request) != summary_event)
         return endpoint_.respond(head, SIP_RESPONSE_MSG_400_BAD_REQUEST); // the codec has no 489
@@ -63,7 +63,7 @@ void Notifier::on_subscribe(const SIP_CODE_MSG &request, const Peer &from) {
         renew(name, seconds);
 }
 
-Notifier::Subscription *Notifier::find_or_add(const SIP_CODE_MSG &request, const ResponseHead &head) {
+Notifier::Subscription *Notifier::find_or_add(const Received &request, const ResponseHead &head) {
     const std::string name = dialog_name(head.callid, head.to.tag);
     const bool is_new = request.to.tag[0] == '\0';
     const auto found = subscriptions_.find(name);
@@ -104,8 +104,8 @@ void Notifier::notify(const std::string &name, std::string_view reason) {
     const Peer peer = subscription.dialog.peer;
     if (!reason.empty())
         subscriptions_.erase(name);
-    endpoint_.request(request, peer, [this, name](const SIP_CODE_MSG *response, const Peer &) {
-        if (response == nullptr || status_code(*response) >= 300)
+    endpoint_.request(request, peer, [this, name](const Received *response, const Peer &) {
+        if (response == nullptr || response->status >= 300)
             subscriptions_.erase(name);
     });
 }
@@ -132,7 +132,7 @@ SIP_CODE_MSG report(Dialog &dialog, std::string_view status, std::string_view st
 } // namespace
 
 // Inside a call or outside. This host places no calls: it reports 200 for a user that it knows and 404 for any other.
-void Notifier::on_refer(const SIP_CODE_MSG &request, const Peer &from) {
+void Notifier::on_refer(const Received &request, const Peer &from) {
     const ResponseHead head(request, from);
     Dialog own(head, request);
     Dialog *const dialog = request.to.tag[0] == '\0' ? &own : calls_.find_dialog(request, head);
@@ -151,8 +151,8 @@ void Notifier::on_refer(const SIP_CODE_MSG &request, const Peer &from) {
     const SIP_CODE_MSG trying = report(*dialog, "100 Trying", "active;expires=60");
     const SIP_CODE_MSG outcome =
         report(*dialog, registrar_.knows(target) ? "200 OK" : "404 Not Found", "terminated;reason=noresource");
-    endpoint_.request(trying, from, [this, outcome](const SIP_CODE_MSG *answer, const Peer &peer) {
-        if (answer != nullptr && status_code(*answer) < 300)
-            endpoint_.request(outcome, peer, [](const SIP_CODE_MSG *, const Peer &) {});
+    endpoint_.request(trying, from, [this, outcome](const Received *answer, const Peer &peer) {
+        if (answer != nullptr && answer->status < 300)
+            endpoint_.request(outcome, peer, [](const Received *, const Peer &) {});
     });
 }

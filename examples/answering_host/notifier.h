@@ -16,15 +16,15 @@ class Notifier {
     Notifier(asio::io_context &io, Endpoint &endpoint, Output &output, Calls &calls, const Registrar &registrar);
     ~Notifier();
 
-    void on_subscribe(const SIP_CODE_MSG &request, const Peer &from);
-    void on_refer(const SIP_CODE_MSG &request, const Peer &from);
+    void on_subscribe(const Received &request, const Peer &from);
+    void on_refer(const Received &request, const Peer &from);
 
     std::size_t count() const { return subscriptions_.size(); }
 
   private:
     struct Subscription;
 
-    Subscription *find_or_add(const SIP_CODE_MSG &request, const ResponseHead &head);
+    Subscription *find_or_add(const Received &request, const ResponseHead &head);
     void renew(const std::string &name, int seconds);
     void notify(const std::string &name, std::string_view reason);
 

@@ -22,7 +22,7 @@ Registrar::Registrar(Endpoint &endpoint, Output &output, std::string realm, cons
 
 bool Registrar::knows(std::string_view user) const { return users_.find(user) != users_.end(); }
 
-void Registrar::on_register(const SIP_CODE_MSG &request, const Peer &from) {
+void Registrar::on_register(const Received &request, const Peer &from) {
     const ResponseHead head(request, from);
     if (!admit(request, head))
         return;
@@ -31,7 +31,7 @@ void Registrar::on_register(const SIP_CODE_MSG &request, const Peer &from) {
     tell(head, binding);
 }
 
-bool Registrar::admit(const SIP_CODE_MSG &request, const ResponseHead &head) {
+bool Registrar::admit(const Received &request, const ResponseHead &head) {
     const bool is_register = request.method == SIP_REQUEST_MSG_REGISTER;
     const SIP_AUTHOR &credentials = request.author;
     if (credentials.use != 1 || !nonces_.is_fresh(credentials.nonce)) {
@@ -64,7 +64,7 @@ bool Registrar::is_right(const SIP_AUTHOR &credentials, int method) const {
 }
 
 // One binding for each user: the record holds one Contact. A request without Contact is a query.
-void Registrar::bind(const SIP_CODE_MSG &request, Binding &binding) {
+void Registrar::bind(const Received &request, Binding &binding) {
     if (request.expire.expires == 0) {
         binding = {};
     } else if (request.contact.addr.ip[0] != '\0') {

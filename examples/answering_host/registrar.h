@@ -14,12 +14,12 @@ class Registrar {
   public:
     Registrar(Endpoint &endpoint, Output &output, std::string realm, const std::vector<Account> &accounts);
 
-    void on_register(const SIP_CODE_MSG &request, const Peer &from);
+    void on_register(const Received &request, const Peer &from);
 
     bool knows(std::string_view user) const;
 
     // Returns true for a request with valid credentials of the account in From. Refuses any other request.
-    bool admit(const SIP_CODE_MSG &request, const ResponseHead &head);
+    bool admit(const Received &request, const ResponseHead &head);
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -35,7 +35,7 @@ class Registrar {
 
     void challenge(const ResponseHead &head, sip_code_method status);
     bool is_right(const SIP_AUTHOR &credentials, int method) const;
-    void bind(const SIP_CODE_MSG &request, Binding &binding);
+    void bind(const Received &request, Binding &binding);
     void tell(const ResponseHead &head, const Binding &binding);
 
     Endpoint &endpoint_;

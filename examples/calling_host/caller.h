@@ -4,13 +4,14 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "hosts/call.h"
 #include "hosts/digest.h"
 #include "hosts/endpoint.h"
-#include "hosts/session.h"
 
 struct CallerSettings {
     unsigned short port = 0;
@@ -23,7 +24,7 @@ struct CallerSettings {
     std::string digit;       // none if empty
     std::string transfer_to; // none if empty
     std::chrono::milliseconds talk{0};
-    Media media{.port = 41000};
+    CallSettings call{.media = {.port = 41000}};
 };
 
 class CallingHost {
@@ -35,7 +36,14 @@ class CallingHost {
     bool succeeded() const { return succeeded_; }
 
   private:
-    using Answered = std::function<void(const SIP_CODE_MSG &response, const Peer &from)>;
+    using Answered = std::function<void(const Received &response, const Peer &from)>;
+    using Refused = std::function<void(const std::string &reason)>;
+
+    // Begun by a provisional response. Each fork of the INVITE has its own.
+    struct EarlyDialog {
+        Dialog dialog;
+        int rseq; // the last one acknowledged
+    };
 
     void register_user();
     void call();
@@ -43,14 +51,18 @@ class CallingHost {
     void transfer();
     void hang_up();
 
-    void on_progress(const SIP_CODE_MSG &response, const Peer &from);
-    void on_taken(const SIP_CODE_MSG &response, const Peer &from);
-    void on_request(const SIP_CODE_MSG &request, const Peer &from);
-    void on_notify(const SIP_CODE_MSG &request);
+    void on_progress(const Received &response, const Peer &from);
+    void on_taken(const Received &response, const Peer &from);
+    bool is_of_call(const Received &request) const;
+    sip_code_method refusal(const Received &request) const;
+    void on_request(const Received &request, const Peer &from);
+    void on_notify(const Received &request);
 
     SIP_CODE_MSG request_to_server(sip_code_method method, std::string_view user);
-    void ask(SIP_CODE_MSG request, Answered on_accepted);
-    void ask_with_credentials(SIP_CODE_MSG request, const SIP_AUTHEN &challenge, Answered on_accepted);
+    void ask(const SIP_CODE_MSG &request, Answered on_accepted); // a refusal ends the call
+    void ask(const SIP_CODE_MSG &request, Answered on_accepted, Refused on_refused);
+    void ask_with_credentials(SIP_CODE_MSG request, const SIP_AUTHEN &challenge, Answered on_accepted,
+                              Refused on_refused);
     void stop();
     void fail(std::string_view reason);
     void done(std::string_view what);
@@ -62,10 +74,10 @@ class CallingHost {
     Endpoint endpoint_;
     Peer server_;
     Alarm alarm_;
-    SIP_CODE_MSG invite_{}; // the last one sent
-    std::optional<Dialog> dialog_;
-    int last_cseq_ = 0; // outside the dialog
-    int last_rseq_ = 0;
+    SIP_CODE_MSG invite_{};                                 // the last one sent
+    std::map<std::string, EarlyDialog, std::less<>> early_; // by the tag of the other side
+    std::optional<Call> call_;
+    int last_cseq_ = 0; // outside the call
     bool hanging_up_ = false;
     bool failed_ = false;
     bool succeeded_ = false;

@@ -3,12 +3,44 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+
+#include <fmt/format.h>
 
 #include <sipcode/encode.h>
 #include <sipcode/safe.h>
 
-bool decode(std::string_view message, SIP_CODE_MSG &record) {
+#include "records.h"
+
+namespace {
+
+bool decode_record(std::string_view message, SIP_CODE_MSG &record) {
     return SIP_Decode_Buffer(message.data(), message.size(), &record, nullptr) == SIP_DECODE_DONE;
+}
+
+// The codec reads whole messages only, so a part gets a message around it. It is never sent.
+SIP_CODE_MSG decode_part(std::string_view header_line, std::string_view body) {
+    SIP_CODE_MSG record{};
+    decode_record(fmt::format("ACK sip:a@a SIP/2.0\r\nVia: SIP/2.0/UDP a\r\nCall-ID: a\r\nCSeq: 1 ACK\r\n{}\r\n\r\n{}",
+                              header_line, body),
+                  record);
+    return record;
+}
+
+} // namespace
+
+bool decode(std::string_view message, Received &received) {
+    if (!decode_record(message, received))
+        return false;
+    received.status = 0;
+    const std::string_view name = name_of(received.method);
+    std::from_chars(name.data(), name.data() + name.size(), received.status);
+    return true;
+}
+
+bool decode_session(std::string_view description, SIP_SDP &sdp) {
+    sdp = decode_part("Content-Type: application/sdp", description).sdp;
+    return sdp.a_use == 1 || sdp.v_use == 1;
 }
 
 std::string encode(SIP_CODE_MSG &record) {

@@ -7,8 +7,16 @@
 
 #include <sipcode/code.h>
 
+// A received message
+struct Received : SIP_CODE_MSG {
+    int status = 0; // of a response, such as 180; 0 for a request
+};
+
 // Returns false if the message is refused.
-bool decode(std::string_view message, SIP_CODE_MSG &record);
+bool decode(std::string_view message, Received &received);
+
+// Reads a session description alone. Returns false if the codec finds no stream in it.
+bool decode_session(std::string_view description, SIP_SDP &sdp);
 
 // The request or response, by the record's method. Empty if the codec refuses the record.
 std::string encode(SIP_CODE_MSG &record);

@@ -18,6 +18,28 @@ namespace {
 
 constexpr std::size_t max_clients = 10000; // requests without an answer
 
+// Why a request cannot be answered. Empty if it can.
+std::string_view why_unanswerable(const Received &request) {
+    if (!is_method(request.method))
+        return "the codec knows neither its method nor its status";
+    if (request.via_count > 2)
+        return "the record holds two Vias";
+    if (!is_method(request.cseq.method))
+        return "the codec does not know the method of its CSeq";
+    return "";
+}
+
+// Returns false if every host refuses the request.
+bool is_acceptable(const Received &request) {
+    return request.cseq.method == request.method &&
+           (request.method == SIP_REQUEST_MSG_CANCEL || lists_all(extensions, request.require.REQUIRE));
+}
+
+// The forks of an INVITE differ in the tag only.
+std::string ack_name(const SIP_CODE_MSG &response) {
+    return fmt::format("{} {}", response.via.branch, response.to.tag);
+}
+
 } // namespace
 
 struct Endpoint::ClientTransaction {
@@ -31,6 +53,7 @@ struct Endpoint::ClientTransaction {
     ResponseHandler on_response;
     std::string text;
     Alarm alarm;
+    bool is_accepted = false; // an INVITE, by a 2xx
     Clock::duration interval = first_interval;
     Clock::time_point give_up = Clock::now() + answer_time;
 };
@@ -55,54 +78,70 @@ SIP_CONTACT Endpoint::contact(std::string_view user) const {
 
 void Endpoint::receive(std::string_view message, const Peer &from) {
     ++counts_.received;
-    if (!decode(message, received_) || received_.via_count > 2) {
-        // Without Call-ID, CSeq or Via, or with more Vias than a record holds, no answer can be sent.
+    if (!decode(message, received_)) { // without Call-ID, CSeq or Via no answer can be sent
         ++counts_.refused;
         trace_.note(fmt::format("refused: a message from {}", to_string(from)));
         return;
     }
     trace_.message(Direction::in, from, received_);
-    if (is_request(received_))
-        receive_request(from);
-    else if (is_response(received_))
+    if (received_.status != 0)
         receive_response(from);
+    else
+        receive_request(from);
 }
 
 void Endpoint::receive_request(const Peer &from) {
+    if (const std::string_view reason = why_unanswerable(received_); !reason.empty()) {
+        ++counts_.refused;
+        trace_.note(fmt::format("no answer: {}", reason));
+        return;
+    }
     const std::string name = transaction_name(received_, received_.method);
     if (const std::string *const text = responses_.find(name)) {
         ++counts_.repeated;
         ++counts_.sent_again;
         trace_.note("came again, answered again");
         transport_.send(*text, from);
-        return;
+    } else if (received_.method == SIP_REQUEST_MSG_ACK || is_acceptable(received_)) {
+        on_request_(received_, from);
+    } else {
+        respond(ResponseHead(received_, from), SIP_RESPONSE_MSG_400_BAD_REQUEST); // the codec has no 420
     }
-    on_request_(received_, from);
 }
 
 void Endpoint::receive_response(const Peer &from) {
-    const std::string branch = received_.via.branch;
-    if (const std::string *const ack = acks_.find(branch)) {
-        if (status_code(received_) >= 200) {
+    if (const std::string *const ack = acks_.find(ack_name(received_))) {
+        if (received_.status >= 200) {
             ++counts_.sent_again;
             transport_.send(*ack, from);
         }
         return;
     }
-    const auto found = clients_.find(branch);
+    const auto found = clients_.find(received_.via.branch);
     if (found == clients_.end() || found->second->request.cseq.method != received_.cseq.method)
         return;
-    if (status_code(received_) < 200) {
-        ClientTransaction &transaction = *found->second;
+    ClientTransaction &transaction = *found->second;
+    if (transaction.is_invite() && received_.status / 100 == 2)
+        return receive_success(transaction, from);
+    if (transaction.is_accepted)
+        return;
+    if (received_.status < 200) {
         if (transaction.is_invite()) // the request has arrived, so it is not sent again
             transaction.alarm.set(ringing_time, [this, &transaction] { give_up(transaction); });
         return transaction.on_response(&received_, from);
     }
-    const auto transaction = std::move(found->second);
-    clients_.erase(found);
-    if (transaction->is_invite() && status_code(received_) >= 300)
-        acknowledge_refusal(*transaction);
-    transaction->on_response(&received_, from);
+    const auto ended = end(transaction);
+    if (ended->is_invite())
+        acknowledge_refusal(*ended);
+    ended->on_response(&received_, from);
+}
+
+// A 2xx to an INVITE. Other forks may send more, so the transaction is kept for a while (RFC 6026 section 7.2).
+void Endpoint::receive_success(ClientTransaction &invite, const Peer &from) {
+    if (!invite.is_accepted)
+        invite.alarm.set(answer_time, [this, &invite] { end(invite); });
+    invite.is_accepted = true;
+    invite.on_response(&received_, from);
 }
 
 // ------------------------------------------------------------------------------------------------------------- sending
@@ -143,7 +182,7 @@ void Endpoint::request(SIP_CODE_MSG request, const Peer &to, ResponseHandler on_
 void Endpoint::acknowledge(const SIP_CODE_MSG &response, SIP_CODE_MSG ack, const Peer &to) {
     Build_Via_Branch(ack.via.branch);
     fill_own(ack, to);
-    acks_.keep(response.via.branch, send(ack, to));
+    acks_.keep(ack_name(response), send(ack, to));
 }
 
 // The ACK to a refusal is part of the INVITE's transaction (RFC 3261 section 17.1.1.3).
@@ -160,7 +199,7 @@ void Endpoint::acknowledge_refusal(const ClientTransaction &transaction) {
     ack.record_route = invite.record_route;
     set_text(ack.callid, invite.callid);
     fill_own(ack, transaction.to);
-    acks_.keep(invite.via.branch, send(ack, transaction.to));
+    acks_.keep(ack_name(received_), send(ack, transaction.to));
 }
 
 void Endpoint::send_later(ClientTransaction &transaction) {
@@ -179,8 +218,12 @@ void Endpoint::send_later(ClientTransaction &transaction) {
 }
 
 void Endpoint::give_up(const ClientTransaction &transaction) {
-    const auto kept = std::move(clients_.extract(std::string(transaction.request.via.branch)).mapped());
-    kept->on_response(nullptr, kept->to);
+    const auto ended = end(transaction);
+    ended->on_response(nullptr, ended->to);
+}
+
+std::unique_ptr<Endpoint::ClientTransaction> Endpoint::end(const ClientTransaction &transaction) {
+    return std::move(clients_.extract(std::string(transaction.request.via.branch)).mapped());
 }
 
 std::string Endpoint::send(SIP_CODE_MSG &message, const Peer &to) {

@@ -14,6 +14,7 @@
 #include <sipcode/code.h>
 
 #include "alarm.h"
+#include "codec.h"
 #include "dialog.h"
 #include "kept_messages.h"
 #include "trace.h"
@@ -25,12 +26,15 @@ constexpr std::chrono::seconds longest_interval{4};
 constexpr std::chrono::seconds answer_time{32};
 constexpr std::chrono::minutes ringing_time{3};
 
+// What the hosts support, for Supported and Require.
+constexpr std::string_view extensions = "100rel,timer";
+
 class Endpoint {
   public:
     // Every request that is not a repetition, ACK included. Both references are valid only during the call.
-    using RequestHandler = std::function<void(const SIP_CODE_MSG &request, const Peer &from)>;
-    // Every response to a request of this side. Null if none came in time.
-    using ResponseHandler = std::function<void(const SIP_CODE_MSG *response, const Peer &from)>;
+    using RequestHandler = std::function<void(const Received &request, const Peer &from)>;
+    // Every response to a request of this side, of each fork that takes an INVITE. Null if none came in time.
+    using ResponseHandler = std::function<void(const Received *response, const Peer &from)>;
 
     Endpoint(asio::io_context &io, unsigned short port, Trace &trace, RequestHandler on_request);
     ~Endpoint();
@@ -43,7 +47,7 @@ class Endpoint {
 
     // Sends a response that holds only its status.
     void respond(const ResponseHead &head, sip_code_method status);
-    // Sends a response. Returns its text, for callers that repeat it unasked.
+    // Sends a response. Returns its text, for callers that repeat it unasked: empty if the codec refuses the record.
     std::string respond(const ResponseHead &head, SIP_CODE_MSG &response);
     void respond_again(const ResponseHead &head, std::string_view text);
 
@@ -54,7 +58,7 @@ class Endpoint {
 
     struct Counts {
         std::uint64_t received = 0;
-        std::uint64_t refused = 0;  // by the decoder or by the encoder
+        std::uint64_t refused = 0;  // by the decoder or by the encoder, and requests that cannot be answered
         std::uint64_t repeated = 0; // requests received again
         std::uint64_t sent = 0;
         std::uint64_t sent_again = 0;
@@ -67,9 +71,11 @@ class Endpoint {
     void receive(std::string_view message, const Peer &from);
     void receive_request(const Peer &from);
     void receive_response(const Peer &from);
+    void receive_success(ClientTransaction &invite, const Peer &from);
     void acknowledge_refusal(const ClientTransaction &transaction);
     void give_up(const ClientTransaction &transaction);
     void send_later(ClientTransaction &transaction);
+    std::unique_ptr<ClientTransaction> end(const ClientTransaction &transaction);
     // Returns the text that was sent. It is empty if the codec refuses the record.
     std::string send(SIP_CODE_MSG &message, const Peer &to);
     void fill_own(SIP_CODE_MSG &request, const Peer &to);
@@ -77,9 +83,9 @@ class Endpoint {
     asio::io_context &io_;
     Trace &trace_;
     RequestHandler on_request_;
-    SIP_CODE_MSG received_{};
-    KeptMessages responses_;                                                      // by transaction
-    KeptMessages acks_;                                                           // by the branch of their INVITE
+    Received received_{};
+    KeptMessages responses_; // by transaction
+    KeptMessages acks_;      // by the branch of their INVITE and the tag of the other side
     std::unordered_map<std::string, std::unique_ptr<ClientTransaction>> clients_; // by branch
     Counts counts_;
     Transport transport_;

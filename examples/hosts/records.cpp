@@ -2,7 +2,6 @@
 #include "records.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include <fmt/format.h>
 
@@ -12,23 +11,13 @@ std::string_view name_of(int method) {
     return method > SIP_REQUEST_MSG_UNKNOWN && method < SIP_CODE_METHOD_COUNT ? decode_methods[method].text : "unknown";
 }
 
-bool is_request(const SIP_CODE_MSG &message) {
-    return message.method >= SIP_REQUEST_MSG_REGISTER && message.method <= SIP_REQUEST_MSG_PUBLISH &&
-           message.cseq.method == message.method;
-}
-
-bool is_response(const SIP_CODE_MSG &message) { return message.method >= SIP_RESPONSE_MSG_100_TRY; }
-
-int status_code(const SIP_CODE_MSG &response) {
-    int code = 0;
-    const std::string_view text = name_of(response.method);
-    std::from_chars(text.data(), text.data() + text.size(), code);
-    return code;
+bool is_method(int identifier) {
+    return identifier >= SIP_REQUEST_MSG_REGISTER && identifier <= SIP_REQUEST_MSG_PUBLISH;
 }
 
 namespace {
 
-// Removes the first tag from a list, with the blanks around it.
+// Takes the first tag off a list, with the blanks around it.
 std::string_view take_tag(std::string_view &tags) {
     const std::size_t comma = std::min(tags.find(','), tags.size());
     std::string_view tag = tags.substr(0, comma);

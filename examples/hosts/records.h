@@ -16,12 +16,8 @@ void set_text(char (&member)[N], std::string_view text) {
 // "180 Ringing", "INVITE"; "unknown" for an identifier outside the table.
 std::string_view name_of(int method);
 
-// Whether this is a request with a known method and the same method in its CSeq.
-bool is_request(const SIP_CODE_MSG &message);
-bool is_response(const SIP_CODE_MSG &message);
-
-// The status code of a response, such as 180.
-int status_code(const SIP_CODE_MSG &response);
+// Whether this identifier is that of a request.
+bool is_method(int identifier);
 
 // Whether a list of option tags, as in Supported, holds this one.
 bool lists(std::string_view tags, std::string_view wanted);

@@ -1,7 +1,7 @@
 // Offer and answer, see session.h.
 //
-// The record holds the codecs and payload numbers of an offer. It does not show if the streams differ in direction or
-// address, so these are read from the text of each stream.
+// One record mixes the streams of a kind, and does not keep their order or the direction of each. So every stream is
+// decoded alone, and its media line and direction are read from its text.
 #include "session.h"
 
 #include <algorithm>
@@ -11,7 +11,9 @@
 #include <string_view>
 
 #include <fmt/format.h>
+#include <strings.h>
 
+#include "codec.h"
 #include "records.h"
 
 namespace {
@@ -41,7 +43,7 @@ std::vector<std::string_view> lines_of(std::string_view text) {
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         const std::string_view line = text.substr(0, end);
-        lines.push_back(line.ends_with('\r') ? line.substr(0, line.size() - 1) : line);
+        lines.push_back(line.substr(0, line.find('\r')));
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return lines;
@@ -58,10 +60,18 @@ bool is_stream(std::string_view text, std::string_view medium) {
     return line.starts_with(fmt::format("m={} ", medium)) && line.find(" RTP/AVP ") != std::string_view::npos;
 }
 
-bool is_answerable(const Description &offer) {
-    const auto &streams = offer.streams;
-    return (streams.size() == 1 && is_stream(streams[0], "audio")) ||
-           (streams.size() == 2 && is_stream(streams[0], "audio") && is_stream(streams[1], "video"));
+SIP_SDP decode_stream(const Description &offer, std::string_view stream) {
+    SIP_SDP sdp;
+    decode_session(fmt::format("{}\n{}", offer.session, stream), sdp);
+    return sdp;
+}
+
+// The media line with port 0, which declines the stream.
+std::string declined(std::string_view stream) {
+    const std::string_view line = lines_of(stream).front();
+    const std::size_t port = std::min(line.find(' '), line.size());
+    const std::size_t profile = std::min(line.find(' ', port + 1), line.size());
+    return fmt::format("{} 0{}\r\n", line.substr(0, port), line.substr(profile));
 }
 
 // ----------------------------------------------------------------------------------------------------------- direction
@@ -99,28 +109,32 @@ const CODEC_RTPMAP *find_payload(const SIP_SDP &sdp, e_codec codec) {
 }
 
 // Follows the lines that the encoder writes for the codecs.
-void describe_events(SIP_SDP &sdp, int payload) { set_text(sdp.a_content, fmt::format("a=fmtp:{} 0-15\r\n", payload)); }
+std::string describe_events(int payload) { return fmt::format("a=fmtp:{} 0-15\r\n", payload); }
 
-// The first codec in common; the payload numbers are those of the offer.
-bool answer_audio(const SIP_SDP &offer, const Media &media, SIP_SDP &sdp) {
+// Takes the first codec in common, with the payload numbers of the offer. Returns false if there is none: the stream is
+// declined.
+bool answer_audio(const Description &text, const Media &media, SIP_SDP &sdp, std::string &attributes) {
+    const SIP_SDP offer = decode_stream(text, text.streams[0]);
     const auto can_play = [&media](e_codec codec) {
         return std::find(media.codecs.begin(), media.codecs.end(), codec) != media.codecs.end();
     };
     const auto *const codec = std::find_if(std::begin(offer.a_coders), std::end(offer.a_coders), can_play);
-    if (codec == std::end(offer.a_coders))
-        return false;
+    const bool can_answer = codec != std::end(offer.a_coders);
     sdp.a_use = 1;
     sdp.a_conten_nouse = 1;
     set_text(sdp.a_addr.ip, media.ip);
-    sdp.a_addr.port = offer.a_addr.port == 0 ? 0 : media.port;
+    sdp.a_addr.port = can_answer && offer.a_addr.port != 0 ? media.port : 0;
     sdp.a_ptime = offer.a_ptime;
-    sdp.a_coders[0] = *codec;
+    sdp.a_media = answer_direction(text, text.streams[0]);
+    sdp.a_coders[0] = can_answer ? *codec : G711_A; // a media line needs a payload, even with port 0
+    if (!can_answer)
+        return false;
     if (const CODEC_RTPMAP *const entry = find_payload(offer, *codec))
         sdp.rtpmap[0] = *entry;
     if (const CODEC_RTPMAP *const events = find_payload(offer, TE101)) {
         sdp.a_coders[1] = TE101;
         sdp.rtpmap[1] = *events;
-        describe_events(sdp, events->a_payload);
+        attributes = describe_events(events->a_payload);
     }
     return true;
 }
@@ -145,37 +159,46 @@ std::string payload_lines(std::string_view stream, int payload) {
     return kept;
 }
 
-// The first video codec in common, or port 0, which refuses the stream.
-void answer_video(const SIP_SDP &offer, const Description &text, const Media &media, SIP_SDP &sdp) {
-    const std::string_view stream = text.streams[1];
-    sdp.v_use = 1;
-    set_text(sdp.v_addr.ip, media.ip);
-    sdp.v_coders[0] = offer.v_coders[0];
-    if (offer.v_addr.port == 0)
-        return;
+// Takes the first codec in common. Returns false if the stream has none, or if it was declined by its sender.
+bool answer_video(const Description &text, std::string_view stream, const Media &media, SIP_SDP &sdp,
+                  std::string &attributes) {
+    if (!is_stream(stream, "video"))
+        return false;
+    const SIP_SDP offer = decode_stream(text, stream);
     const auto *const payload = std::find_if(std::begin(offer.v_coders), std::end(offer.v_coders),
                                              [stream](int number) { return can_show(stream, number); });
-    if (payload == std::end(offer.v_coders))
-        return;
-    const std::string lines =
+    if (offer.v_addr.port == 0 || payload == std::end(offer.v_coders))
+        return false;
+    attributes =
         fmt::format("{}{}\r\n", payload_lines(stream, *payload), direction_names[answer_direction(text, stream)]);
-    if (lines.size() >= sizeof sdp.v_content)
-        return;
-    set_text(sdp.v_content, lines);
-    sdp.v_coders[0] = *payload;
+    sdp.v_use = 1;
+    set_text(sdp.v_addr.ip, media.ip);
     sdp.v_addr.port = media.port + 2;
+    sdp.v_coders[0] = *payload;
+    return true;
 }
 
 } // namespace
 
-bool answer_offer(const SIP_CODE_MSG &request, const Media &media, SIP_SDP &sdp) {
-    const Description text = split(request.xml_buf);
-    if (!is_answerable(text) || !answer_audio(request.sdp, media, sdp))
+// The encoder writes an audio stream, its attributes, a video stream, its attributes. Declined streams fit in after the
+// attributes of either, but not before the audio stream.
+bool answer_offer(std::string_view offer, const Media &media, SIP_SDP &sdp) {
+    const Description text = split(offer);
+    if (text.streams.empty() || !is_stream(text.streams[0], "audio"))
         return false;
-    sdp.a_media = answer_direction(text, text.streams[0]);
-    if (text.streams.size() == 2)
-        answer_video(request.sdp, text, media, sdp);
-    return true;
+    std::string after_audio;
+    std::string after_video;
+    const bool has_audio = answer_audio(text, media, sdp, after_audio);
+    for (std::size_t i = 1; i < text.streams.size(); ++i)
+        if (sdp.v_use == 1)
+            after_video += declined(text.streams[i]);
+        else if (!answer_video(text, text.streams[i], media, sdp, after_video))
+            after_audio += declined(text.streams[i]);
+    if (after_audio.size() >= sizeof sdp.a_content || after_video.size() >= sizeof sdp.v_content)
+        return false;
+    set_text(sdp.a_content, after_audio);
+    set_text(sdp.v_content, after_video);
+    return has_audio || sdp.v_use == 1;
 }
 
 SIP_SDP make_offer(const Media &media) {
@@ -188,12 +211,15 @@ SIP_SDP make_offer(const Media &media) {
     constexpr int telephone_events = 101;
     std::copy(std::begin(codecs), std::end(codecs), sdp.a_coders);
     sdp.rtpmap[0] = {TE101, telephone_events};
-    describe_events(sdp, telephone_events);
+    set_text(sdp.a_content, describe_events(telephone_events));
     return sdp;
 }
 
-bool has_session(const SIP_CODE_MSG &message) {
-    return std::string_view(message.content.type).starts_with("application/sdp") && message.xml_buf[0] != '\0';
+Body body_of(const SIP_CODE_MSG &message) {
+    constexpr std::string_view session = "application/sdp";
+    if (std::string_view(message.xml_buf).find_first_not_of(" \t\r\n") == std::string_view::npos)
+        return Body::none;
+    return strncasecmp(message.content.type, session.data(), session.size()) == 0 ? Body::session : Body::other;
 }
 
 void set_session(SIP_CODE_MSG &message, const SIP_SDP &sdp, long version) {

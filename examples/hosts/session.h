@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <sipcode/code.h>
@@ -13,14 +14,14 @@ struct Media {
     std::vector<e_codec> codecs = {G711_A, G711_U, G729, G722, GSM, ILBC};
 };
 
-// Writes the answer to the offer of a request into sdp. Returns false if there is none: without a common codec, or with
-// streams that the record cannot tell apart. It takes one audio stream and at most one video stream after it, both
-// RTP/AVP.
-bool answer_offer(const SIP_CODE_MSG &request, const Media &media, SIP_SDP &sdp);
+// Writes the answer to an offer into sdp. It takes one audio stream, which must be the first one, and one video stream,
+// both RTP/AVP, and declines all others. Returns false if nothing can be taken.
+bool answer_offer(std::string_view offer, const Media &media, SIP_SDP &sdp);
 
 SIP_SDP make_offer(const Media &media);
 
-bool has_session(const SIP_CODE_MSG &message);
+enum class Body { none, session, other };
+Body body_of(const SIP_CODE_MSG &message);
 
 // Makes the description the body of a message. Each description that a side sends in a session has a higher version.
 void set_session(SIP_CODE_MSG &message, const SIP_SDP &sdp, long version);

@@ -48,7 +48,7 @@ class Details {
 void add_timers(Details &details, const SIP_CODE_MSG &record) {
     const bool tells_expiry =
         record.cseq.method == SIP_REQUEST_MSG_REGISTER || record.cseq.method == SIP_REQUEST_MSG_SUBCRIBE;
-    if (tells_expiry && (is_request(record) || status_code(record) == 200))
+    if (tells_expiry && (is_method(record.method) || record.method == SIP_RESPONSE_MSG_200_OK))
         details.add("expires {}", record.expire.expires);
     if (record.session_expires.use == 1)
         details.add("session expires {}", record.session_expires.sessionexpires);
@@ -94,7 +94,7 @@ void add_body(Details &details, const SIP_CODE_MSG &record) {
 std::string details_of(const SIP_CODE_MSG &record) {
     Details details;
     details.add("CSeq {}", record.cseq.seq);
-    if (is_response(record))
+    if (!is_method(record.method))
         details.add("{}", name_of(record.cseq.method));
     else
         details.add("{} to {}", printable(record.from.user), printable(record.to.user));
