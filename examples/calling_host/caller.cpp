@@ -164,7 +164,7 @@ void CallingHost::ask(const SIP_CODE_MSG &request, const Answered &on_accepted, 
             return on_accepted(*response, from);
         if (is_challenge(*response) && request.author.use == 0 && !settings_.account.password.empty())
             return ask_with_credentials(request, response->authen, on_accepted, on_refused);
-        on_refused(fmt::format("{} to {}", name_of(response->method), name_of(request.method)));
+        on_refused(fmt::format("{} to {}", title(*response), name_of(request.method)));
     });
 }
 

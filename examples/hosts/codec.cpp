@@ -27,14 +27,22 @@ SIP_CODE_MSG decode_part(std::string_view header_line, std::string_view body) {
     return record;
 }
 
+// The number in "SIP/2.0 302 Moved Temporarily". The record has an identifier for some statuses only.
+int status_of(std::string_view message) {
+    constexpr std::size_t digits = 3;
+    const std::string_view text = message.substr(std::min(message.find(' '), message.size()));
+    int status = 0;
+    if (text.size() > digits)
+        std::from_chars(text.data() + 1, text.data() + 1 + digits, status);
+    return status;
+}
+
 } // namespace
 
 bool decode(std::string_view message, Received &received) {
     if (!decode_record(message, received))
         return false;
-    received.status = 0;
-    const std::string_view name = name_of(received.method);
-    std::from_chars(name.data(), name.data() + name.size(), received.status);
+    received.status = is_method(received.method) ? 0 : status_of(message);
     return true;
 }
 

@@ -7,9 +7,9 @@
 
 #include <sipcode/code.h>
 
-// A received message
+// A received message: its record, and what the record leaves out.
 struct Received : SIP_CODE_MSG {
-    int status = 0; // of a response, such as 180; 0 for a request
+    int status = 0; // of a response, even if the codec has no identifier for it; 0 for a request
 };
 
 // Returns false if the message is refused.

@@ -21,7 +21,7 @@ constexpr std::size_t max_clients = 10000; // requests without an answer
 // Why a request cannot be answered. Empty if it can.
 std::string_view why_unanswerable(const Received &request) {
     if (!is_method(request.method))
-        return "the codec knows neither its method nor its status";
+        return "the codec does not know the method";
     if (request.via_count > 2)
         return "the record holds two Vias";
     if (!is_method(request.cseq.method))
@@ -83,7 +83,7 @@ void Endpoint::receive(std::string_view message, const Peer &from) {
         trace_.note(fmt::format("refused: a message from {}", to_string(from)));
         return;
     }
-    trace_.message(Direction::in, from, received_);
+    trace_.message(Direction::in, from, received_, title(received_));
     if (received_.status != 0)
         receive_response(from);
     else
@@ -209,7 +209,7 @@ void Endpoint::send_later(ClientTransaction &transaction) {
             return give_up(transaction);
         if (transaction.to.transport == E_UDP) {
             ++counts_.sent_again;
-            trace_.message(Direction::out, transaction.to, transaction.request);
+            trace_.message(Direction::out, transaction.to, transaction.request, name_of(transaction.request.method));
             transport_.send(transaction.text, transaction.to);
         }
         transaction.interval = std::min<Clock::duration>(2 * transaction.interval, longest_interval);
@@ -234,7 +234,7 @@ std::string Endpoint::send(SIP_CODE_MSG &message, const Peer &to) {
         return text;
     }
     ++counts_.sent;
-    trace_.message(Direction::out, to, message);
+    trace_.message(Direction::out, to, message, name_of(message.method));
     transport_.send(text, to);
     return text;
 }

@@ -15,6 +15,12 @@ bool is_method(int identifier) {
     return identifier >= SIP_REQUEST_MSG_REGISTER && identifier <= SIP_REQUEST_MSG_PUBLISH;
 }
 
+std::string title(const Received &message) {
+    const std::string_view name = name_of(message.method);
+    const std::string status = std::to_string(message.status);
+    return std::string(message.status == 0 || name.starts_with(status) ? name : status); // some share an identifier
+}
+
 namespace {
 
 // Takes the first tag off a list, with the blanks around it.

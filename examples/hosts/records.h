@@ -7,6 +7,8 @@
 
 #include <sipcode/code.h>
 
+#include "codec.h"
+
 // Copies a text into a member. Cuts it if it is too long.
 template <std::size_t N>
 void set_text(char (&member)[N], std::string_view text) {
@@ -18,6 +20,9 @@ std::string_view name_of(int method);
 
 // Whether this identifier is that of a request.
 bool is_method(int identifier);
+
+// "INVITE", "180 Ringing"; "302" if the codec has no identifier for a status.
+std::string title(const Received &message);
 
 // Whether a list of option tags, as in Supported, holds this one.
 bool lists(std::string_view tags, std::string_view wanted);

@@ -127,7 +127,7 @@ void Output::line(std::string_view text) {
     std::fflush(file_);
 }
 
-void Trace::message(Direction direction, const Peer &peer, const SIP_CODE_MSG &record) {
+void Trace::message(Direction direction, const Peer &peer, const SIP_CODE_MSG &record, std::string_view title) {
     if (!enabled_)
         return;
     if (const std::string name = to_string(peer); name != last_peer_) {
@@ -135,9 +135,8 @@ void Trace::message(Direction direction, const Peer &peer, const SIP_CODE_MSG &r
         last_peer_ = name;
     }
     constexpr int width = 38;
-    const std::string_view name = name_of(record.method);
-    const std::string arrow = direction == Direction::in ? fmt::format("{:-<{}}>", fmt::format("-- {} ", name), width)
-                                                         : fmt::format("<{:-<{}}", fmt::format("- {} ", name), width);
+    const std::string arrow = direction == Direction::in ? fmt::format("{:-<{}}>", fmt::format("-- {} ", title), width)
+                                                         : fmt::format("<{:-<{}}", fmt::format("- {} ", title), width);
     output_.line(fmt::format("    |{}|  {}", arrow, details_of(record)));
 }
 

@@ -30,7 +30,7 @@ class Trace {
   public:
     Trace(Output &output, bool enabled) : output_(output), enabled_(enabled) {}
 
-    void message(Direction direction, const Peer &peer, const SIP_CODE_MSG &record);
+    void message(Direction direction, const Peer &peer, const SIP_CODE_MSG &record, std::string_view title);
     void note(std::string_view text);
 
   private:
