@@ -1,13 +1,14 @@
-# Installs libraries, public headers, a CMake config package and pkg-config files, in three components: sipcode_library
-# to run programs, sipcode_development to build them, and sipcode_tool for the tool.
+# What an installation holds: libraries, public headers, a CMake config package, pkg-config files and the tool.
 include(CMakePackageConfigHelpers)
-set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME sipcode_development)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/sipcode)
 
-install(TARGETS sipcode sipcode_static
+set(libraries sipcode sipcode_static)
+if(TARGET sipcode_host_shared)
+    list(APPEND libraries sipcode_host_shared)
+endif()
+install(TARGETS ${libraries}
     EXPORT sipcode-targets
-    LIBRARY COMPONENT sipcode_library NAMELINK_COMPONENT sipcode_development
     PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sipcode)
 install(EXPORT sipcode-targets NAMESPACE sipcode:: DESTINATION ${package_dir})
 
@@ -44,9 +45,10 @@ if(TARGET sipcode_host)
     list(TRANSFORM services PREPEND -Wl,-u, OUTPUT_VARIABLE SIPCODE_HOST_LINK_FLAGS)
     list(JOIN SIPCODE_HOST_LINK_FLAGS " " SIPCODE_HOST_LINK_FLAGS)
     install_pkg_config_file(sipcode-host)
+    install_pkg_config_file(sipcode-host-static)
 endif()
 
 if(TARGET sipcode_tool)
     set_target_properties(sipcode_tool PROPERTIES INSTALL_RPATH "\$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-    install(TARGETS sipcode_tool COMPONENT sipcode_tool)
+    install(TARGETS sipcode_tool)
 endif()
