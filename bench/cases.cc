@@ -73,6 +73,18 @@ measured_case decode_buffer_case(const std::string &name) {
             }};
 }
 
+// Every header line, once.
+measured_case walk_case(const std::string &name) {
+    const std::string text = sample(name);
+    return {"walk/" + name + "/sipcode", text.size(), [text] {
+                SIP_HEADER_WALK walk{};
+                while (SIP_Walk_Headers(text.data(), text.size(), &walk) == 1) {
+                }
+                if (walk.line == 0)
+                    std::abort();
+            }};
+}
+
 measured_case encode_buffer_case(const record_to_encode &source) {
     auto own = std::make_shared<SIP_CODE_MSG>(source.record);
     const auto write = is_request(source.record) ? SIP_Encode_Request_Buffer : SIP_Encode_Response_Buffer;
@@ -224,6 +236,7 @@ std::vector<measured_case> all_cases() {
     }
     for (const char *name : {"invite-with-sdp", "ok-with-sdp", "register", "bye"})
         cases.push_back(decode_buffer_case(name));
+    cases.push_back(walk_case("invite-with-sdp"));
     for (const char *name : {"invite-with-sdp", "invite-two-streams"}) {
         cases.push_back(split_case(name));
         cases.push_back(without_sdp_case(name));

@@ -133,6 +133,7 @@ void judge_buffer(std::string_view data, int result, const SIP_CODE_MSG &plain) 
     record_pages.undefined(sizeof(SIP_CODE_MSG), side);
     demand(SIP_Decode_Buffer(bytes, data.size(), &record, nullptr) == outcome, "decoding is the same without a report");
     demand_equal(plain, record, "decoding is the same without a report");
+    judge_walk(data, outcome, plain);
 }
 
 } // namespace

@@ -40,6 +40,9 @@ struct Decoded {
 };
 Decoded decode(std::string_view text);
 
+// Rebuilds a decoded text from its walk: the record must be the same. A part of decode().
+void judge_walk(std::string_view text, int outcome, const SIP_CODE_MSG &record);
+
 } // namespace fuzz
 
 // Each target defines this. The input is any bytes.

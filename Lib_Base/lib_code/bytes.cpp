@@ -26,6 +26,13 @@ std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted) {
     return matches(block, wanted);
 }
 
+std::uint64_t matches_up_to_of_rest(const char *at, std::size_t size, char largest) {
+    char block[block_size];
+    std::memset(block, 0xFF, sizeof block);
+    std::memcpy(block, at, size);
+    return matches_up_to(block, largest);
+}
+
 std::size_t find_blank(const char *begin, std::size_t size) {
     std::size_t at = 0;
     for (; at + 16 <= size; at += 16)

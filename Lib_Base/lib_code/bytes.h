@@ -83,8 +83,9 @@ inline std::uint64_t matches_up_to(const char *at, char largest) {
     return matches_of_block(at, [largest](const char *sixteen) { return matches_up_to16(sixteen, largest); });
 }
 
-// The same for the rest of a text that is shorter than a block. The wanted byte must not be NUL.
+// The same for the rest of a text that is shorter than a block. The wanted byte must not be NUL, and `largest` not 0xFF.
 std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted);
+std::uint64_t matches_up_to_of_rest(const char *at, std::size_t size, char largest);
 
 // Calls visit with the place of every wanted byte, in order. Reads whole blocks as long as they are readable.
 template <class Visit>

@@ -10,6 +10,7 @@
 #define SIPCODE_SAFE_H
 
 #include <stddef.h>
+#include <stdint.h>
 
 #include "code.h"
 
@@ -114,6 +115,108 @@ typedef enum SIP_FRAME_OUTCOME SIPCODE_ENUM_INT {
 /* Looks for a message at the start of the length bytes at data. Returns a SIP_FRAME_OUTCOME. *message_length is set
  * on every outcome, to 0 unless the outcome says otherwise. */
 int SIP_Frame_Stream(const char *data, size_t length, size_t *message_length);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Reading what the record leaves out
+ *
+ * These functions find parts of a received text by the rules of the decoder: a NUL or SIP_LONGEST_MESSAGE bytes end the
+ * text, lines end and continue as in SIP_Decode_Buffer, and 62 header lines count. Nothing is copied or changed.
+ *
+ *   SIP_HEADER_WALK walk = {0};
+ *   while (SIP_Walk_Headers(data, length, &walk) == 1)
+ *       printf("%.*s\n", (int)walk.value.length, data + walk.value.at);
+ */
+
+/* Part of a text. */
+typedef struct SIP_SLICE {
+    size_t at;     /* offset in data, in bytes */
+    size_t length; /* bytes */
+} SIP_SLICE;
+
+/* Private: the bytes of a block that may end a line. */
+typedef struct SIP_PLACES {
+    size_t block;
+    uint64_t mask;
+} SIP_PLACES;
+
+/* Route: <sip:192.0.2.1;lr>
+ * |      |
+ * name   value
+ *
+ * The name ends at the first colon. The value begins after it and the blanks that follow. It keeps trailing blanks and
+ * the line ends of lines that are joined. A line without a colon has an empty name and is its value. */
+typedef struct SIP_HEADER_WALK {
+    SIP_SLICE name;
+    SIP_SLICE value;
+    int line;    /* number of this header line, counted from 1 */
+    size_t next; /* private: where the walk goes on */
+    SIP_PLACES places;
+} SIP_HEADER_WALK;
+
+/* Steps to the next header line of the length bytes at data. The first step needs a walk of zeros, every other one the
+ * same data and the walk as the step before left it.
+ *
+ * Returns 1 for a line, 0 at the end of the header section, SIP_DECODE_NULL_ARGUMENT if data or walk is null.
+ */
+int SIP_Walk_Headers(const char *data, size_t length, SIP_HEADER_WALK *walk);
+
+typedef enum SIP_NAME_FORMS SIPCODE_ENUM_INT {
+    SIP_NAME_FULL = 0,    /* only the name itself */
+    SIP_NAME_ANY_FORM = 1 /* its compact form too: "m" for "Contact" (RFC 3261 section 7.3.3 and later ones) */
+} SIP_NAME_FORMS;
+
+/* Whether the header line of a walk has this name, a full one, in any letter case. The record takes the first line with
+ * the full name of a header, and one with the compact form only if there is none.
+ *
+ * Returns 1 if it has, 0 if not, SIP_DECODE_NULL_ARGUMENT if an argument is null.
+ */
+int SIP_Is_Header(const char *data, const SIP_HEADER_WALK *walk, const char *name, SIP_NAME_FORMS forms);
+
+/* Finds the value of a header line by its name: number 0 is the first such line, 1 the next one.
+ *
+ * Returns 1 and sets value, or 0 and an empty value if there are fewer lines. Returns SIP_DECODE_NULL_ARGUMENT if an
+ * argument is null.
+ */
+int SIP_Find_Header(const char *data, size_t length, const char *name, SIP_NAME_FORMS forms, int number,
+                    SIP_SLICE *value);
+
+typedef struct SIP_LIST_WALK {
+    SIP_SLICE item;         /* without blanks around it; never empty */
+    SIP_HEADER_WALK header; /* the line that holds it */
+    SIP_SLICE rest;         /* private: the items of this line that follow */
+} SIP_LIST_WALK;
+
+/* Steps to the next item of a list header (RFC 3261 section 7.3.1), over all lines with this name. A comma separates
+ * items, except between double quotes or angle brackets. The walk begins and goes on as that of SIP_Walk_Headers, with
+ * the same name and forms.
+ *
+ * Returns 1 for an item, 0 after the last one, SIP_DECODE_NULL_ARGUMENT if an argument is null.
+ */
+int SIP_Walk_List(const char *data, size_t length, const char *name, SIP_NAME_FORMS forms, SIP_LIST_WALK *walk);
+
+/* INVITE sip:1001@192.0.2.1 SIP/2.0     SIP/2.0 301 Moved Permanently
+ * |      |                                      |   |
+ * method uri                                    |   reason
+ *                                               status */
+typedef struct SIP_START_LINE {
+    int status;       /* of a response: 0 to 999, 0 if it does not begin with three digits; 0 for a request */
+    SIP_SLICE reason; /* of a response; may be empty */
+    SIP_SLICE method; /* of a request: any word, known or not */
+    SIP_SLICE uri;    /* of a request */
+} SIP_START_LINE;
+
+/* Reads the start line of the length bytes at data. A text is a request if method is not empty.
+ *
+ * Returns SIP_DECODE_DONE, or the outcome from SIP_DECODE_NULL_ARGUMENT to SIP_DECODE_BAD_PROTOCOL with which
+ * SIP_Decode_Buffer refuses such a line. Then start is empty, unless it is null.
+ */
+int SIP_Read_Start_Line(const char *data, size_t length, SIP_START_LINE *start);
+
+/* Finds the body: what follows the empty line, whatever Content-Length states.
+ *
+ * Returns 1 if there is one, 0 and an empty slice if not, SIP_DECODE_NULL_ARGUMENT if an argument is null.
+ */
+int SIP_Find_Body(const char *data, size_t length, SIP_SLICE *body);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Encoding

@@ -1,6 +1,8 @@
 // The calling host, see caller.h.
 #include "caller.h"
 
+#include <utility>
+
 #include <fmt/format.h>
 
 #include <sipcode/encode.h>
@@ -144,12 +146,12 @@ SIP_CODE_MSG CallingHost::request_to_server(sip_code_method method, std::string_
     return request;
 }
 
-void CallingHost::ask(const SIP_CODE_MSG &request, const Answered &on_accepted) {
-    ask(request, on_accepted, [this](const std::string &reason) { fail(reason); });
+void CallingHost::ask(const SIP_CODE_MSG &request, Answered on_accepted) {
+    ask(request, std::move(on_accepted), [this](const std::string &reason) { fail(reason); });
 }
 
 // Sends a request. If it is challenged, sends it again with credentials.
-void CallingHost::ask(const SIP_CODE_MSG &request, const Answered &on_accepted, const Refused &on_refused) {
+void CallingHost::ask(const SIP_CODE_MSG &request, Answered on_accepted, Refused on_refused) {
     const bool is_invite = request.method == SIP_REQUEST_MSG_INVITE;
     if (is_invite) {
         invite_ = request;
@@ -168,11 +170,11 @@ void CallingHost::ask(const SIP_CODE_MSG &request, const Answered &on_accepted, 
     });
 }
 
-void CallingHost::ask_with_credentials(SIP_CODE_MSG request, const SIP_AUTHEN &challenge, const Answered &on_accepted,
-                                       const Refused &on_refused) {
+void CallingHost::ask_with_credentials(SIP_CODE_MSG request, const SIP_AUTHEN &challenge, Answered on_accepted,
+                                       Refused on_refused) {
     request.author = answer_challenge(challenge, settings_.account, name_of(request.method), uri_of(request));
     request.cseq.seq = call_ ? ++call_->dialog.local_cseq : ++last_cseq_;
-    ask(request, on_accepted, on_refused);
+    ask(request, std::move(on_accepted), std::move(on_refused));
 }
 
 // Acknowledges a reliable provisional response if it is the next one of its fork.

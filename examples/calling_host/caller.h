@@ -59,10 +59,10 @@ class CallingHost {
     void on_notify(const Received &request);
 
     SIP_CODE_MSG request_to_server(sip_code_method method, std::string_view user);
-    void ask(const SIP_CODE_MSG &request, const Answered &on_accepted); // a refusal ends the call
-    void ask(const SIP_CODE_MSG &request, const Answered &on_accepted, const Refused &on_refused);
-    void ask_with_credentials(SIP_CODE_MSG request, const SIP_AUTHEN &challenge, const Answered &on_accepted,
-                              const Refused &on_refused);
+    void ask(const SIP_CODE_MSG &request, Answered on_accepted); // a refusal ends the call
+    void ask(const SIP_CODE_MSG &request, Answered on_accepted, Refused on_refused);
+    void ask_with_credentials(SIP_CODE_MSG request, const SIP_AUTHEN &challenge, Answered on_accepted,
+                              Refused on_refused);
     void stop();
     void fail(std::string_view reason);
     void done(std::string_view what);

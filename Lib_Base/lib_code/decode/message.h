@@ -6,12 +6,11 @@
 
 #include "decode.h"
 #include "header_names.h"
+#include "line_rules.h"
 #include "store.h"
 #include "text.h"
 
 namespace sipcode {
-
-inline constexpr int max_lines = 64; // entries of SIP_MSG.header and of SIP_MSG.line
 
 // Bit i is line i.
 using line_set = std::uint64_t;

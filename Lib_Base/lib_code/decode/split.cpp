@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "decoders.h"
+#include "line_rules.h"
 #include "log.h"
 #include "message.h"
 
@@ -25,10 +26,11 @@ struct received {
 // are rare. The whole block that holds the terminator must be readable.
 class line_end_finder {
   public:
-    explicit line_end_finder(char *begin) : block(begin), mask(matches_up_to(begin, '\r')) {}
+    explicit line_end_finder(const char *begin, const char *text_end)
+        : block(begin), end(text_end), mask(matches_up_to(begin, '\r')) {}
 
     // The next place. There always is one: the caller never passes the terminator.
-    char *find() {
+    const char *find() {
         while (mask == 0) {
             block += block_size;
             mask = matches_up_to(block, '\r');
@@ -39,8 +41,16 @@ class line_end_finder {
     // Steps over the place that was found.
     void pass() { mask &= mask - 1; }
 
+    bool is_end(const char *at) const { return at >= end; }
+
+    bool is_cr_lf(const char *at) const {
+        static constexpr char line_end[2] = {'\r', '\n'};
+        return load<std::uint16_t>(at) == load<std::uint16_t>(line_end);
+    }
+
   private:
-    char *block;
+    const char *block;
+    const char *end;
     std::uint64_t mask;
 };
 
@@ -53,54 +63,28 @@ void log_overflow(section part) {
         SIPCODE_TRACE(1, "Too many SDP lines. Ignoring");
 }
 
-// Cuts one section into lines, in place: the end of a line becomes a terminator.
-//
-//   CR LF   ends the line, unless a comma precedes it: then the line continues on the next one
-//   LF      ends the line, unless the second byte before it is a comma, as it would be before CR LF
-//   CR      ends the text of the line but not the line; after a comma it ends nothing
-//
-// The header section ends after its first empty line. Returns the number of lines and moves begin to where the next
-// section starts.
+// Cuts one section into lines, in place: the end of a line's text becomes a terminator. The header section ends after its
+// first empty line. Returns the number of lines and moves begin to where the next section starts.
 template <section Part>
 int cut_lines(const received whole, line_end_finder &finder, char *&begin, char **const lines, unsigned *lengths) {
-    static constexpr char line_end[2] = {'\r', '\n'};
     line_end_finder places = finder; // in registers while the section lasts
     char **entry = lines;
-    char *line = begin;
-    char *cut = nullptr; // the CR without LF that ended the text of this line
-    const auto keep_line = [&](const char *text_end) {
-        if (cut != nullptr) [[unlikely]]
-            text_end = std::exchange(cut, nullptr);
+    for (char *line = begin;;) {
+        const auto [text_end, next] = find_line_end(whole.begin, line, places);
+        const bool is_empty = text_end == line;
         *entry = line;
         *lengths = static_cast<unsigned>(text_end - line);
-        return text_end != line;
-    };
-
-    for (char *at = places.find(); at < whole.end; at = places.find()) {
-        char *next_line = at + 2;
-        places.pass();
-        if (load<std::uint16_t>(at) == load<std::uint16_t>(line_end)) [[likely]] {
-            if (at != line && at[-1] == ',')
-                continue;
-            std::memset(at, 0, 2);
-            places.pass();
-        } else if (*at == '\n') {
-            if (at - whole.begin >= 2 && at[-2] == ',')
-                continue;
-            *at = '\0';
-            next_line = at + 1;
-        } else {
-            if (*at == '\r' && (at == line || at[-1] != ',')) {
-                *at = '\0';
-                cut = cut == nullptr ? at : cut;
-            }
-            continue;
-        }
-        const bool filled = keep_line(at);
-        line = next_line;
-        if (Part == section::headers && !filled) {
+        line[text_end - line] = '\0';
+        if (next == nullptr) {
+            begin = whole.end;
             finder = places;
+            return static_cast<int>(entry - lines) + !is_empty;
+        }
+        line += next - line;
+        line[-1] = '\0'; // the finder then skips it, and a word is compared together with the byte after its terminator
+        if (Part == section::headers && is_empty) {
             begin = line;
+            finder = places;
             return static_cast<int>(entry - lines);
         }
         // Later lines replace each other in the last entry. If an empty line follows, the entry is lost.
@@ -111,60 +95,30 @@ int cut_lines(const received whole, line_end_finder &finder, char *&begin, char 
             log_overflow(Part);
         }
     }
-    finder = places;
-    begin = whole.end;
-    return static_cast<int>(entry - lines) + keep_line(whole.end);
 }
 
 // ------------------------------------------------------------------------------------------------ start line
 
-// The first byte that is not a blank.
-char *after_blanks(char *at, const char *end) {
-    while (at != end && is_blank(*at))
-        ++at;
-    return at;
-}
-
-// Cuts the first token off, in place. The rest begins after the blanks that follow it.
-char *take_token(char *&rest, char *end) {
-    char *const token = rest;
-    rest = end - Parse_Skip_Nonblanks({token, static_cast<std::size_t>(end - token)}).size();
-    if (rest != end)
-        *rest++ = '\0';
-    rest = after_blanks(rest, end);
-    return token;
-}
-
-// Sets rlPart1 and rlPart2. Returns 0, or -1 if the line has neither form.
+// Sets rlPart1 and rlPart2, terminated in place. Returns 0, or -1 if the line has neither form.
 int Parse_StartLine_Parts(message &msg) {
-    constexpr nocase protocol = "SIP/2.0";
     SIP_MSG &split = msg.split();
-    char *const line = split.header[0];
-    char *end = line + msg.header_line(0).size();
-    char *rest = after_blanks(line, end);
-    if (rest == end)
-        return msg.store.refuse(SIP_DECODE_NO_START_LINE, "", line);
-    split.rlPart1 = take_token(rest, end);
-    if (rest == end)
-        return msg.store.refuse(SIP_DECODE_NO_START_LINE, "", line);
-    while (is_blank(end[-1]))
-        *--end = '\0';
-
-    if (equals_nocase(message::padded(split.rlPart1), protocol)) {
-        split.rlPart2 = rest;
-        return end - rest < 3 ? msg.store.refuse(SIP_DECODE_BAD_STATUS, "", rest) : 0;
+    const auto [outcome, is_response, first, second] = cut_start_line(msg.header_line(0));
+    const auto terminate = [&split](text part) {
+        char *const begin = split.data + (part.data() - split.data);
+        begin[part.size()] = '\0';
+        return begin;
+    };
+    if (outcome == SIP_DECODE_NO_START_LINE)
+        return msg.store.refuse(outcome, "", second.data());
+    split.rlPart1 = terminate(first);
+    split.rlPart2 = terminate(second);
+    if (outcome == SIP_DECODE_BAD_URI) {
+        SIPCODE_TRACE(0, "bogus uri in <> %s", split.rlPart2);
+        Parse_Brackets(message::padded(second)); // for its log line
+    } else if (outcome == SIP_DECODE_BAD_PROTOCOL) {
+        SIPCODE_TRACE(0, "Bad request protocol %s", split.rlPart2);
     }
-    if (*rest == '<') {
-        SIPCODE_TRACE(0, "bogus uri in <> %s", rest);
-        Parse_Brackets(message::padded({rest, static_cast<std::size_t>(end - rest)})); // for its log line
-        return msg.store.refuse(SIP_DECODE_BAD_URI, "", rest);
-    }
-    split.rlPart2 = take_token(rest, end);
-    if (!equals_nocase(message::padded({rest, static_cast<std::size_t>(end - rest)}), protocol)) {
-        SIPCODE_TRACE(0, "Bad request protocol %s", rest);
-        return msg.store.refuse(SIP_DECODE_BAD_PROTOCOL, "", rest);
-    }
-    return 0;
+    return outcome == SIP_DECODE_DONE ? 0 : msg.store.refuse(outcome, "", second.data());
 }
 
 } // namespace
@@ -211,7 +165,7 @@ int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
     const received whole{split.data, split.data + length};
     // Clears the rest of the last block and, if there is room, one block more: both are read past the text.
     std::memset(whole.end, 0, std::min(2 * block_size - length % block_size, sizeof split.data - length));
-    line_end_finder finder(whole.begin);
+    line_end_finder finder(whole.begin, whole.end);
     char *begin = whole.begin;
     split.headers = msg.header_line_count =
         cut_lines<section::headers>(whole, finder, begin, split.header, msg.header_length);
