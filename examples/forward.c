@@ -25,6 +25,8 @@
 static const char *obstacle(const SIP_CODE_MSG *request) {
     if (request->method <= SIP_REQUEST_MSG_RESPONSE || request->method >= SIP_RESPONSE_MSG_100_TRY)
         return "not a request of a known method";
+    if (request->cseq.method != request->method)
+        return "a CSeq of another method, answer 400";
     if (request->method == SIP_REQUEST_MSG_REFER)
         return "a Refer-To cannot be kept";
     if (request->via_count > 1)
