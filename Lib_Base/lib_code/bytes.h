@@ -83,7 +83,7 @@ inline std::uint64_t matches_up_to(const char *at, char largest) {
     return matches_of_block(at, [largest](const char *sixteen) { return matches_up_to16(sixteen, largest); });
 }
 
-// The same for the rest of a text that is shorter than a block. The wanted byte must not be NUL, and `largest` not 0xFF.
+// The same for the rest of a text that is shorter than a block. The wanted byte must not be NUL, nor `largest` 0xFF.
 std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted);
 std::uint64_t matches_up_to_of_rest(const char *at, std::size_t size, char largest);
 

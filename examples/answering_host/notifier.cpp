@@ -138,7 +138,7 @@ void Notifier::on_refer(const Received &request, const Peer &from) {
     Dialog *const dialog = request.to.tag[0] == '\0' ? &own : calls_.find_dialog(request, head);
     if (dialog == nullptr)
         return;
-    if (request.refer_to.use != 1) { // the codec reads no Refer-To without a Referred-By
+    if (request.refer_to.use != 1) {
         endpoint_.respond(head, SIP_RESPONSE_MSG_400_BAD_REQUEST);
         return;
     }

@@ -29,7 +29,7 @@ using Clock = std::chrono::steady_clock;
 constexpr long first_version = 1073741825; // of a session description, as the encoder writes it
 
 bool supports(const Received &request, std::string_view extension) {
-    return lists(request.supported.SUPPORTED, extension) || lists(request.require.REQUIRE, extension);
+    return lists(request.supported_tags, extension) || lists(request.required_tags, extension);
 }
 
 bool asks_for_timer(const Received &request) { return request.session_expires.use == 1 && supports(request, "timer"); }

@@ -9,7 +9,9 @@
 
 // A received message: its record, and what the record leaves out.
 struct Received : SIP_CODE_MSG {
-    int status = 0; // of a response, even if the codec has no identifier for it; 0 for a request
+    int status = 0;             // of a response, even if the codec has no identifier for it; 0 for a request
+    std::string supported_tags; // the option tags of all lines, separated by commas
+    std::string required_tags;
 };
 
 // Returns false if the message is refused.

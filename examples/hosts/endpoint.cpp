@@ -32,7 +32,7 @@ std::string_view why_unanswerable(const Received &request) {
 // Returns false if every host refuses the request.
 bool is_acceptable(const Received &request) {
     return request.cseq.method == request.method &&
-           (request.method == SIP_REQUEST_MSG_CANCEL || lists_all(extensions, request.require.REQUIRE));
+           (request.method == SIP_REQUEST_MSG_CANCEL || lists_all(extensions, request.required_tags));
 }
 
 // The forks of an INVITE differ in the tag only.

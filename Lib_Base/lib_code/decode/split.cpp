@@ -63,8 +63,8 @@ void log_overflow(section part) {
         SIPCODE_TRACE(1, "Too many SDP lines. Ignoring");
 }
 
-// Cuts one section into lines, in place: the end of a line's text becomes a terminator. The header section ends after its
-// first empty line. Returns the number of lines and moves begin to where the next section starts.
+// Cuts one section into lines, in place: the end of a line's text becomes a terminator. The header section ends after
+// its first empty line. Returns the number of lines and moves begin to where the next section starts.
 template <section Part>
 int cut_lines(const received whole, line_end_finder &finder, char *&begin, char **const lines, unsigned *lengths) {
     line_end_finder places = finder; // in registers while the section lasts
