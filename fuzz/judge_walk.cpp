@@ -71,8 +71,8 @@ void judge_walk(std::string_view text, int outcome, const SIP_CODE_MSG &record) 
     bool is_comparable = add_start_line(start, data, message);
     SIP_HEADER_WALK walk{};
     while (SIP_Walk_Headers(bytes, data.size(), &walk) == 1) {
-        const std::size_t begin = walk.name.length != 0 ? walk.name.at : walk.value.at;
-        const std::string_view line = data.substr(begin, walk.value.at + walk.value.length - begin);
+        const std::size_t end = walk.value.at + walk.value.length;
+        const std::string_view line = data.substr(walk.name.at, end - walk.name.at);
         is_comparable &= is_plain(line);
         message.add(line);
         message.add("\r\n");

@@ -144,7 +144,8 @@ typedef struct SIP_PLACES {
  * name   value
  *
  * The name ends at the first colon. The value begins after it and the blanks that follow. It keeps trailing blanks and
- * the line ends of lines that are joined. A line without a colon has an empty name and is its value. */
+ * the line ends of lines that are joined. A line without a colon has an empty name and is its value. The line itself
+ * begins at name.at, even if the name is empty. */
 typedef struct SIP_HEADER_WALK {
     SIP_SLICE name;
     SIP_SLICE value;
