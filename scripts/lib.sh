@@ -1,8 +1,8 @@
 # shellcheck shell=bash disable=SC2034
 # What the scripts share. Sourced in the root of the repository.
 
-packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev libspdlog-dev libpugixml-dev
-    libpcap-dev libtins-dev)
+packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev rapidjson-dev libspdlog-dev
+    libpugixml-dev libpcap-dev libtins-dev)
 packages_hosts=("${packages_tool[@]}" libasio-dev libssl-dev)
 packages_test=("${packages_hosts[@]}" libgtest-dev pkg-config scdoc python3-cffi luajit)
 packages_sipp=(sip-tester)

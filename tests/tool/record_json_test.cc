@@ -34,8 +34,12 @@ SIP_CODE_MSG random_record(unsigned seed) {
 TEST(record_json, keeps_every_member) {
     for (unsigned seed = 0; seed < 50; ++seed) {
         const SIP_CODE_MSG record = random_record(seed);
-        const std::string json = sipcode::to_json(record, sipcode::Scope::all).dump();
-        const SIP_CODE_MSG read = sipcode::record_from_json(ordered_json::parse(json));
+        rapidjson::StringBuffer json;
+        sipcode::JsonWriter out(json);
+        out.StartObject();
+        sipcode::write_members(out, record, sipcode::Scope::all);
+        out.EndObject();
+        const SIP_CODE_MSG read = sipcode::record_from_json(ordered_json::parse(json.GetString()));
         ASSERT_EQ(std::memcmp(&read, &record, sizeof read), 0) << "seed " << seed;
     }
 }

@@ -120,19 +120,22 @@ struct Leaf {
 namespace detail {
 
 template <typename Byte, typename Visit>
-void walk(const Record &description, Byte *record, bool present, std::string &path, Visit &visit) {
+void walk(const Record &description, Byte *record, bool present, Scope scope, std::string &path, Visit &visit) {
     const std::size_t outer = path.size();
     for (const Member &member : description.members) {
         const std::size_t present_elements = present ? present_count(member, record) : 0;
+        const std::size_t elements = scope == Scope::all ? member.count : present_elements;
+        if (elements == 0)
+            continue;
         path.append(outer == 0 ? "" : ".").append(member.name);
         const std::size_t named = path.size();
-        for (std::size_t i = 0; i < member.count; ++i) {
+        for (std::size_t i = 0; i < elements; ++i) {
             if (member.is_array)
                 path.append("[").append(std::to_string(i)).append("]");
             Byte *element = element_at(member, record, i);
             const bool counts = i < present_elements;
             if (member.kind == Kind::record)
-                walk(*member.record, element, counts && holds_something(member, element), path, visit);
+                walk(*member.record, element, counts && holds_something(member, element), scope, path, visit);
             else
                 visit(Leaf<Byte>{path, member, element, counts});
             path.resize(named);
@@ -143,17 +146,17 @@ void walk(const Record &description, Byte *record, bool present, std::string &pa
 
 } // namespace detail
 
-// Calls visit with each leaf of the record, present or not, in declaration order.
+// Calls visit with each leaf of the record that is wanted, in declaration order.
 template <typename Visit>
-void for_each_leaf(const SIP_CODE_MSG &record, Visit visit) {
+void for_each_leaf(const SIP_CODE_MSG &record, Visit visit, Scope scope = Scope::all) {
     std::string path;
-    detail::walk(code_record(), reinterpret_cast<const std::byte *>(&record), true, path, visit);
+    detail::walk(code_record(), reinterpret_cast<const std::byte *>(&record), true, scope, path, visit);
 }
 
 template <typename Visit>
 void for_each_leaf(SIP_CODE_MSG &record, Visit visit) {
     std::string path;
-    detail::walk(code_record(), reinterpret_cast<std::byte *>(&record), true, path, visit);
+    detail::walk(code_record(), reinterpret_cast<std::byte *>(&record), true, Scope::all, path, visit);
 }
 
 } // namespace sipcode

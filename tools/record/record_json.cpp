@@ -13,10 +13,17 @@ using nlohmann::ordered_json;
 
 constexpr const char *latin1 = "latin1";
 
+// Of the member with the name of a value.
+constexpr std::string_view name_suffix = "_name";
+
 // ---------------------------------------------------------------------------------------------------------------------
 // From the record
 
-bool is_utf8(const std::string &text) {
+bool is_ascii(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), [](char c) { return c < 0; });
+}
+
+bool is_utf8(std::string_view text) {
     try {
         static_cast<void>(ordered_json(text).dump());
         return true;
@@ -39,48 +46,58 @@ std::string latin1_to_utf8(std::string_view bytes) {
     return text;
 }
 
-ordered_json text_to_json(std::string_view bytes) {
-    std::string text(bytes);
-    if (!is_utf8(text))
-        return {{latin1, latin1_to_utf8(bytes)}};
-    return text;
+void write_string(JsonWriter &out, std::string_view text) {
+    out.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 
-ordered_json record_to_json(const Record &description, const std::byte *record, Scope scope);
+void write_key(JsonWriter &out, std::string_view name) {
+    out.Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+}
 
-ordered_json element_to_json(const Member &member, const std::byte *element, Scope scope) {
+void write_record(JsonWriter &out, const Record &description, const std::byte *record, Scope scope);
+
+void write_element(JsonWriter &out, const Member &member, const std::byte *element, Scope scope) {
     switch (member.kind) {
     case Kind::text:
-        return text_to_json(text_of(member, element));
+        return write_text(out, text_of(member, element));
     case Kind::number:
-        return number_of(member, element);
+        out.Int64(number_of(member, element));
+        return;
     case Kind::record:
-        if (scope == Scope::present && !holds_something(member, element))
-            return ordered_json::object();
-        return record_to_json(*member.record, element, scope);
+        out.StartObject();
+        if (scope == Scope::all || holds_something(member, element))
+            write_record(out, *member.record, element, scope);
+        out.EndObject();
+        return;
     case Kind::pointer:
-        break;
+        out.Null();
     }
-    return nullptr;
 }
 
-ordered_json member_to_json(const Member &member, const std::byte *record, std::size_t count, Scope scope) {
-    if (!member.is_array)
-        return element_to_json(member, element_at(member, record, 0), scope);
-    ordered_json elements = ordered_json::array();
+template <typename Write>
+void write_elements(JsonWriter &out, const Member &member, const std::byte *record, std::size_t count, Write write) {
+    if (member.is_array)
+        out.StartArray();
     for (std::size_t i = 0; i < count; ++i)
-        elements.push_back(element_to_json(member, element_at(member, record, i), scope));
-    return elements;
+        write(element_at(member, record, i));
+    if (member.is_array)
+        out.EndArray();
 }
 
-ordered_json record_to_json(const Record &description, const std::byte *record, Scope scope) {
-    ordered_json object = ordered_json::object();
+void write_record(JsonWriter &out, const Record &description, const std::byte *record, Scope scope) {
     for (const Member &member : description.members) {
         const std::size_t count = scope == Scope::all ? member.count : present_count(member, record);
-        if (count > 0)
-            object.emplace(member.name, member_to_json(member, record, count, scope));
+        if (count == 0)
+            continue;
+        write_key(out, member.name);
+        write_elements(out, member, record, count,
+                       [&](const std::byte *element) { write_element(out, member, element, scope); });
+        if (member.value_name == nullptr)
+            continue;
+        write_key(out, std::string(member.name).append(name_suffix));
+        write_elements(out, member, record, count,
+                       [&](const std::byte *element) { write_string(out, value_name_of(member, element)); });
     }
-    return object;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -112,6 +129,8 @@ class Reader {
             fail_for_kind("an object", value);
         const std::size_t outer = path_.size();
         for (const auto &[name, member_value] : value.items()) {
+            if (is_value_name(description, name))
+                continue;
             path_.append(outer == 0 ? "" : ".").append(name);
             read_member(member_value, find(description, name), record);
             path_.resize(outer);
@@ -127,9 +146,20 @@ class Reader {
         fail("expected " + wanted + ", not " + value.type_name());
     }
 
+    static auto member_named(const Record &description, std::string_view name) {
+        return std::find_if(description.members.begin(), description.members.end(),
+                            [name](const Member &member) { return member.name == name; });
+    }
+
+    static bool is_value_name(const Record &description, std::string_view name) {
+        if (!name.ends_with(name_suffix))
+            return false;
+        const auto found = member_named(description, name.substr(0, name.size() - name_suffix.size()));
+        return found != description.members.end() && found->value_name != nullptr;
+    }
+
     const Member &find(const Record &description, std::string_view name) const {
-        const auto found = std::find_if(description.members.begin(), description.members.end(),
-                                        [name](const Member &member) { return member.name == name; });
+        const auto found = member_named(description, name);
         if (found == description.members.end())
             fail("no such member");
         return *found;
@@ -199,8 +229,17 @@ class Reader {
 
 } // namespace
 
-ordered_json to_json(const SIP_CODE_MSG &record, Scope scope) {
-    return record_to_json(code_record(), reinterpret_cast<const std::byte *>(&record), scope);
+void write_text(JsonWriter &out, std::string_view text) {
+    if (is_ascii(text) || is_utf8(text))
+        return write_string(out, text);
+    out.StartObject();
+    write_key(out, latin1);
+    write_string(out, latin1_to_utf8(text));
+    out.EndObject();
+}
+
+void write_members(JsonWriter &out, const SIP_CODE_MSG &record, Scope scope) {
+    write_record(out, code_record(), reinterpret_cast<const std::byte *>(&record), scope);
 }
 
 SIP_CODE_MSG record_from_json(const ordered_json &value) {

@@ -19,13 +19,13 @@
 #include "console.h"
 #include "decode.h"
 #include "message_decoder.h"
-#include "message_source.h"
+#include "message_reader.h"
 #include "message_writer.h"
 
 namespace {
 
 constexpr const char *footer =
-    R"(The file holds messages in the form that 'sipcode decode' reads. Several answers are written with a line "----"
+    R"(The file holds messages in a form that 'sipcode decode' reads, captures included. Several answers are written with a line "----"
 between them.
 
 An answer repeats Via, From, To, Call-ID, CSeq, Record-Route and Korvadex-Extern. A 200 or 202 to a REGISTER also
@@ -123,29 +123,28 @@ AnswerSettings settings_of(const Options &options) {
 // Writes the answer. Returns why there is none, or an empty text.
 std::string answer_message(const Decoded &request, const AnswerSettings &settings, MessageWriter &writer) {
     if (!request.refusal.empty())
-        return request.refusal;
+        return std::string(request.refusal);
     const Answer made = answer(request.record, settings);
     return made.refusal.empty() ? writer.write(made.record) : made.refusal;
 }
 
 int answer_messages(const Options &options) {
     const AnswerSettings settings = settings_of(options);
-    const std::string content = read_source(options.file);
     srandom(std::random_device()()); // for the library's tags
     MessageDecoder decoder;
     MessageWriter writer;
-    int status = success;
-    int number = 0;
-    for (const std::string_view message : split_messages(content)) {
-        const std::string place = fmt::format("{}: message {}", source_name(options.file), ++number);
-        const Decoded request = decoder.decode(std::string(message), place);
-        const std::string refusal = answer_message(request, settings, writer);
-        if (refusal.empty())
-            continue;
-        print_error(fmt::format("{}: refused: {}", place, refusal));
-        status = refused;
-    }
-    return status;
+    std::size_t answered = 0;
+    std::size_t refusals = 0;
+    const auto take = [&](const ReceivedMessage &message) {
+        const std::string refusal = answer_message(decoder.decode(message.text, message.place), settings, writer);
+        ++(refusal.empty() ? answered : refusals);
+        if (!refusal.empty())
+            print_error(fmt::format("{}: refused: {}", message.place, refusal));
+    };
+    Source source(options.file);
+    const int status =
+        read_messages(source, "", take, [&] { return fmt::format("{} answered, {} refused", answered, refusals); });
+    return std::max<int>(status, refusals == 0 ? success : refused);
 }
 
 } // namespace

@@ -93,17 +93,12 @@ void print_json(const std::string &file, const Finding &finding, const Place &pl
     std::cout << object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
 
-std::vector<Finding> check_silently(std::string_view message, std::size_t first_line) {
-    const DiscardLibraryPrints discard;
-    return check_message(message, first_line);
-}
-
 int check_messages(const std::string &content, const std::string &file, bool as_json) {
     int status = success;
     for (const std::string_view message : split_messages(content)) {
         const auto begin = static_cast<std::size_t>(message.data() - content.data());
         const std::size_t first_line = line_number(content, begin, 1);
-        for (const Finding &finding : check_silently(message, first_line)) {
+        for (const Finding &finding : check_message(message, first_line)) {
             const Place place = place_of(message, finding.place, first_line);
             if (as_json)
                 print_json(file, finding, place);
@@ -111,7 +106,7 @@ int check_messages(const std::string &content, const std::string &file, bool as_
                 print_text(file, finding, place);
             status = refused;
         }
-        flush_output();
+        end_result();
     }
     return status;
 }

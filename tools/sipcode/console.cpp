@@ -16,6 +16,7 @@ namespace {
 constexpr std::chrono::milliseconds interval(200);
 
 bool is_shown = false;
+bool is_terminal = false; // whether the results go to one
 
 void clear() {
     if (is_shown)
@@ -26,18 +27,46 @@ void clear() {
 } // namespace
 
 void print_error(std::string_view line) {
+    std::cout.flush();
     clear();
     fmt::print(stderr, "sipcode: {}\n", line);
 }
 
+std::string count_of(std::size_t count, std::string_view singular) {
+    return fmt::format("{} {}{}", count, singular, count == 1 ? "" : "s");
+}
+
+ResultOutput::ResultOutput() {
+    is_terminal = isatty(STDOUT_FILENO) == 1;
+    const int results = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (results == -1)
+        return; // it is closed, and stays closed, so that writes fail
+    const int sink = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (sink == -1)
+        throw std::system_error(errno, std::generic_category(), "/dev/null");
+    dup2(sink, STDOUT_FILENO);
+    close(sink);
+    constexpr std::size_t block = 1 << 16;
+    old_ = std::cout.rdbuf(&file_.emplace(results, std::ios::out, block));
+}
+
+ResultOutput::~ResultOutput() {
+    if (file_)
+        std::cout.rdbuf(old_);
+}
+
+void end_result() {
+    if (is_terminal || !std::cout)
+        flush_output();
+}
+
 void flush_output() {
-    errno = 0;
     if (!std::cout.flush())
         throw std::system_error(errno == 0 ? EIO : errno, std::generic_category(), "standard output");
 }
 
 Progress::Progress(const Source &source)
-    : source_(source), is_wanted_(isatty(STDERR_FILENO) == 1 && isatty(STDOUT_FILENO) == 0),
+    : source_(source), is_wanted_(isatty(STDERR_FILENO) == 1 && !is_terminal),
       next_(std::chrono::steady_clock::now() + interval) {}
 
 Progress::~Progress() { clear(); }
@@ -51,25 +80,4 @@ void Progress::update(std::size_t packets, std::size_t messages) {
     fmt::print(stderr, "{}: {}{} packets, {} messages", source_.name(), share, packets, messages);
     is_shown = true;
     next_ = std::chrono::steady_clock::now() + interval;
-}
-
-// If standard output is closed, it stays closed, and writes to it fail anyway.
-DiscardLibraryPrints::DiscardLibraryPrints() {
-    flush_output();
-    output_ = dup(STDOUT_FILENO);
-    if (output_ == -1)
-        return;
-    const int sink = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (sink == -1)
-        throw std::system_error(errno, std::generic_category(), "/dev/null");
-    dup2(sink, STDOUT_FILENO);
-    close(sink);
-}
-
-DiscardLibraryPrints::~DiscardLibraryPrints() {
-    if (output_ == -1)
-        return;
-    static_cast<void>(std::fflush(stdout)); // discarded either way
-    dup2(output_, STDOUT_FILENO);
-    close(output_);
 }

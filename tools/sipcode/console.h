@@ -3,7 +3,12 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
+#include <streambuf>
+#include <string>
 #include <string_view>
+
+#include <ext/stdio_filebuf.h>
 
 #include "message_source.h"
 
@@ -13,10 +18,33 @@ enum ExitStatus {
     misuse = 2,  // the command line, a file or the output is at fault
 };
 
-// Prints "sipcode: " and the line on standard error, in place of the progress line if one is shown.
+// Prints "sipcode: " and the line on standard error, after the results so far, and in place of the progress line if one
+// is shown.
 void print_error(std::string_view line);
 
-// Flushes standard output. Throws std::system_error if the write fails, for example on a full disk.
+// "1 packet", "2 packets"
+std::string count_of(std::size_t count, std::string_view singular);
+
+// Takes standard output for the results of the tool, which std::cout writes in blocks. What the library prints on
+// standard output is discarded: the tool reports the same itself, the video section as a member of the record and an
+// unknown method by its word.
+class ResultOutput {
+  public:
+    ResultOutput();
+    ~ResultOutput();
+    ResultOutput(const ResultOutput &) = delete;
+    ResultOutput &operator=(const ResultOutput &) = delete;
+
+  private:
+    std::optional<__gnu_cxx::stdio_filebuf<char>> file_; // none if standard output is closed
+    std::streambuf *old_ = nullptr;
+};
+
+// Call it after each result. A result is written at once if standard output is a terminal. Throws std::system_error if
+// a write has failed, for example on a full disk.
+void end_result();
+
+// Writes out what the results so far left in the buffer. Throws like end_result.
 void flush_output();
 
 // Shows the progress of a long run on one line of the terminal, if standard error is a terminal and standard output is
@@ -34,17 +62,4 @@ class Progress {
     const Source &source_;
     bool is_wanted_;
     std::chrono::steady_clock::time_point next_;
-};
-
-// Discards what the library prints on standard output while the object lives. The tool reports the same itself: the
-// video section as a member of the record, an unknown method as a refusal.
-class DiscardLibraryPrints {
-  public:
-    DiscardLibraryPrints();
-    ~DiscardLibraryPrints();
-    DiscardLibraryPrints(const DiscardLibraryPrints &) = delete;
-    DiscardLibraryPrints &operator=(const DiscardLibraryPrints &) = delete;
-
-  private:
-    int output_; // a duplicate of standard output
 };

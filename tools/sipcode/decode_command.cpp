@@ -2,6 +2,7 @@
 #include "commands.h"
 
 #include <algorithm>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -10,17 +11,17 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
-#include "capture_decoder.h"
 #include "console.h"
 #include "message_decoder.h"
 #include "message_printer.h"
-#include "message_source.h"
+#include "message_reader.h"
 
 namespace {
 
 struct Options {
     std::vector<std::string> files = {"-"};
     bool dump = false;
+    bool raw = false;
     bool json = false;
     bool all = false;
     std::string filter;
@@ -38,12 +39,14 @@ read. Of a fragmented datagram, a filter on ports matches only the first fragmen
 The streams of the session description come first, then the members that are present. A member is present if it is not 0
 or empty, and if the flag of the structure around it is set.
 
-With --json each message is one line: an object with the names of the members, in the order of the record. A text that
-is not valid UTF-8 is written as {"latin1": "..."}, with one character for each byte. A refused message is {}. A message
-of a capture is an object with "packet", "time", "transport", "source", "destination", "whole", and either "record" or
-"refused".
+With --json each message is one line: an object with "start_line", which holds the method and URI or the status and
+reason that were received, and the members in the order of the record. The name of a number follows it: "method_name". A
+text that is not valid UTF-8 is written as {"latin1": "..."}, with one character for each byte. A refused message is {}.
+A message of a capture is an object with "packet", "time", "transport", "source", "destination", "whole", and either
+"start_line" and "record" or "refused".
 
-With --dump the library's trace lines of each record are printed, with a line "----" between messages.
+With --dump the library's trace lines of each record are printed, with a line "----" between messages. With --raw the
+messages themselves are, so the other commands can read them.
 
 Refusals, notes and the library's log lines go to standard error.
 
@@ -53,43 +56,65 @@ fault. Messages before the damage in a capture are decoded.)";
 Form form_of(const Options &options) {
     if (options.dump)
         return Form::dump;
+    if (options.raw)
+        return Form::raw;
     return options.json ? Form::json : Form::members;
 }
 
-int decode_messages(const std::string &content, const std::string &name, MessageDecoder &decoder,
-                    MessagePrinter &printer) {
-    int status = success;
-    int number = 0;
-    for (const std::string_view message : split_messages(content)) {
-        const std::string place = fmt::format("{}: message {}", name, ++number);
-        Decoded decoded = decoder.decode(std::string(message), place);
-        if (!decoded.refusal.empty()) {
-            print_error(fmt::format("{}: refused: {}", place, decoded.refusal));
-            status = refused;
-        }
-        printer.print(decoded, place, nullptr);
-    }
-    return status;
-}
+class Decoding {
+  public:
+    explicit Decoding(const Options &options)
+        : options_(options), printer_(form_of(options), options.all ? sipcode::Scope::all : sipcode::Scope::present) {}
 
-int decode_source(Source &source, const Options &options, MessageDecoder &decoder, MessagePrinter &printer) {
-    if (source.is_capture())
-        return decode_capture(source, options.filter, decoder, printer);
-    if (!options.filter.empty()) {
-        print_error(fmt::format("{}: not a capture, so --filter does not apply", source.name()));
-        return misuse;
+    // Returns the exit status.
+    int run(const std::string &file) {
+        refused_.clear();
+        cut_values_ = count_ = 0;
+        Source source(file);
+        const int status = read_messages(
+            source, options_.filter, [this](const ReceivedMessage &message) { decode(message); },
+            [this] { return summary(); });
+        return std::max<int>(status, refused_.empty() ? success : refused);
     }
-    return decode_messages(source.read_all(), source.name(), decoder, printer);
-}
+
+  private:
+    void decode(const ReceivedMessage &message) {
+        Decoded &decoded = decoder_.decode(message.text, message.place);
+        if (!decoded.refusal.empty()) {
+            print_error(fmt::format("{}: refused: {}", message.place, decoded.refusal));
+            ++refused_[decoded.refusal];
+        }
+        cut_values_ += static_cast<std::size_t>(decoded.cut_values);
+        ++count_;
+        printer_.print(decoded, message.place, message.origin);
+    }
+
+    // "1 decoded, 2 refused (1 no CSeq, 1 no Via), 0 values cut"
+    std::string summary() const {
+        std::size_t refused_count = 0;
+        std::string reasons;
+        for (const auto &[reason, count] : refused_) {
+            refused_count += count;
+            reasons += fmt::format("{}{} {}", reasons.empty() ? " (" : ", ", count, reason);
+        }
+        return fmt::format("{} decoded, {} refused{}{}, {} cut", count_ - refused_count, refused_count, reasons,
+                           reasons.empty() ? "" : ")", count_of(cut_values_, "value"));
+    }
+
+    const Options &options_;
+    MessageDecoder decoder_;
+    MessagePrinter printer_;
+    std::size_t count_ = 0;
+    std::size_t cut_values_ = 0;
+    std::map<std::string_view, std::size_t> refused_; // by reason
+};
 
 int decode(const Options &options) {
-    MessageDecoder decoder;
-    MessagePrinter printer(form_of(options), options.all ? sipcode::Scope::all : sipcode::Scope::present);
+    Decoding decoding(options);
     int status = success;
     for (const std::string &file : options.files) {
         try {
-            Source source(file);
-            status = std::max(status, decode_source(source, options, decoder, printer));
+            status = std::max(status, decoding.run(file));
         } catch (const SourceError &error) {
             print_error(error.what());
             status = misuse;
@@ -107,7 +132,9 @@ void add_decode_command(CLI::App &tool, int &status) {
         ->type_name("");
     CLI::Option *json = command->add_flag("--json", options->json, "One JSON object per message");
     CLI::Option *all = command->add_flag("--all", options->all, "Prints absent members too");
-    command->add_flag("--dump", options->dump, "The library's trace lines")->excludes(json)->excludes(all);
+    CLI::Option *dump = command->add_flag("--dump", options->dump, "The library's trace lines");
+    dump->excludes(json)->excludes(all);
+    command->add_flag("--raw", options->raw, "The messages as they were received")->excludes(json, all, dump);
     command->add_option("--filter", options->filter, "Reads only packets of a capture that match")->type_name("BPF");
     command->footer(footer);
     command->callback([options, &status] { status = decode(*options); });

@@ -15,9 +15,9 @@
 namespace {
 
 constexpr const char *footer =
-    R"(The file holds records in the form that 'sipcode decode --json' prints, one JSON object after another. A method
-from 1 to 15 makes a request, one from 16 to 48 a response. Several messages are written with a line "----" between
-them.
+    R"(The file holds records in the form that 'sipcode decode --json' prints, one JSON object after another. "start_line"
+and the names of numbers are not read. A message that decode refused is refused again. A method from 1 to 15 makes a
+request, one from 16 to 48 a response. Several messages are written with a line "----" between them.
 
 Nothing is written if the JSON is malformed, or if a member is unknown, has a value of the wrong type, is out of range
 or is too long. The message on standard error gives the place.
@@ -29,8 +29,8 @@ int encode(const std::string &file) {
     const std::vector<NamedRecord> records = read_records(read_source(file), source_name(file));
     MessageWriter writer;
     int status = success;
-    for (const auto &[place, record] : records) {
-        const std::string refusal = writer.write(record);
+    for (const auto &[place, record, refused_before] : records) {
+        const std::string refusal = refused_before.empty() ? writer.write(record) : refused_before;
         if (refusal.empty())
             continue;
         print_error(fmt::format("{}: refused: {}", place, refusal));

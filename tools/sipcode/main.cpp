@@ -19,6 +19,7 @@ int run(int argc, char **argv) {
     });
 
     int status = success;
+    const ResultOutput output;
     add_decode_command(tool, status);
     add_encode_command(tool, status);
     add_answer_command(tool, status);

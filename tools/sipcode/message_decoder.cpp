@@ -10,13 +10,12 @@
 
 #include "console.h"
 #include "message_check.h"
-#include "safe.h"
 
 namespace {
 
 constexpr std::size_t longest_message = SIP_LONGEST_MESSAGE;
 
-void note_unread_text(const std::string &message, const std::string &place) {
+void note_unread_text(std::string_view message, std::string_view place) {
     const std::size_t end = message.find('\0');
     if (end < longest_message)
         print_error(fmt::format("{}: note: the message ends at its NUL, character {}", place, end + 1));
@@ -25,18 +24,11 @@ void note_unread_text(const std::string &message, const std::string &place) {
                                 message.size()));
 }
 
-SIP_DECODE_REPORT decode_silently(const std::string &message, SIP_CODE_MSG &record) {
-    const DiscardLibraryPrints discard;
-    SIP_DECODE_REPORT report;
-    SIP_Decode_Buffer(message.data(), message.size(), &record, &report);
-    return report;
-}
-
 } // namespace
 
 class MessageDecoder::Log : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
   public:
-    void begin(const std::string &place) { place_ = place; }
+    void begin(std::string_view place) { place_ = place; }
 
   private:
     void sink_it_(const spdlog::details::log_msg &message) override {
@@ -47,19 +39,21 @@ class MessageDecoder::Log : public spdlog::sinks::base_sink<spdlog::details::nul
 
     void flush_() override {}
 
-    std::string place_;
+    std::string_view place_;
 };
 
 MessageDecoder::MessageDecoder() : log_(std::make_shared<Log>()) {
     spdlog::register_logger(std::make_shared<spdlog::logger>("sipcode", log_));
 }
 
-Decoded MessageDecoder::decode(const std::string &message, const std::string &place) {
+Decoded &MessageDecoder::decode(std::string_view message, std::string_view place) {
     note_unread_text(message, place);
     log_->begin(place);
-    Decoded decoded{};
-    const SIP_DECODE_REPORT report = decode_silently(message, decoded.record);
-    decoded.refusal = refusal_text(report.outcome);
-    decoded.cut_values = report.cut_count;
-    return decoded;
+    SIP_DECODE_REPORT report;
+    SIP_Decode_Buffer(message.data(), message.size(), &decoded_.record, &report);
+    SIP_Read_Start_Line(message.data(), message.size(), &decoded_.start);
+    decoded_.text = message;
+    decoded_.refusal = refusal_text(report.outcome);
+    decoded_.cut_values = report.cut_count;
+    return decoded_;
 }

@@ -12,14 +12,16 @@
 
 namespace {
 
-using nlohmann::ordered_json;
-
-// "INVITE", or "200 OK to INVITE".
-std::string kind_of(const SIP_CODE_MSG &record) {
-    const char *kind = decode_methods[record.method].text;
-    if (record.method < SIP_RESPONSE_MSG_100_TRY)
-        return kind;
-    return fmt::format("{} to {}", kind, sipcode::method_name(record.cseq.method));
+// The library reads a status without an identifier as another one, so this is what was received: "INVITE", or "200 OK
+// to INVITE".
+std::string kind_of(const Decoded &decoded) {
+    const auto received = [&](const SIP_SLICE &slice) {
+        return printable(decoded.text.substr(slice.at, slice.length));
+    };
+    if (decoded.start.method.length != 0)
+        return received(decoded.start.method);
+    return fmt::format("{:03} {} to {}", decoded.start.status, received(decoded.start.reason),
+                       sipcode::method_name(decoded.record.cseq.method));
 }
 
 std::string origin_text(const CapturedMessage &origin) {
@@ -28,22 +30,65 @@ std::string origin_text(const CapturedMessage &origin) {
                        endpoint_text(origin.destination));
 }
 
-ordered_json endpoint_json(const Endpoint &endpoint) {
-    return {{"address", endpoint.address}, {"port", endpoint.port}};
-}
+// Writes the members of a JSON object.
+class Members {
+  public:
+    explicit Members(sipcode::JsonWriter &out) : out_(out) {}
 
-ordered_json origin_json(const CapturedMessage &origin) {
-    return {{"packet", origin.mark.number},
-            {"time", time_text(origin.mark)},
-            {"transport", transport_name(origin.transport)},
-            {"source", endpoint_json(origin.source)},
-            {"destination", endpoint_json(origin.destination)},
-            {"whole", origin.is_whole}};
+    Members &key(std::string_view name) {
+        out_.Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+        return *this;
+    }
+    void text(std::string_view name, std::string_view value) {
+        key(name);
+        sipcode::write_text(out_, value);
+    }
+    void number(std::string_view name, std::uint64_t value) {
+        key(name);
+        out_.Uint64(value);
+    }
+    void flag(std::string_view name, bool value) {
+        key(name);
+        out_.Bool(value);
+    }
+    void endpoint(std::string_view name, const Endpoint &value) {
+        key(name);
+        out_.StartObject();
+        text("address", value.address);
+        number("port", value.port);
+        out_.EndObject();
+    }
+    void start_line(const Decoded &decoded) {
+        const SIP_START_LINE &start = decoded.start;
+        const auto received = [&](const SIP_SLICE &slice) { return decoded.text.substr(slice.at, slice.length); };
+        key("start_line");
+        out_.StartObject();
+        if (start.method.length != 0) {
+            text("method", received(start.method));
+            text("uri", received(start.uri));
+        } else {
+            number("status", static_cast<std::uint64_t>(start.status));
+            text("reason", received(start.reason));
+        }
+        out_.EndObject();
+    }
+
+  private:
+    sipcode::JsonWriter &out_;
+};
+
+void write_origin(Members &members, const CapturedMessage &origin) {
+    members.number("packet", origin.mark.number);
+    members.text("time", time_text(origin.mark));
+    members.text("transport", transport_name(origin.transport));
+    members.endpoint("source", origin.source);
+    members.endpoint("destination", origin.destination);
+    members.flag("whole", origin.is_whole);
 }
 
 } // namespace
 
-void MessagePrinter::print(Decoded &decoded, const std::string &place, const CapturedMessage *origin) {
+void MessagePrinter::print(Decoded &decoded, std::string_view place, const CapturedMessage *origin) {
     switch (form_) {
     case Form::members:
         print_members(decoded, place, origin);
@@ -54,9 +99,11 @@ void MessagePrinter::print(Decoded &decoded, const std::string &place, const Cap
     case Form::dump:
         print_dump(decoded.record);
         break;
+    case Form::raw:
+        text_.write(decoded.text);
+        break;
     }
-    // After every message, so that output and log keep their order if both go to the same place.
-    flush_output();
+    end_result();
 }
 
 void MessagePrinter::print_dump(SIP_CODE_MSG &record) {
@@ -66,26 +113,36 @@ void MessagePrinter::print_dump(SIP_CODE_MSG &record) {
     is_first_ = false;
 }
 
-void MessagePrinter::print_json(const Decoded &decoded, const CapturedMessage *origin) const {
+void MessagePrinter::print_json(const Decoded &decoded, const CapturedMessage *origin) {
     const bool accepted = decoded.refusal.empty();
-    ordered_json record = accepted ? sipcode::to_json(decoded.record, scope_) : ordered_json::object();
-    if (origin == nullptr) {
-        std::cout << record << '\n';
-        return;
-    }
-    ordered_json message = origin_json(*origin);
+    json_.Clear();
+    sipcode::JsonWriter out(json_);
+    Members members(out);
+    out.StartObject();
+    if (origin != nullptr)
+        write_origin(members, *origin);
     if (accepted)
-        message["record"] = std::move(record);
-    else
-        message["refused"] = decoded.refusal;
-    std::cout << message << '\n';
+        members.start_line(decoded);
+    if (origin != nullptr && accepted) {
+        members.key("record");
+        out.StartObject();
+    }
+    if (accepted)
+        sipcode::write_members(out, decoded.record, scope_);
+    else if (origin != nullptr)
+        members.text("refused", decoded.refusal);
+    if (origin != nullptr && accepted)
+        out.EndObject();
+    out.EndObject();
+    json_.Put('\n');
+    std::cout.write(json_.GetString(), static_cast<std::streamsize>(json_.GetSize()));
 }
 
-void MessagePrinter::print_members(const Decoded &decoded, const std::string &place,
+void MessagePrinter::print_members(const Decoded &decoded, std::string_view place,
                                    const CapturedMessage *origin) const {
     const bool accepted = decoded.refusal.empty();
     fmt::print(std::cout, "{}: {}{}\n", place, origin == nullptr ? "" : origin_text(*origin) + ": ",
-               accepted ? kind_of(decoded.record) : "refused: " + decoded.refusal);
+               accepted ? kind_of(decoded) : fmt::format("refused: {}", decoded.refusal));
     print_session(std::cout, decoded.record);
     print_record(std::cout, decoded.record, scope_);
 }

@@ -25,6 +25,14 @@ std::string reason(int error, const SIP_CODE_MSG &record) {
 
 } // namespace
 
+void MessageText::write(std::string_view message) {
+    if (!is_first_)
+        std::cout << (line_is_open_ ? "\n----\n" : "----\n");
+    std::cout << message;
+    is_first_ = false;
+    line_is_open_ = !message.ends_with('\n');
+}
+
 std::string MessageWriter::write(SIP_CODE_MSG record) {
     char buffer[std::max(SIP_REQUEST_SIZE, SIP_RESPONSE_SIZE)];
     const bool is_response = record.method >= SIP_RESPONSE_MSG_100_TRY;
@@ -32,11 +40,6 @@ std::string MessageWriter::write(SIP_CODE_MSG record) {
         (is_response ? SIP_Encode_Response_Buffer : SIP_Encode_Request_Buffer)(buffer, sizeof buffer, &record);
     if (length < 0)
         return reason(length, record);
-    if (!is_first_)
-        std::cout << (line_is_open_ ? "\n----\n" : "----\n");
-    const std::string_view message(buffer, static_cast<std::size_t>(length));
-    std::cout << message;
-    is_first_ = false;
-    line_is_open_ = !message.ends_with('\n');
+    text_.write({buffer, static_cast<std::size_t>(length)});
     return {};
 }

@@ -11,8 +11,16 @@
 #pragma once
 
 #include <iosfwd>
+#include <string>
+#include <string_view>
 
 #include "record.h"
+
+// The text with C's escapes: received text must not reach a terminal as a control sequence.
+std::string printable(std::string_view text);
+
+// The same between quotes, at the end of out.
+void append_quoted(std::string &out, std::string_view text);
 
 // Prints one line per stream, and nothing for a record without a session description. The line of an INVITE or UPDATE
 // begins with "offer". Any other begins with "media", since it may be an answer.

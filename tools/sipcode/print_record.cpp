@@ -2,17 +2,21 @@
 #include "print.h"
 
 #include <algorithm>
+#include <iterator>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include <fmt/ostream.h>
+#include <fmt/format.h>
 
 namespace {
 
+// Lines of the record in one text, which saves an allocation for each of them.
 struct Line {
-    std::string path;
-    std::string value;
+    std::size_t path; // where it begins; the value follows it
+    std::size_t value;
+    std::size_t end;
 };
 
 // Removes the first line from the text and returns it, line feed included.
@@ -23,54 +27,100 @@ std::string_view take_line(std::string_view &text) {
     return taken;
 }
 
-void add_text(std::vector<Line> &lines, std::string path, std::string_view text) {
-    lines.push_back({std::move(path), fmt::format("{:?}", take_line(text))});
-    while (!text.empty())
-        lines.push_back({"", fmt::format("{:?}", take_line(text))});
-}
+class Lines {
+  public:
+    Lines(const SIP_CODE_MSG &record, sipcode::Scope scope) {
+        sipcode::for_each_leaf(
+            record, [this](const sipcode::Leaf<const std::byte> &leaf) { add(leaf); }, scope);
+    }
 
-std::string number_with_name(long number, std::string_view name) {
-    return name.empty() ? std::to_string(number) : fmt::format("{} ({})", number, name);
-}
-
-std::vector<Line> lines_of(const SIP_CODE_MSG &record, sipcode::Scope scope) {
-    std::vector<Line> lines;
-    sipcode::for_each_leaf(record, [&](const sipcode::Leaf<const std::byte> &leaf) {
-        if (scope == sipcode::Scope::present && !leaf.present)
+    // The record begins with the body, but a reader wants to see the kind of message first.
+    void move_body_to_end() {
+        if (lines_.empty() || path_of(lines_.front()) != "xml_buf")
             return;
-        std::string path(leaf.path);
+        const auto end =
+            std::find_if(lines_.begin() + 1, lines_.end(), [this](const Line &line) { return !path_of(line).empty(); });
+        std::rotate(lines_.begin(), end, lines_.end());
+    }
+
+    void print(std::ostream &out) const {
+        std::size_t width = 0;
+        for (const Line &line : lines_)
+            width = std::max(width, path_of(line).size());
+        std::string text;
+        for (const Line &line : lines_) {
+            text.append("  ").append(path_of(line)).append(width - path_of(line).size() + 2, ' ');
+            text.append(value_of(line)).append("\n");
+        }
+        out << text;
+    }
+
+  private:
+    std::string_view path_of(const Line &line) const { return {text_.data() + line.path, line.value - line.path}; }
+    std::string_view value_of(const Line &line) const { return {text_.data() + line.value, line.end - line.value}; }
+
+    template <typename Append>
+    void add(std::string_view path, Append append_value) {
+        Line line{text_.size(), text_.size() + path.size(), 0};
+        text_.append(path);
+        append_value(text_);
+        line.end = text_.size();
+        lines_.push_back(line);
+    }
+
+    void add(const sipcode::Leaf<const std::byte> &leaf) {
         switch (leaf.member.kind) {
         case sipcode::Kind::text:
-            add_text(lines, std::move(path), sipcode::text_of(leaf.member, leaf.element));
-            break;
+            return add_text(leaf.path, sipcode::text_of(leaf.member, leaf.element));
         case sipcode::Kind::number:
-            lines.push_back({std::move(path), number_with_name(sipcode::number_of(leaf.member, leaf.element),
-                                                               sipcode::value_name_of(leaf.member, leaf.element))});
-            break;
+            return add_number(leaf.path, sipcode::number_of(leaf.member, leaf.element),
+                              sipcode::value_name_of(leaf.member, leaf.element));
         case sipcode::Kind::pointer:
         case sipcode::Kind::record:
-            lines.push_back({std::move(path), leaf.present ? "set" : "null"});
-            break;
+            return add(leaf.path, [&leaf](std::string &out) { out.append(leaf.present ? "set" : "null"); });
         }
-    });
-    return lines;
-}
+    }
 
-std::vector<Line>::iterator end_of_body(std::vector<Line> &lines) {
-    if (lines.empty() || lines.front().path != "xml_buf")
-        return lines.begin();
-    return std::find_if(lines.begin() + 1, lines.end(), [](const Line &line) { return !line.path.empty(); });
-}
+    void add_text(std::string_view path, std::string_view text) {
+        const auto append_line = [&text](std::string &out) { append_quoted(out, take_line(text)); };
+        add(path, append_line);
+        while (!text.empty())
+            add("", append_line);
+    }
+
+    void add_number(std::string_view path, long number, std::string_view name) {
+        add(path, [number, name](std::string &out) {
+            out.append(fmt::format_int(number).c_str());
+            if (!name.empty())
+                out.append(" (").append(name).append(")");
+        });
+    }
+
+    std::string text_;
+    std::vector<Line> lines_;
+};
 
 } // namespace
 
+// fmt takes twenty times as long to quote a text, and few need it.
+void append_quoted(std::string &out, std::string_view text) {
+    const auto is_plain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
+    const auto plain = static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), is_plain) - text.begin());
+    const std::string_view rest = text.substr(plain);
+    if (rest.empty() || rest == "\r\n")
+        out.append("\"").append(text, 0, plain).append(rest.empty() ? "\"" : "\\r\\n\"");
+    else
+        fmt::format_to(std::back_inserter(out), "{:?}", text);
+}
+
+std::string printable(std::string_view text) {
+    std::string quoted;
+    append_quoted(quoted, text);
+    return quoted.substr(1, quoted.size() - 2);
+}
+
 void print_record(std::ostream &out, const SIP_CODE_MSG &record, sipcode::Scope scope) {
-    std::vector<Line> lines = lines_of(record, scope);
-    // The record begins with the body, but a reader wants to see the kind of message first.
-    std::rotate(lines.begin(), end_of_body(lines), lines.end());
-    std::size_t width = 0;
-    for (const Line &line : lines)
-        width = std::max(width, line.path.size());
-    for (const Line &line : lines)
-        fmt::print(out, "  {:<{}}  {}\n", line.path, width, line.value);
+    Lines lines(record, scope);
+    lines.move_body_to_end();
+    lines.print(out);
 }

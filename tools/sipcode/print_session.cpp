@@ -17,13 +17,9 @@ constexpr std::string_view directions[] = {"sendrecv", "sendonly", "recvonly", "
 constexpr std::string_view codec_names[SIP_CODE_CODEC_COUNT] = {
     "", "PCMA", "PCMU", "G729", "G723", "telephone-event", "GSM", "G726", "G722", "speex", "iLBC", "DVI4"};
 
-// Received text must not reach a terminal as a control sequence.
-std::string printable(std::string_view text) {
-    const std::string quoted = fmt::format("{:?}", text);
-    return quoted.substr(1, quoted.size() - 2);
+std::string address_text(const IPV4_ADDRESS &address) {
+    return fmt::format("{}:{}", printable(address.ip), address.port);
 }
-
-std::string printable(const IPV4_ADDRESS &address) { return fmt::format("{}:{}", printable(address.ip), address.port); }
 
 bool has_payload(e_codec codec) { return codec == SPEEX || codec == ILBC || codec == TE101; }
 
@@ -68,7 +64,7 @@ std::string video_codecs(const SIP_SDP &sdp) {
 }
 
 std::string audio(const SIP_SDP &sdp) {
-    std::string line = fmt::format("audio {}  {}", printable(sdp.a_addr), audio_codecs(sdp));
+    std::string line = fmt::format("audio {}  {}", address_text(sdp.a_addr), audio_codecs(sdp));
     if (sdp.a_media >= 0 && sdp.a_media < static_cast<int>(std::size(directions)))
         line += fmt::format("  {}", directions[sdp.a_media]);
     if (sdp.a_ptime > 0)
@@ -77,7 +73,7 @@ std::string audio(const SIP_SDP &sdp) {
 }
 
 std::string video(const SIP_SDP &sdp) {
-    std::string line = fmt::format("video {}  {}", printable(sdp.v_addr), video_codecs(sdp));
+    std::string line = fmt::format("video {}  {}", address_text(sdp.v_addr), video_codecs(sdp));
     const std::string_view section = sdp.v_content;
     for (const std::string_view direction : directions) {
         if (section.find(fmt::format("a={}", direction)) != std::string_view::npos)
@@ -87,7 +83,7 @@ std::string video(const SIP_SDP &sdp) {
 }
 
 std::string fax(const FAX_INFO &fax) {
-    std::string line = fmt::format("fax {}  T.38 version {}", printable(fax.fax_addr), fax.T38FaxVersion);
+    std::string line = fmt::format("fax {}  T.38 version {}", address_text(fax.fax_addr), fax.T38FaxVersion);
     if (fax.T38MaxBitRate > 0)
         line += fmt::format("  {} bit/s", fax.T38MaxBitRate);
     for (const std::string_view text : {fax.T38FaxRateManagement, fax.T38FaxUdpEC}) {

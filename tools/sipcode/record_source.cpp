@@ -46,17 +46,26 @@ std::vector<ordered_json> parse(const std::string &text, const std::string &name
     return values;
 }
 
+NamedRecord named_record(const std::string &place, ordered_json &value) {
+    if (!value.is_object())
+        return {place, sipcode::record_from_json(value), ""};
+    if (value.contains("refused"))
+        return {place, {}, value["refused"].dump()};
+    value.erase("start_line");
+    return {place, sipcode::record_from_json(value.contains("record") ? value["record"] : value), ""};
+}
+
 } // namespace
 
 std::vector<NamedRecord> read_records(const std::string &text, const std::string &name) {
-    const std::vector<ordered_json> values = parse(text, name);
+    std::vector<ordered_json> values = parse(text, name);
     if (values.empty())
         fail(name, "no record");
     std::vector<NamedRecord> records;
-    for (const ordered_json &value : values) {
-        std::string place = values.size() == 1 ? name : fmt::format("{}: record {}", name, records.size() + 1);
+    for (ordered_json &value : values) {
+        const std::string place = values.size() == 1 ? name : fmt::format("{}: record {}", name, records.size() + 1);
         try {
-            records.push_back({place, sipcode::record_from_json(value)});
+            records.push_back(named_record(place, value));
         } catch (const sipcode::RecordError &error) {
             fail(place, error.what());
         }
