@@ -173,6 +173,9 @@ const Case cases[] = {
     {"unknown status", "SIP/2.0 499 No\n" + head.substr(invite.size()) + "\n",
      "1:499 No\nCall-: unknown: no identifier for 499, taken as 480 Temporarily Unavailable\n"},
 
+    {"status that has no identifier and no stand-in", "SIP/2.0 301 Moved\n" + head.substr(invite.size()) + "\n",
+     "1:301 Moved\nCa: unknown: no identifier for \"301\"\n"},
+
     // ignored
     {"repeated", head + "From: <sip:a@b>\nFrom: <sip:c@d>\nf: <sip:e@f>\n\n",
      "6:From: <sip:c: ignored: From repeats line 5, which counts\n"
@@ -180,6 +183,9 @@ const Case cases[] = {
     {"blank before the colon", head + "From : <sip:a@b>\nVia : SIP/2.0/UDP i\n\n",
      "5:From : <sip:: ignored: it has a blank before the colon\n"
      "6:Via : SIP/2.: ignored: it has a blank before the colon\n"},
+    {"no colon, and a CR in a line", head + "Event\nEvent: reg\rlost\r\n\n",
+     "5:Event\nEvent:: ignored: it has no colon\n"
+     "6:lost\r\n\n: dropped: the codec reads this line only up to its CR\n"},
     {"continued without and with a comma", head + "Event: reg\n ;id=1\nUser-Agent: a,\r\n b\n\n",
      "6: ;id=1\nUser-: ignored: "
      "it begins with a blank and continues a line that does not end in a comma and CR LF\n"},

@@ -33,7 +33,7 @@ std::string quoted(std::string_view text) {
 class Check {
   public:
     Check(std::string_view message, std::size_t first_line)
-        : message_(message), text_(decodable(message)), first_line_(first_line), lines_(message_lines(text_)),
+        : message_(message), text_(decodable(message)), first_line_(first_line), lines_(header_lines(text_)),
           trial_(text_) {}
 
     std::vector<Finding> run() {
@@ -47,7 +47,7 @@ class Check {
             find_surplus_vias();
             find_ignored_lines();
             find_dropped_parts();
-            find_dropped_of_session(text_, lines_.body, trial_, found_);
+            find_dropped_of_session(text_, trial_, found_);
         }
         std::stable_sort(found_.begin(), found_.end(),
                          [](const Finding &a, const Finding &b) { return a.place.begin < b.place.begin; });
@@ -62,9 +62,15 @@ class Check {
     std::string_view name_of(const HeaderLine &line) const { return text_of(text_, line.name); }
     std::string_view value_of(const HeaderLine &line) const { return text_of(text_, line.value); }
 
-    bool has_name(const HeaderLine &line, std::string_view name) const {
-        return line.has_colon && !line.name_ends_blank && canonical_name(name_of(line)) == name;
+    bool has_name(const HeaderLine &line, const char *name) const {
+        return SIP_Is_Header(text_.data(), &line.step, name, SIP_NAME_ANY_FORM) == 1;
     }
+
+    bool have_same_name(const HeaderLine &a, const HeaderLine &b) const {
+        return has_name(a, std::string(name_of(b)).c_str()) || has_name(b, std::string(name_of(a)).c_str());
+    }
+
+    Range start_line() const { return {0, std::min(text_.find_first_of("\r\n"), text_.size())}; }
 
     void add_refusal() {
         const auto at = static_cast<std::size_t>(std::max(trial_.report().at, 0));
@@ -115,9 +121,9 @@ class Check {
                 return place;
         }
         // The value is not in one piece. Some lines only decide whether it is read; the longest one holds it.
-        Range longest = lines_.start_line;
-        for (const HeaderLine &line : lines_.headers) {
-            const bool is_longer = longest.begin == lines_.start_line.begin || size_of(line.value) > size_of(longest);
+        Range longest = start_line();
+        for (const HeaderLine &line : lines_) {
+            const bool is_longer = longest.begin == 0 || size_of(line.value) > size_of(longest);
             if (is_longer && is_source(line.value))
                 longest = line.value;
         }
@@ -126,16 +132,22 @@ class Check {
 
     void find_unknown() {
         const SIP_CODE_MSG &record = trial_.record();
-        const std::vector<Range> start = words(text_, lines_.start_line);
-        if (record.method < SIP_RESPONSE_MSG_100_TRY && start.size() > 1) {
-            if (record.method == 0)
-                add(Loss::unknown, start[0], fmt::format("no identifier for {}", quoted(text_of(text_, start[0]))));
-        } else if (start.size() > 1) {
-            const std::string_view status = text_of(text_, start[1]);
-            const std::string_view known = decode_methods[record.method].text;
-            if (known.substr(0, 3) != status.substr(0, 3))
-                add(Loss::unknown, start[1], fmt::format("no identifier for {}, taken as {}", status, known));
-        }
+        SIP_START_LINE start;
+        SIP_Read_Start_Line(text_.data(), text_.size(), &start);
+        const bool is_request = start.method.length != 0;
+        const Range received = is_request ? Range{start.method.at, start.method.at + start.method.length} : status();
+        const std::string_view word = text_of(text_, received);
+        const std::string_view known = decode_methods[record.method].text;
+        if (record.method == SIP_REQUEST_MSG_UNKNOWN)
+            add(Loss::unknown, received, fmt::format("no identifier for {}", quoted(word)));
+        else if (!is_request && known.substr(0, 3) != word.substr(0, 3))
+            add(Loss::unknown, received, fmt::format("no identifier for {}, taken as {}", word, known));
+    }
+
+    // The second word of a status line.
+    Range status() const {
+        const std::vector<Range> parts = words(text_, start_line());
+        return parts.size() > 1 ? parts[1] : start_line();
     }
 
     // ---- header lines
@@ -159,8 +171,8 @@ class Check {
     }
 
     void find_broken_lines() {
-        for (std::size_t i = 0; i < lines_.headers.size(); ++i) {
-            const HeaderLine &line = lines_.headers[i];
+        for (std::size_t i = 0; i < lines_.size(); ++i) {
+            const HeaderLine &line = lines_[i];
             if (const std::string fault = fault_of(line, i); !fault.empty() && is_unread(line))
                 add(Loss::ignored, line.whole, fault);
         }
@@ -168,29 +180,29 @@ class Check {
 
     // From the last line, so that the first of two equal ones counts as read.
     void find_ignored_lines() {
-        is_ignored_.assign(lines_.headers.size(), false);
-        for (std::size_t i = lines_.headers.size(); i-- > 0;) {
-            const HeaderLine &line = lines_.headers[i];
+        is_ignored_.assign(lines_.size(), false);
+        for (std::size_t i = lines_.size(); i-- > 0;) {
+            const HeaderLine &line = lines_[i];
             // Content-Length is not lost: an encoder writes it anew.
-            if (value_of(line).empty() || has_name(line, "content-length") || !is_unread(line))
+            if (value_of(line).empty() || has_name(line, "Content-Length") || !is_unread(line))
                 continue;
             is_ignored_[i] = true;
             trial_.remove({&line.value, 1});
         }
-        for (std::size_t i = 0; i < lines_.headers.size(); ++i) {
+        for (std::size_t i = 0; i < lines_.size(); ++i) {
             if (is_ignored_[i])
                 add_ignored_line(i);
         }
     }
 
     void add_ignored_line(std::size_t index) {
-        const HeaderLine &line = lines_.headers[index];
+        const HeaderLine &line = lines_[index];
         const std::string name(name_of(line));
-        if (has_name(line, "via") && trial_.record().via_count > static_cast<int>(most_vias))
+        if (has_name(line, "Via") && trial_.record().via_count > static_cast<int>(most_vias))
             return; // listed with the other Vias
         if (const std::string fault = fault_of(line, index); !fault.empty())
             return add(Loss::ignored, line.whole, fault);
-        if (const std::size_t routes = count_of("record-route"); has_name(line, "record-route") && routes > most_routes)
+        if (const std::size_t routes = count_of("Record-Route"); has_name(line, "Record-Route") && routes > most_routes)
             return add(Loss::dropped, line.whole,
                        fmt::format("{} {} lines: if there are more than {}, the record holds none", routes, name,
                                    most_routes));
@@ -199,17 +211,16 @@ class Check {
         add(Loss::ignored, line.whole, fmt::format("the record holds nothing of {}", name));
     }
 
-    std::size_t count_of(std::string_view name) const {
-        return static_cast<std::size_t>(std::count_if(lines_.headers.begin(), lines_.headers.end(),
-                                                      [&](const HeaderLine &line) { return has_name(line, name); }));
+    std::size_t count_of(const char *name) const {
+        return static_cast<std::size_t>(
+            std::count_if(lines_.begin(), lines_.end(), [&](const HeaderLine &line) { return has_name(line, name); }));
     }
 
     // Number of the line with the same header that was read.
     std::optional<std::size_t> kept_line_like(const HeaderLine &line) const {
-        const std::string name = canonical_name(name_of(line));
-        for (std::size_t i = 0; i < lines_.headers.size(); ++i) {
-            const HeaderLine &other = lines_.headers[i];
-            if (!is_ignored_[i] && !value_of(other).empty() && has_name(other, name))
+        for (std::size_t i = 0; i < lines_.size(); ++i) {
+            const HeaderLine &other = lines_[i];
+            if (!is_ignored_[i] && !value_of(other).empty() && have_same_name(line, other))
                 return line_number(text_, other.whole.begin, first_line_);
         }
         return std::nullopt;
@@ -221,8 +232,8 @@ class Check {
     void find_surplus_vias() {
         const auto count = static_cast<std::size_t>(trial_.record().via_count);
         std::vector<Range> vias;
-        for (const HeaderLine &line : lines_.headers) {
-            if (has_name(line, "via")) {
+        for (const HeaderLine &line : lines_) {
+            if (has_name(line, "Via")) {
                 const std::vector<Range> parts = comma_parts(text_, line.value);
                 vias.insert(vias.end(), parts.begin(), parts.end());
             }
@@ -235,11 +246,21 @@ class Check {
     }
 
     void find_dropped_parts() {
-        for (std::size_t i = 0; i < lines_.headers.size(); ++i) {
-            const HeaderLine &line = lines_.headers[i];
-            if (!is_ignored_[i] && !has_name(line, "via") && !has_name(line, "content-length"))
+        for (std::size_t i = 0; i < lines_.size(); ++i) {
+            const HeaderLine &line = lines_[i];
+            if (is_ignored_[i])
+                continue;
+            find_text_after_return(line);
+            if (!has_name(line, "Via") && !has_name(line, "Content-Length"))
                 find_dropped_parts(line);
         }
+    }
+
+    // A CR that no LF follows ends the text of its line, but not the line.
+    void find_text_after_return(const HeaderLine &line) {
+        const Range rest{line.whole.end + 1, std::min(text_.find('\n', line.whole.end), text_.size())};
+        if (rest.begin < rest.end)
+            add(Loss::dropped, rest, "the codec reads this line only up to its CR");
     }
 
     void find_dropped_parts(const HeaderLine &line) {
@@ -259,7 +280,7 @@ class Check {
     std::string_view message_;
     std::string_view text_; // the part that is decoded
     std::size_t first_line_;
-    MessageLines lines_;
+    std::vector<HeaderLine> lines_;
     Trial trial_;
     std::vector<bool> is_ignored_; // by header line
     std::vector<Finding> found_;

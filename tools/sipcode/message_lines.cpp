@@ -1,9 +1,7 @@
-// Where the lines of a message begin and end, see message_lines.h.
+// The header lines of a message, see message_lines.h.
 #include "message_lines.h"
 
 #include <algorithm>
-#include <cctype>
-#include <iterator>
 
 namespace {
 
@@ -17,79 +15,45 @@ Range trimmed(std::string_view text, Range range) {
     return range;
 }
 
-bool joins(std::string_view text, std::size_t line_feed) { return line_feed >= 2 && text[line_feed - 2] == ','; }
-
-// Where the line that begins here ends: at its line feed, or at the end of the text.
-std::size_t line_feed_of(std::string_view text, std::size_t begin) {
-    std::size_t end = text.find('\n', begin);
-    while (end != std::string_view::npos && joins(text, end))
-        end = text.find('\n', end + 1);
-    return std::min(end, text.size());
-}
-
 Range without_return(std::string_view text, Range line) {
     if (line.end > line.begin && text[line.end - 1] == '\r')
         --line.end;
     return line;
 }
 
-bool is_name_character(char c) {
-    constexpr std::string_view marks = "-.!%*_+`'~";
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || marks.find(c) != std::string_view::npos;
-}
-
-HeaderLine header_line(std::string_view text, const Range &whole) {
+HeaderLine header_line(std::string_view text, const SIP_HEADER_WALK &step) {
     HeaderLine line;
-    line.whole = whole;
-    line.begins_blank = is_blank(text[whole.begin]);
-    const std::string_view content = text_of(text, whole);
-    const std::size_t colon = content.find(':');
-    line.has_colon = colon != std::string_view::npos;
-    const auto name_end =
-        static_cast<std::size_t>(std::find_if_not(content.begin(), content.end(), is_name_character) - content.begin());
-    const std::size_t split = line.has_colon ? colon : name_end;
-    line.name = trimmed(text, {whole.begin, whole.begin + split});
-    line.name_ends_blank = line.has_colon && colon > 0 && is_blank(content[colon - 1]);
-    line.value = trimmed(text, {whole.begin + split + (line.has_colon ? 1 : 0), whole.end});
+    const Range name{step.name.at, step.name.at + step.name.length};
+    line.step = step;
+    line.whole = {name.begin, step.value.at + step.value.length};
+    line.name = trimmed(text, name);
+    line.value = trimmed(text, {step.value.at, line.whole.end});
+    line.begins_blank = is_blank(text[line.whole.begin]);
+    line.has_colon = text_of(text, line.whole).find(':') != std::string_view::npos;
+    line.name_ends_blank = size_of(name) > 0 && is_blank(text[name.end - 1]);
     return line;
 }
 
 } // namespace
 
-MessageLines message_lines(std::string_view message) {
-    MessageLines lines;
+// A walk gives the lines that the codec has room for. The last of them begins the next walk, in the place of a start
+// line.
+std::vector<HeaderLine> header_lines(std::string_view message) {
+    constexpr int longest_walk = 62;
+    std::vector<HeaderLine> lines;
+    SIP_HEADER_WALK walk{};
     std::size_t begin = 0;
-    bool is_first = true;
-    while (begin < message.size()) {
-        const std::size_t line_feed = line_feed_of(message, begin);
-        const Range line = without_return(message, {begin, line_feed});
-        begin = std::min(line_feed + 1, message.size());
-        if (line.begin == line.end || message[line.begin] == '\r')
-            break;
-        if (is_first)
-            lines.start_line = line;
-        else
-            lines.headers.push_back(header_line(message, line));
-        is_first = false;
+    while (SIP_Walk_Headers(message.data() + begin, message.size() - begin, &walk) == 1) {
+        SIP_HEADER_WALK step = walk;
+        step.name.at += begin;
+        step.value.at += begin;
+        lines.push_back(header_line(message, step));
+        if (walk.line == longest_walk) {
+            begin = lines.back().whole.begin;
+            walk = {};
+        }
     }
-    lines.body = begin;
     return lines;
-}
-
-std::string canonical_name(std::string_view name) {
-    struct Compact {
-        std::string_view form;
-        std::string_view name;
-    };
-    constexpr Compact compacts[] = {{"i", "call-id"},   {"m", "contact"}, {"c", "content-type"},
-                                    {"f", "from"},      {"t", "to"},      {"x", "session-expires"},
-                                    {"k", "supported"}, {"v", "via"},     {"l", "content-length"}};
-    std::string small(name);
-    std::transform(small.begin(), small.end(), small.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    const auto *const known = std::find_if(std::begin(compacts), std::end(compacts),
-                                           [&](const Compact &compact) { return compact.form == small; });
-    return known == std::end(compacts) ? small : std::string(known->name);
 }
 
 std::vector<Range> comma_parts(std::string_view text, const Range &range) {

@@ -1,10 +1,11 @@
-// Where the lines of a message begin and end, as the codec cuts them.
+// The header lines of a message as the codec cuts them, and what a report on them needs.
 #pragma once
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 #include <vector>
+
+#include "safe.h"
 
 // Part of a text.
 struct Range {
@@ -18,26 +19,19 @@ inline std::string_view text_of(std::string_view text, const Range &range) {
     return text.substr(range.begin, range.end - range.begin);
 }
 
-// A header line with its continuations. A line feed ends a line, unless the character two places before it is a comma.
+// A header line, joined with the lines that continue it.
 struct HeaderLine {
-    Range whole; // without its line end
-    Range name;  // up to the colon; if there is none, up to the first character that a name cannot have
-    Range value; // after the colon and its blanks, without trailing blanks
+    SIP_HEADER_WALK step; // for SIP_Is_Header
+    Range whole;          // without its line end
+    Range name;           // up to the colon; empty if there is none
+    Range value;          // after the colon and its blanks, without trailing blanks; without a colon, the line
     bool has_colon = false;
     bool name_ends_blank = false; // a blank comes before the colon
     bool begins_blank = false;
 };
 
-struct MessageLines {
-    Range start_line;
-    std::vector<HeaderLine> headers;
-    std::size_t body = 0; // where it begins
-};
-
-MessageLines message_lines(std::string_view message);
-
-// Full name of a header in small letters, also for a compact form that the codec knows.
-std::string canonical_name(std::string_view name);
+// All header lines, also those after the last one that the codec reads.
+std::vector<HeaderLine> header_lines(std::string_view message);
 
 // The parts between commas, without blanks around them. Commas in quotes and angle brackets do not count. Empty parts
 // are left out.

@@ -39,8 +39,9 @@ bool is_number(std::string_view word) {
 
 class SessionCheck {
   public:
-    SessionCheck(std::string_view message, std::size_t body, Trial &trial, std::vector<Finding> &found)
-        : message_(message), lines_(plain_lines(message, {body, message.size()})), trial_(trial), found_(found) {}
+    SessionCheck(std::string_view message, const SIP_SLICE &body, Trial &trial, std::vector<Finding> &found)
+        : message_(message), lines_(plain_lines(message, {body.at, body.at + body.length})), trial_(trial),
+          found_(found) {}
 
     void run() {
         const auto begins_session = [this](const Range &line) { return text_of(message_, line).starts_with("v=0"); };
@@ -123,6 +124,8 @@ class SessionCheck {
 
 } // namespace
 
-void find_dropped_of_session(std::string_view message, std::size_t body, Trial &trial, std::vector<Finding> &found) {
-    SessionCheck(message, body, trial, found).run();
+void find_dropped_of_session(std::string_view message, Trial &trial, std::vector<Finding> &found) {
+    SIP_SLICE body;
+    if (SIP_Find_Body(message.data(), message.size(), &body) == 1)
+        SessionCheck(message, body, trial, found).run();
 }

@@ -8,4 +8,4 @@
 #include "trial.h"
 
 // Adds them to found. Does nothing for a message without a session description.
-void find_dropped_of_session(std::string_view message, std::size_t body, Trial &trial, std::vector<Finding> &found);
+void find_dropped_of_session(std::string_view message, Trial &trial, std::vector<Finding> &found);
