@@ -95,9 +95,12 @@ void print_json(const std::string &file, const Finding &finding, const Place &pl
 
 int check_messages(const std::string &content, const std::string &file, bool as_json) {
     int status = success;
+    std::size_t counted = 0; // up to here
+    std::size_t first_line = 1;
     for (const std::string_view message : split_messages(content)) {
         const auto begin = static_cast<std::size_t>(message.data() - content.data());
-        const std::size_t first_line = line_number(content, begin, 1);
+        first_line = line_number(std::string_view(content).substr(counted), begin - counted, first_line);
+        counted = begin;
         for (const Finding &finding : check_message(message, first_line)) {
             const Place place = place_of(message, finding.place, first_line);
             if (as_json)

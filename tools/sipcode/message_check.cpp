@@ -9,6 +9,7 @@
 
 #include <fmt/core.h>
 
+#include "known_headers.h"
 #include "session_check.h"
 #include "trial.h"
 
@@ -105,7 +106,7 @@ class Check {
     }
 
     // The report gives no place for a value that was joined from pieces, so this looks for the text that decides it.
-    Range place_of(const SIP_DECODE_CUT &cut) const {
+    Range place_of(const SIP_DECODE_CUT &cut) {
         const auto begin = static_cast<std::size_t>(cut.at);
         if (cut.at >= 0)
             return {begin, std::min(begin + cut.length, text_.size())};
@@ -165,43 +166,59 @@ class Check {
         return "";
     }
 
-    bool is_unread(const HeaderLine &line) const {
-        return trial_.is_same_without({&line.value, 1}, same_records) &&
-               trial_.is_same_with_others({&line.value, 1}, same_records);
-    }
-
     void find_broken_lines() {
         for (std::size_t i = 0; i < lines_.size(); ++i) {
             const HeaderLine &line = lines_[i];
-            if (const std::string fault = fault_of(line, i); !fault.empty() && is_unread(line))
+            if (const std::string fault = fault_of(line, i); !fault.empty() && trial_.is_unread({&line.value, 1}))
                 add(Loss::ignored, line.whole, fault);
         }
     }
 
-    // From the last line, so that the first of two equal ones counts as read.
     void find_ignored_lines() {
+        known_ = knowledge_of(text_, lines_, trial_.record());
         is_ignored_.assign(lines_.size(), false);
-        for (std::size_t i = lines_.size(); i-- > 0;) {
-            const HeaderLine &line = lines_[i];
-            // Content-Length is not lost: an encoder writes it anew.
-            if (value_of(line).empty() || has_name(line, "Content-Length") || !is_unread(line))
-                continue;
-            is_ignored_[i] = true;
-            trial_.remove({&line.value, 1});
-        }
+        find_ignored_together();
+        find_ignored_one_by_one();
         for (std::size_t i = 0; i < lines_.size(); ++i) {
             if (is_ignored_[i])
                 add_ignored_line(i);
         }
     }
 
+    // Most messages hold lines that the codec does not know, and two trials show that all of them are ignored.
+    void find_ignored_together() {
+        std::vector<Range> values;
+        for (std::size_t i = 0; i < lines_.size(); ++i) {
+            if (known_[i].header == nullptr)
+                values.push_back(lines_[i].value);
+        }
+        if (values.empty() || !trial_.is_unread(values))
+            return;
+        for (std::size_t i = 0; i < lines_.size(); ++i)
+            is_ignored_[i] = known_[i].header == nullptr && !value_of(lines_[i]).empty();
+        trial_.remove(values);
+    }
+
+    // From the last line, so that the first of two equal ones counts as read.
+    void find_ignored_one_by_one() {
+        for (std::size_t i = lines_.size(); i-- > 0;) {
+            const HeaderLine &line = lines_[i];
+            // Content-Length is not lost: an encoder writes it anew.
+            if (is_ignored_[i] || known_[i].is_shown || value_of(line).empty() || has_name(line, "Content-Length") ||
+                !trial_.is_unread({&line.value, 1}))
+                continue;
+            is_ignored_[i] = true;
+            trial_.remove({&line.value, 1});
+        }
+    }
+
     void add_ignored_line(std::size_t index) {
         const HeaderLine &line = lines_[index];
         const std::string name(name_of(line));
-        if (has_name(line, "Via") && trial_.record().via_count > static_cast<int>(most_vias))
-            return; // listed with the other Vias
         if (const std::string fault = fault_of(line, index); !fault.empty())
             return add(Loss::ignored, line.whole, fault);
+        if (has_name(line, "Via") && trial_.record().via_count > static_cast<int>(most_vias))
+            return; // listed with the other Vias
         if (const std::size_t routes = count_of("Record-Route"); has_name(line, "Record-Route") && routes > most_routes)
             return add(Loss::dropped, line.whole,
                        fmt::format("{} {} lines: if there are more than {}, the record holds none", routes, name,
@@ -232,12 +249,9 @@ class Check {
     void find_surplus_vias() {
         const auto count = static_cast<std::size_t>(trial_.record().via_count);
         std::vector<Range> vias;
-        for (const HeaderLine &line : lines_) {
-            if (has_name(line, "Via")) {
-                const std::vector<Range> parts = comma_parts(text_, line.value);
-                vias.insert(vias.end(), parts.begin(), parts.end());
-            }
-        }
+        SIP_LIST_WALK walk{};
+        while (SIP_Walk_List(text_.data(), text_.size(), "Via", SIP_NAME_ANY_FORM, &walk) == 1)
+            vias.push_back({walk.item.at, walk.item.at + walk.item.length});
         for (std::size_t i = count > most_vias ? 0 : most_vias; i < vias.size(); ++i)
             add(Loss::dropped, vias[i],
                 count > most_vias
@@ -252,7 +266,7 @@ class Check {
                 continue;
             find_text_after_return(line);
             if (!has_name(line, "Via") && !has_name(line, "Content-Length"))
-                find_dropped_parts(line);
+                find_dropped_parts(line, known_[i].header);
         }
     }
 
@@ -263,13 +277,12 @@ class Check {
             add(Loss::dropped, rest, "the codec reads this line only up to its CR");
     }
 
-    void find_dropped_parts(const HeaderLine &line) {
-        const std::vector<Range> parts = comma_parts(text_, line.value);
-        if (parts.size() < 2)
-            return;
-        for (std::size_t i = parts.size(); i-- > 0;) {
+    void find_dropped_parts(const HeaderLine &line, const KnownHeader *header) {
+        const std::vector<Range> parts = list_items(text_, line);
+        const std::size_t kept = header == nullptr ? 0 : kept_verbatim(value_of(line), *header, trial_.record());
+        for (std::size_t i = parts.size(); i-- > 0 && parts[i].end > line.value.begin + kept;) {
             const std::span<const Range> part(&parts[i], 1);
-            if (!trial_.is_same_without(part, same_records) || !trial_.is_same_with_others(part, same_records))
+            if (!trial_.is_unread(part))
                 continue;
             trial_.remove(part);
             add(Loss::dropped, parts[i],
@@ -282,6 +295,7 @@ class Check {
     std::size_t first_line_;
     std::vector<HeaderLine> lines_;
     Trial trial_;
+    std::vector<Knowledge> known_; // by header line
     std::vector<bool> is_ignored_; // by header line
     std::vector<Finding> found_;
 };

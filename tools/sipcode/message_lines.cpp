@@ -2,6 +2,7 @@
 #include "message_lines.h"
 
 #include <algorithm>
+#include <string>
 
 namespace {
 
@@ -56,27 +57,19 @@ std::vector<HeaderLine> header_lines(std::string_view message) {
     return lines;
 }
 
-std::vector<Range> comma_parts(std::string_view text, const Range &range) {
-    std::vector<Range> parts;
-    bool is_quoted = false;
-    bool is_bracketed = false;
-    std::size_t begin = range.begin;
-    const auto add = [&](std::size_t end) {
-        if (const Range part = trimmed(text, {begin, end}); part.begin < part.end)
-            parts.push_back(part);
-        begin = end + 1;
-    };
-    for (std::size_t i = range.begin; i < range.end; ++i) {
-        const char c = text[i];
-        if (c == '"')
-            is_quoted = !is_quoted;
-        else if (!is_quoted && (c == '<' || c == '>'))
-            is_bracketed = c == '<';
-        else if (c == ',' && !is_quoted && !is_bracketed)
-            add(i);
+std::vector<Range> list_items(std::string_view message, const HeaderLine &line) {
+    std::vector<Range> items;
+    if (text_of(message, line.value).find(',') == std::string_view::npos)
+        return items;
+    const std::string name(text_of(message, line.name));
+    SIP_LIST_WALK walk{};
+    while (SIP_Walk_List(message.data(), message.size(), name.c_str(), SIP_NAME_FULL, &walk) == 1) {
+        if (walk.header.name.at == line.whole.begin)
+            items.push_back({walk.item.at, walk.item.at + walk.item.length});
     }
-    add(range.end);
-    return parts;
+    if (items.size() < 2)
+        items.clear();
+    return items;
 }
 
 std::vector<Range> words(std::string_view text, const Range &range) {

@@ -33,9 +33,8 @@ struct HeaderLine {
 // All header lines, also those after the last one that the codec reads.
 std::vector<HeaderLine> header_lines(std::string_view message);
 
-// The parts between commas, without blanks around them. Commas in quotes and angle brackets do not count. Empty parts
-// are left out.
-std::vector<Range> comma_parts(std::string_view text, const Range &range);
+// The items of a header line, if it is a list with more than one.
+std::vector<Range> list_items(std::string_view message, const HeaderLine &line);
 
 // The parts between blanks.
 std::vector<Range> words(std::string_view text, const Range &range);

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <iterator>
+#include <span>
 #include <string>
 
 #include <fmt/core.h>
@@ -58,15 +60,18 @@ class SessionCheck {
 
     // "m=audio 4000 RTP/AVP 0 8 101"
     void check_stream(const Range &line) {
-        const std::vector<Range> parts = words(message_, {line.begin + 2, line.end});
         const Range value{line.begin + 2, line.end};
+        const std::vector<Range> parts = words(message_, value);
         if (parts.size() < 2)
             return;
-        if (trial_.is_same_without({&value, 1}, same_streams))
-            return add(line, "the record holds nothing of this stream");
-        if (trial_.is_same_with_others({&parts[1], 1}, same_streams))
-            add(parts[1], "a later stream of the same kind replaces this address and port");
         const std::string_view medium = text_of(message_, parts[0]);
+        const bool is_shown = is_only_stream(medium) && shows_port(medium, parts[1]);
+        if (!is_shown && trial_.is_same_without({&value, 1}, same_streams))
+            return add(line, "the record holds nothing of this stream");
+        if (!is_shown && trial_.is_same_with_others({&parts[1], 1}, same_streams))
+            add(parts[1], "a later stream of the same kind replaces this address and port");
+        if (is_shown && shows_payloads(medium, parts))
+            return;
         // From the last, so that the first of two equal ones counts.
         for (std::size_t i = parts.size(); i-- > 3;) {
             if (medium == "audio")
@@ -75,6 +80,68 @@ class SessionCheck {
                 check_video_payload(parts[i]);
         }
     }
+
+    // ---- what the record shows without a trial
+
+    bool is_only_stream(std::string_view medium) const {
+        const std::string beginning = fmt::format("m={} ", medium);
+        return 1 == std::count_if(lines_.begin(), lines_.end(),
+                                  [&](const Range &line) { return text_of(message_, line).starts_with(beginning); });
+    }
+
+    bool shows_port(std::string_view medium, const Range &port) const {
+        const SIP_SDP &sdp = trial_.record().sdp;
+        const int read = medium == "audio" ? sdp.a_addr.port : medium == "video" ? sdp.v_addr.port : 0;
+        return read != 0 && number_in(port) == read;
+    }
+
+    // Each payload fills a slot of its own, so none is lost if there are as many slots.
+    bool shows_payloads(std::string_view medium, std::span<const Range> parts) const {
+        constexpr std::size_t before = 3; // medium, port and profile
+        if (parts.size() <= before)
+            return true;
+        parts = parts.subspan(before);
+        if (!std::all_of(parts.begin(), parts.end(), [this](const Range &part) { return number_in(part) >= 0; }))
+            return false;
+        return medium == "audio" ? shows_audio_codecs(parts) : shows_video_payloads(parts);
+    }
+
+    // A payload has its slot by its number, or by its encoding if that is dynamic.
+    bool shows_audio_codecs(std::span<const Range> payloads) const {
+        constexpr int first_dynamic = 96;
+        const SIP_SDP &sdp = trial_.record().sdp;
+        const auto is_used = [](const CODEC_RTPMAP &entry) { return entry.a_coder != UNKONW; };
+        const auto *const end = std::find_if_not(std::begin(sdp.rtpmap), std::end(sdp.rtpmap), is_used);
+        const bool are_dynamic = std::all_of(
+            std::begin(sdp.rtpmap), end, [](const CODEC_RTPMAP &entry) { return entry.a_payload >= first_dynamic; });
+        const auto has_encoding = [&](const Range &payload) {
+            return std::any_of(std::begin(sdp.rtpmap), end, [number = number_in(payload)](const CODEC_RTPMAP &entry) {
+                return entry.a_payload == number;
+            });
+        };
+        const auto free_slots = std::count(std::begin(sdp.a_coders), std::end(sdp.a_coders), UNKONW);
+        const auto by_number = std::ssize(sdp.a_coders) - free_slots - (end - std::begin(sdp.rtpmap));
+        return free_slots != 0 && end != std::end(sdp.rtpmap) && are_dynamic &&
+               by_number == std::ssize(payloads) - std::count_if(payloads.begin(), payloads.end(), has_encoding);
+    }
+
+    bool shows_video_payloads(std::span<const Range> payloads) const {
+        const SIP_SDP &sdp = trial_.record().sdp;
+        return payloads.size() < std::size(sdp.v_coders) && sdp.v_coders[payloads.size()] == 0 &&
+               sdp.v_coders[payloads.size() - 1] != 0;
+    }
+
+    // -1 if it is not a number of at most nine digits.
+    int number_in(const Range &range) const {
+        constexpr std::size_t longest = 9;
+        const std::string_view word = text_of(message_, range);
+        int number = -1;
+        if (is_number(word) && word.size() <= longest)
+            std::from_chars(word.begin(), word.end(), number);
+        return number;
+    }
+
+    // ---- what trials find
 
     // A codec is known by its payload number or by its encoding.
     void check_audio_codec(const Range &payload) {
