@@ -96,7 +96,7 @@ TEST_F(Check, SamplesCutAnywhere) {
             for (const Finding &finding : findings) {
                 ASSERT_LE(finding.place.end, text.size());
                 ASSERT_LE(finding.place.begin, finding.place.end);
-                if (finding.loss == Loss::ignored) {
+                if (loss_name(finding.loss) == "ignored") {
                     ASSERT_EQ(Decoded(without_line(text, finding.place)), decoded) << finding.text;
                 }
             }
@@ -118,7 +118,7 @@ TEST_F(Check, WhatIsNotToldOfIsRead) {
             const std::string content = sample.text.substr(line.begin, line.end - line.begin);
             SCOPED_TRACE(sample.name + ": " + content);
             const bool is_told = std::any_of(findings.begin(), findings.end(), [&line](const Finding &finding) {
-                return finding.loss == Loss::ignored && finding.place.begin == line.begin;
+                return loss_name(finding.loss) == "ignored" && finding.place.begin == line.begin;
             });
             if (is_told || content.starts_with("Content-Length"))
                 continue;

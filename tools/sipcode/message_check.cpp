@@ -58,7 +58,9 @@ class Check {
   private:
     bool is_refused() const { return trial_.report().outcome != SIP_DECODE_DONE; }
 
-    void add(Loss loss, const Range &place, std::string text) { found_.push_back({loss, place, std::move(text)}); }
+    void add(Loss loss, const Range &place, std::string text, std::string_view subject) {
+        found_.push_back({loss, place, std::move(text), std::string(subject)});
+    }
 
     std::string_view name_of(const HeaderLine &line) const { return text_of(text_, line.name); }
     std::string_view value_of(const HeaderLine &line) const { return text_of(text_, line.value); }
@@ -75,8 +77,8 @@ class Check {
 
     void add_refusal() {
         const auto at = static_cast<std::size_t>(std::max(trial_.report().at, 0));
-        add(Loss::refused, {at, std::min(text_.find_first_of("\r\n", at), text_.size())},
-            std::string(refusal_text(trial_.report().outcome)));
+        const std::string_view reason = refusal_text(trial_.report().outcome);
+        add(Loss::refused, {at, std::min(text_.find_first_of("\r\n", at), text_.size())}, std::string(reason), reason);
     }
 
     void find_unread() {
@@ -85,7 +87,8 @@ class Check {
         const bool ends_at_nul = message_[text_.size()] == '\0';
         add(Loss::unread, {text_.size(), message_.size()},
             ends_at_nul ? "the message ends at its NUL"
-                        : fmt::format("{} characters, {} are read", message_.size(), text_.size()));
+                        : fmt::format("{} characters, {} are read", message_.size(), text_.size()),
+            ends_at_nul ? "from a NUL on" : fmt::format("after {} characters", SIP_LONGEST_MESSAGE));
     }
 
     void find_cuts() {
@@ -93,8 +96,8 @@ class Check {
         const auto listed = std::min<std::size_t>(static_cast<std::size_t>(report.cut_count), std::size(report.cuts));
         std::for_each(report.cuts, report.cuts + listed, [this](const SIP_DECODE_CUT &cut) { add_cut(cut); });
         if (const std::size_t more = static_cast<std::size_t>(report.cut_count) - listed; more > 0)
-            found_.push_back(
-                {Loss::cut, found_.back().place, fmt::format("{} more value{} cut", more, more == 1 ? "" : "s")});
+            add(Loss::cut, Range(found_.back().place), fmt::format("{} more value{} cut", more, more == 1 ? "" : "s"),
+                "more than are listed");
     }
 
     void add_cut(const SIP_DECODE_CUT &cut) {
@@ -140,9 +143,9 @@ class Check {
         const std::string_view word = text_of(text_, received);
         const std::string_view known = decode_methods[record.method].text;
         if (record.method == SIP_REQUEST_MSG_UNKNOWN)
-            add(Loss::unknown, received, fmt::format("no identifier for {}", quoted(word)));
+            add(Loss::unknown, received, fmt::format("no identifier for {}", quoted(word)), word);
         else if (!is_request && known.substr(0, 3) != word.substr(0, 3))
-            add(Loss::unknown, received, fmt::format("no identifier for {}, taken as {}", word, known));
+            add(Loss::unknown, received, fmt::format("no identifier for {}, taken as {}", word, known), word);
     }
 
     // The second word of a status line.
@@ -170,7 +173,7 @@ class Check {
         for (std::size_t i = 0; i < lines_.size(); ++i) {
             const HeaderLine &line = lines_[i];
             if (const std::string fault = fault_of(line, i); !fault.empty() && trial_.is_unread({&line.value, 1}))
-                add(Loss::ignored, line.whole, fault);
+                add(Loss::line, line.whole, fault, fault);
         }
     }
 
@@ -216,16 +219,18 @@ class Check {
         const HeaderLine &line = lines_[index];
         const std::string name(name_of(line));
         if (const std::string fault = fault_of(line, index); !fault.empty())
-            return add(Loss::ignored, line.whole, fault);
+            return add(Loss::line, line.whole, fault, fault);
         if (has_name(line, "Via") && trial_.record().via_count > static_cast<int>(most_vias))
             return; // listed with the other Vias
         if (const std::size_t routes = count_of("Record-Route"); has_name(line, "Record-Route") && routes > most_routes)
-            return add(Loss::dropped, line.whole,
-                       fmt::format("{} {} lines: if there are more than {}, the record holds none", routes, name,
-                                   most_routes));
+            return add(
+                Loss::route, line.whole,
+                fmt::format("{} {} lines: if there are more than {}, the record holds none", routes, name, most_routes),
+                name);
         if (const std::optional<std::size_t> kept = kept_line_like(line))
-            return add(Loss::ignored, line.whole, fmt::format("{} repeats line {}, which counts", name, *kept));
-        add(Loss::ignored, line.whole, fmt::format("the record holds nothing of {}", name));
+            return add(Loss::line, line.whole, fmt::format("{} repeats line {}, which counts", name, *kept),
+                       "it repeats another line");
+        add(Loss::header, line.whole, fmt::format("the record holds nothing of {}", name), name);
     }
 
     std::size_t count_of(const char *name) const {
@@ -253,10 +258,11 @@ class Check {
         while (SIP_Walk_List(text_.data(), text_.size(), "Via", SIP_NAME_ANY_FORM, &walk) == 1)
             vias.push_back({walk.item.at, walk.item.at + walk.item.length});
         for (std::size_t i = count > most_vias ? 0 : most_vias; i < vias.size(); ++i)
-            add(Loss::dropped, vias[i],
+            add(Loss::via, vias[i],
                 count > most_vias
                     ? fmt::format("{} Vias: if there are more than {}, the record holds none", count, most_vias)
-                    : fmt::format("the record holds {} Vias", most_vias));
+                    : fmt::format("the record holds {} Vias", most_vias),
+                "Via");
     }
 
     void find_dropped_parts() {
@@ -274,7 +280,7 @@ class Check {
     void find_text_after_return(const HeaderLine &line) {
         const Range rest{line.whole.end + 1, std::min(text_.find('\n', line.whole.end), text_.size())};
         if (rest.begin < rest.end)
-            add(Loss::dropped, rest, "the codec reads this line only up to its CR");
+            add(Loss::item, rest, "the codec reads this line only up to its CR", name_of(line));
     }
 
     void find_dropped_parts(const HeaderLine &line, const KnownHeader *header) {
@@ -285,8 +291,8 @@ class Check {
             if (!trial_.is_unread(part))
                 continue;
             trial_.remove(part);
-            add(Loss::dropped, parts[i],
-                fmt::format("the record holds nothing of {}", quoted(text_of(text_, parts[i]))));
+            add(Loss::item, parts[i], fmt::format("the record holds nothing of {}", quoted(text_of(text_, parts[i]))),
+                name_of(line));
         }
     }
 
@@ -303,8 +309,26 @@ class Check {
 } // namespace
 
 std::string_view loss_name(Loss loss) {
-    constexpr std::string_view names[] = {"refused", "unread", "unknown", "ignored", "dropped", "cut"};
-    return names[static_cast<std::size_t>(loss)];
+    switch (loss) {
+    case Loss::refused:
+        return "refused";
+    case Loss::unread:
+        return "unread";
+    case Loss::unknown:
+        return "unknown";
+    case Loss::header:
+    case Loss::line:
+        return "ignored";
+    case Loss::via:
+    case Loss::route:
+    case Loss::stream:
+    case Loss::codec:
+    case Loss::item:
+        return "dropped";
+    case Loss::cut:
+        return "cut";
+    }
+    return "";
 }
 
 std::vector<Finding> check_message(std::string_view message, std::size_t first_line) {

@@ -12,19 +12,26 @@ enum class Loss {
     refused, // the whole message
     unread,  // the text past the longest that is decoded
     unknown, // a method or status that has no identifier
-    ignored, // a header line
-    dropped, // a part of a header or of a session description
-    cut,     // the end of a value
+    header,  // a header line that no member takes
+    line,    // a header line that repeats another or has a wrong form
+    via,
+    route,
+    stream, // of a session description
+    codec,
+    item, // of a header, between commas
+    cut,  // the end of a value
 };
+inline constexpr std::size_t loss_count = static_cast<std::size_t>(Loss::cut) + 1;
 
+// "refused", "unread", "unknown", "ignored" for a line, "dropped" for a part of one, "cut".
 std::string_view loss_name(Loss loss);
 
 struct Finding {
     Loss loss;
     Range place; // in the message
     std::string text;
-    // For a cut:
-    std::string member = {};    // empty if the value was cut before it was decoded
+    std::string subject; // what is lost: the name of a header, an encoding, the member that cuts
+    // Of a cut value; 0 otherwise:
     std::size_t characters = 0; // that were received
     std::size_t kept = 0;
 };

@@ -7,6 +7,8 @@
 
 #include "console.h"
 #include "decode.h"
+#include "json_members.h"
+#include "message_origin.h"
 #include "print.h"
 #include "record_json.h"
 
@@ -24,66 +26,20 @@ std::string kind_of(const Decoded &decoded) {
                        sipcode::method_name(decoded.record.cseq.method));
 }
 
-std::string origin_text(const CapturedMessage &origin) {
-    return fmt::format("packet {}, {}, {} {} > {}", origin.mark.number, time_text(origin.mark),
-                       transport_name(origin.transport), endpoint_text(origin.source),
-                       endpoint_text(origin.destination));
-}
-
-// Writes the members of a JSON object.
-class Members {
-  public:
-    explicit Members(sipcode::JsonWriter &out) : out_(out) {}
-
-    Members &key(std::string_view name) {
-        out_.Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
-        return *this;
+void write_start_line(sipcode::JsonWriter &out, const Decoded &decoded) {
+    const SIP_START_LINE &start = decoded.start;
+    const auto received = [&](const SIP_SLICE &slice) { return decoded.text.substr(slice.at, slice.length); };
+    JsonMembers members(out);
+    members.key("start_line");
+    out.StartObject();
+    if (start.method.length != 0) {
+        members.text("method", received(start.method));
+        members.text("uri", received(start.uri));
+    } else {
+        members.number("status", static_cast<std::uint64_t>(start.status));
+        members.text("reason", received(start.reason));
     }
-    void text(std::string_view name, std::string_view value) {
-        key(name);
-        sipcode::write_text(out_, value);
-    }
-    void number(std::string_view name, std::uint64_t value) {
-        key(name);
-        out_.Uint64(value);
-    }
-    void flag(std::string_view name, bool value) {
-        key(name);
-        out_.Bool(value);
-    }
-    void endpoint(std::string_view name, const Endpoint &value) {
-        key(name);
-        out_.StartObject();
-        text("address", value.address);
-        number("port", value.port);
-        out_.EndObject();
-    }
-    void start_line(const Decoded &decoded) {
-        const SIP_START_LINE &start = decoded.start;
-        const auto received = [&](const SIP_SLICE &slice) { return decoded.text.substr(slice.at, slice.length); };
-        key("start_line");
-        out_.StartObject();
-        if (start.method.length != 0) {
-            text("method", received(start.method));
-            text("uri", received(start.uri));
-        } else {
-            number("status", static_cast<std::uint64_t>(start.status));
-            text("reason", received(start.reason));
-        }
-        out_.EndObject();
-    }
-
-  private:
-    sipcode::JsonWriter &out_;
-};
-
-void write_origin(Members &members, const CapturedMessage &origin) {
-    members.number("packet", origin.mark.number);
-    members.text("time", time_text(origin.mark));
-    members.text("transport", transport_name(origin.transport));
-    members.endpoint("source", origin.source);
-    members.endpoint("destination", origin.destination);
-    members.flag("whole", origin.is_whole);
+    out.EndObject();
 }
 
 } // namespace
@@ -117,12 +73,12 @@ void MessagePrinter::print_json(const Decoded &decoded, const CapturedMessage *o
     const bool accepted = decoded.refusal.empty();
     json_.Clear();
     sipcode::JsonWriter out(json_);
-    Members members(out);
+    JsonMembers members(out);
     out.StartObject();
     if (origin != nullptr)
-        write_origin(members, *origin);
+        write_origin(out, *origin);
     if (accepted)
-        members.start_line(decoded);
+        write_start_line(out, decoded);
     if (origin != nullptr && accepted) {
         members.key("record");
         out.StartObject();

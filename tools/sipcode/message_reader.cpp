@@ -1,6 +1,8 @@
 // Reads the messages of a file, see message_reader.h.
 #include "message_reader.h"
 
+#include <algorithm>
+
 #include <fmt/core.h>
 
 #include "capture_file.h"
@@ -51,7 +53,7 @@ class CaptureReading {
         if (!message.is_whole)
             print_error(
                 fmt::format("{}: note: the capture holds only its first {} characters", place, message.text.size()));
-        take_({message.text, place, &message});
+        take_({message.text, place, &message, 1});
     }
 
     std::string name_;
@@ -87,8 +89,13 @@ int read_messages(Source &source, const std::string &filter, const TakeMessage &
         return misuse;
     }
     const std::string content = source.read_all();
+    const char *counted = content.data();
+    std::size_t line = 1;
     int number = 0;
-    for (const std::string_view text : split_messages(content))
-        take({text, fmt::format("{}: message {}", source.name(), ++number), nullptr});
+    for (const std::string_view text : split_messages(content)) {
+        line += static_cast<std::size_t>(std::count(counted, text.data(), '\n'));
+        counted = text.data();
+        take({text, fmt::format("{}: message {}", source.name(), ++number), nullptr, line});
+    }
     return success;
 }

@@ -12,6 +12,7 @@ struct ReceivedMessage {
     std::string_view text;
     std::string_view place;        // its name in error messages: "calls.pcap: message 3"
     const CapturedMessage *origin; // null if the file is not a capture
+    std::size_t first_line;        // number of its first line in the file; 1 in a capture
 };
 
 using TakeMessage = std::function<void(const ReceivedMessage &message)>;

@@ -56,7 +56,9 @@ class SessionCheck {
     }
 
   private:
-    void add(const Range &place, std::string text) { found_.push_back({Loss::dropped, place, std::move(text)}); }
+    void add(Loss loss, const Range &place, std::string text, std::string_view subject) {
+        found_.push_back({loss, place, std::move(text), std::string(subject)});
+    }
 
     // "m=audio 4000 RTP/AVP 0 8 101"
     void check_stream(const Range &line) {
@@ -67,9 +69,9 @@ class SessionCheck {
         const std::string_view medium = text_of(message_, parts[0]);
         const bool is_shown = is_only_stream(medium) && shows_port(medium, parts[1]);
         if (!is_shown && trial_.is_same_without({&value, 1}, same_streams))
-            return add(line, "the record holds nothing of this stream");
+            return add(Loss::stream, line, "the record holds nothing of this stream", medium);
         if (!is_shown && trial_.is_same_with_others({&parts[1], 1}, same_streams))
-            add(parts[1], "a later stream of the same kind replaces this address and port");
+            add(Loss::stream, parts[1], "a later stream of the same kind replaces this address and port", medium);
         if (is_shown && shows_payloads(medium, parts))
             return;
         // From the last, so that the first of two equal ones counts.
@@ -149,22 +151,25 @@ class SessionCheck {
         if (!is_number(number))
             return;
         std::vector<Range> places = encodings_of(number);
-        const std::string encoding =
-            places.empty() ? "" : fmt::format(" ({})", encoding_in(places.front(), number.size()));
+        const std::string_view encoding = places.empty() ? "" : encoding_in(places.front(), number.size());
         places.push_back(payload);
         if (!trial_.is_same_without(places, same_audio_codecs))
             return;
         trial_.remove(places);
         const bool is_full = trial_.record().sdp.a_coders[std::size(trial_.record().sdp.a_coders) - 1] != UNKONW;
-        add(payload, fmt::format("payload {}{} {}", number, encoding,
-                                 is_full ? "does not fit in sdp.a_coders" : "is not a codec that the record knows"));
+        add(Loss::codec, payload,
+            fmt::format("payload {}{}{}{} {}", number, encoding.empty() ? "" : " (", encoding,
+                        encoding.empty() ? "" : ")",
+                        is_full ? "does not fit in sdp.a_coders" : "is not a codec that the record knows"),
+            encoding.empty() ? fmt::format("payload {}", number) : std::string(encoding));
     }
 
     void check_video_payload(const Range &payload) {
         if (!is_number(text_of(message_, payload)) || !trial_.is_same_without({&payload, 1}, same_video_payloads))
             return;
         trial_.remove({&payload, 1});
-        add(payload, fmt::format("payload {} does not fit in sdp.v_coders", text_of(message_, payload)));
+        add(Loss::codec, payload, fmt::format("payload {} does not fit in sdp.v_coders", text_of(message_, payload)),
+            fmt::format("video payload {}", text_of(message_, payload)));
     }
 
     // Values of the lines "a=rtpmap:97 iLBC/8000" for a payload.
