@@ -26,7 +26,7 @@ constexpr KnownHeader headers[] = {
     known("Via"), // first, see below
     known("Alert-Info", offsetof(SIP_CODE_MSG, alert.alertinfo)),
     known("Authentication-Info", offsetof(SIP_CODE_MSG, authen.next_nonce.nonce)),
-    known("Authorization", offsetof(SIP_CODE_MSG, author.response)),
+    known("Authorization"),
     known("Call-ID", offsetof(SIP_CODE_MSG, callid)),
     known("Call-Info", offsetof(SIP_CODE_MSG, call_info.content)),
     known("Contact", offsetof(SIP_CODE_MSG, contact.addr.ip)),
@@ -44,8 +44,8 @@ constexpr KnownHeader headers[] = {
     known("Min-Expires", offsetof(SIP_CODE_MSG, min_expires.min_expires)),
     known("Min-SE", offsetof(SIP_CODE_MSG, min_se.minse)),
     known("P-Called-Party-ID", offsetof(SIP_CODE_MSG, callparty.addr.ip)),
-    known("Proxy-Authenticate", offsetof(SIP_CODE_MSG, authen.nonce)),
-    known("Proxy-Authorization", offsetof(SIP_CODE_MSG, author.response)),
+    known("Proxy-Authenticate"),
+    known("Proxy-Authorization"),
     known("RAck", offsetof(SIP_CODE_MSG, rack.rack)),
     known("Record-Route", offsetof(SIP_CODE_MSG, record_route.content)),
     known("Refer-To", offsetof(SIP_CODE_MSG, refer_to.refertotel)),
@@ -59,7 +59,7 @@ constexpr KnownHeader headers[] = {
     known("Supported", offsetof(SIP_CODE_MSG, supported.SUPPORTED)),
     known("To", offsetof(SIP_CODE_MSG, to.addr.ip)),
     known("User-Agent", offsetof(SIP_CODE_MSG, user_agent.useragent)),
-    known("WWW-Authenticate", offsetof(SIP_CODE_MSG, authen.nonce)),
+    known("WWW-Authenticate"),
 };
 constexpr const KnownHeader &via = headers[0];
 

@@ -11,7 +11,7 @@
 struct KnownHeader {
     const char *name;
     std::size_t length;
-    int member; // its offset; only this header fills it. -1 if there is no such member
+    int member; // offset of one that only this header fills; -1 if there is none
 };
 
 // What is known of a header line from its name and the record.
