@@ -7,7 +7,7 @@
 
 AnsweringHost::AnsweringHost(asio::io_context &io, Output &output, const HostSettings &settings)
     : output_(output), trace_(output, settings.trace),
-      endpoint_(io, settings.port, trace_,
+      endpoint_(io, settings.port, trace_, settings.capture,
                 [this](const Received &request, const Peer &from) { on_request(request, from); }),
       registrar_(endpoint_, output, settings.realm, settings.accounts),
       calls_(io, endpoint_, output, registrar_, settings.calls, settings.authenticate),

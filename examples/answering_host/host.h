@@ -12,6 +12,7 @@
 struct HostSettings {
     unsigned short port = 5060;
     bool trace = false;
+    Capture *capture = nullptr; // none if null
     std::string realm = "example.com";
     std::vector<Account> accounts;
     bool authenticate = false; // callers need an account

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -28,7 +29,14 @@ Account account(const std::string &text) {
     return {text.substr(0, colon), text.substr(colon + 1)};
 }
 
-void add_options(CLI::App &program, HostSettings &settings, std::vector<std::string> &accounts) {
+struct Options {
+    HostSettings settings;
+    std::vector<std::string> accounts;
+    std::string capture;
+};
+
+void add_options(CLI::App &program, Options &options) {
+    HostSettings &settings = options.settings;
     const auto add_seconds = [&program](const char *name, auto &value, const char *unit, const char *description) {
         program
             .add_option_function<int>(
@@ -38,7 +46,9 @@ void add_options(CLI::App &program, HostSettings &settings, std::vector<std::str
     };
     program.add_option("--port", settings.port, "Port; 0 takes a free one")->capture_default_str();
     program.add_flag("--trace", settings.trace, "Print every message that is received or sent");
-    program.add_option("--account", accounts, "An account; may be given more than once")->type_name("USER:PASSWORD");
+    program.add_option("--pcap", options.capture, "Write every message to this file, as a capture")->type_name("FILE");
+    program.add_option("--account", options.accounts, "An account; may be given more than once")
+        ->type_name("USER:PASSWORD");
     program.add_option("--realm", settings.realm, "Realm of the accounts")->capture_default_str();
     program.add_flag("--authenticate", settings.authenticate, "Take calls only from accounts");
     add_seconds("--ring", settings.calls.ring, "MS", "How long a call rings before it is taken; 0 unless given");
@@ -50,18 +60,21 @@ void add_options(CLI::App &program, HostSettings &settings, std::vector<std::str
 
 int run(int argc, char **argv) {
     CLI::App program("Answers SIP on the loopback address.", "answering_host");
-    HostSettings settings;
-    std::vector<std::string> accounts;
-    add_options(program, settings, accounts);
+    Options options;
+    HostSettings &settings = options.settings;
+    add_options(program, options);
     try {
         program.parse(argc, argv);
-        for (const std::string &text : accounts)
+        for (const std::string &text : options.accounts)
             settings.accounts.push_back(account(text));
     } catch (const CLI::ParseError &error) {
         return program.exit(error) == 0 ? success : misuse;
     }
 
     srandom(std::random_device()()); // for the library's tags
+    std::optional<Capture> capture;
+    if (!options.capture.empty())
+        settings.capture = &capture.emplace(options.capture);
     Output output;
     asio::io_context io(1);
     AnsweringHost host(io, output, settings);

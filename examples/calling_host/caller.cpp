@@ -28,7 +28,7 @@ bool is_challenge(const Received &response) { return response.authen.use == 1; }
 
 CallingHost::CallingHost(asio::io_context &io, Output &output, const CallerSettings &settings)
     : io_(io), output_(output), settings_(settings), trace_(output, settings.trace),
-      endpoint_(io, settings.port, trace_,
+      endpoint_(io, settings.port, trace_, settings.capture,
                 [this](const Received &request, const Peer &from) { on_request(request, from); }),
       server_(endpoint_.reach(settings.transport, settings.server)), alarm_(io) {}
 

@@ -16,6 +16,7 @@
 struct CallerSettings {
     unsigned short port = 0;
     bool trace = false;
+    Capture *capture = nullptr; // none if null
     TRANS_TYPE_E transport = E_UDP;
     asio::ip::udp::endpoint server;
     Account account{"1001", ""};

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <exception>
 #include <map>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -26,6 +27,7 @@ struct Options {
     CallerSettings settings;
     unsigned short server_port = 0;
     int talk = 0;
+    std::string capture;
 };
 
 void add_options(CLI::App &program, Options &options) {
@@ -38,6 +40,7 @@ void add_options(CLI::App &program, Options &options) {
     program.add_option("--transport", settings.transport, "udp or tcp; udp unless given")
         ->transform(CLI::CheckedTransformer(transports));
     program.add_flag("--trace", settings.trace, "Print every message that is received or sent");
+    program.add_option("--pcap", options.capture, "Write every message to this file, as a capture")->type_name("FILE");
     program.add_option("--user", settings.account.user, "User that calls")->capture_default_str();
     program.add_option("--password", settings.account.password, "Password of that user");
     program.add_option("--call", settings.callee, "User that is called");
@@ -67,6 +70,9 @@ int run(int argc, char **argv) {
     options.settings.talk = std::chrono::milliseconds(options.talk);
 
     srandom(std::random_device()()); // for the library's tags
+    std::optional<Capture> capture;
+    if (!options.capture.empty())
+        options.settings.capture = &capture.emplace(options.capture);
     Output output;
     asio::io_context io(1);
     CallingHost host(io, output, options.settings);

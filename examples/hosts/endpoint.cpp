@@ -58,10 +58,10 @@ struct Endpoint::ClientTransaction {
     Clock::time_point give_up = Clock::now() + answer_time;
 };
 
-Endpoint::Endpoint(asio::io_context &io, unsigned short port, Trace &trace, RequestHandler on_request)
+Endpoint::Endpoint(asio::io_context &io, unsigned short port, Trace &trace, Capture *capture, RequestHandler on_request)
     : io_(io), trace_(trace), on_request_(std::move(on_request)),
       transport_(
-          io, port, [this](std::string_view message, const Peer &from) { receive(message, from); },
+          io, port, capture, [this](std::string_view message, const Peer &from) { receive(message, from); },
           [this](std::string_view note) { trace_.note(note); }) {}
 
 Endpoint::~Endpoint() = default;

@@ -36,7 +36,8 @@ class Endpoint {
     // Every response to a request of this side, of each fork that takes an INVITE. Null if none came in time.
     using ResponseHandler = std::function<void(const Received *response, const Peer &from)>;
 
-    Endpoint(asio::io_context &io, unsigned short port, Trace &trace, RequestHandler on_request);
+    // Without a capture, it is null.
+    Endpoint(asio::io_context &io, unsigned short port, Trace &trace, Capture *capture, RequestHandler on_request);
     ~Endpoint();
 
     unsigned short port() const { return transport_.port(); }

@@ -37,10 +37,16 @@ void bind_both(unsigned short port, udp::socket &udp_socket, tcp::acceptor &acce
     acceptor.listen();
 }
 
+udp::endpoint udp_endpoint(const tcp::endpoint &address) { return {address.address(), address.port()}; }
+
 udp::endpoint address_of(const tcp::socket &socket) {
     std::error_code error;
-    const tcp::endpoint remote = socket.remote_endpoint(error);
-    return {remote.address(), remote.port()};
+    return udp_endpoint(socket.remote_endpoint(error));
+}
+
+udp::endpoint own_address_of(const tcp::socket &socket) {
+    std::error_code error;
+    return udp_endpoint(socket.local_endpoint(error));
 }
 
 } // namespace
@@ -49,7 +55,8 @@ udp::endpoint address_of(const tcp::socket &socket) {
 class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
   public:
     TcpConnection(Transport &transport, tcp::socket socket)
-        : transport_(transport), socket_(std::move(socket)), address_(address_of(socket_)) {}
+        : transport_(transport), socket_(std::move(socket)), address_(address_of(socket_)),
+          own_address_(own_address_of(socket_)) {}
 
     void read() {
         socket_.async_read_some(asio::buffer(chunk_),
@@ -66,6 +73,7 @@ class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
             transport_.on_note_(fmt::format("cut off: {} does not read", to_string({E_TCP, address_, {}})));
             return close();
         }
+        transport_.captured(E_TCP, own_address_, address_, message);
         unsent_ += message;
         if (sending_.empty())
             write_next();
@@ -90,11 +98,16 @@ class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
             if (next.what == Framing::incomplete)
                 break;
             if (next.what == Framing::message)
-                transport_.on_message_(rest.substr(0, next.length), {E_TCP, address_, weak_from_this()});
+                receive(rest.substr(0, next.length));
             rest.remove_prefix(next.length);
         }
         unread_.erase(0, unread_.size() - rest.size());
         return open_;
+    }
+
+    void receive(std::string_view message) {
+        transport_.captured(E_TCP, address_, own_address_, message);
+        transport_.on_message_(message, {E_TCP, address_, weak_from_this()});
     }
 
     void write_next() {
@@ -112,6 +125,7 @@ class TcpConnection : public std::enable_shared_from_this<TcpConnection> {
     Transport &transport_;
     tcp::socket socket_;
     udp::endpoint address_;
+    udp::endpoint own_address_;
     bool open_ = true;
     std::array<char, 8192> chunk_;
     std::string unread_;
@@ -124,9 +138,10 @@ std::string to_string(const Peer &peer) {
                        peer.transport == E_TCP ? "TCP" : "UDP");
 }
 
-Transport::Transport(asio::io_context &io, unsigned short port, MessageHandler on_message, NoteHandler on_note)
-    : io_(io), on_message_(std::move(on_message)), on_note_(std::move(on_note)), udp_(io), acceptor_(io),
-      accept_again_(io) {
+Transport::Transport(asio::io_context &io, unsigned short port, Capture *capture, MessageHandler on_message,
+                     NoteHandler on_note)
+    : io_(io), capture_(capture), on_message_(std::move(on_message)), on_note_(std::move(on_note)), udp_(io),
+      acceptor_(io), accept_again_(io) {
     bind_both(port, udp_, acceptor_);
     udp_.non_blocking(true);
     receive();
@@ -151,6 +166,7 @@ void Transport::send(std::string_view message, const Peer &to) {
             connection->write(message);
         return;
     }
+    captured(E_UDP, udp_.local_endpoint(), to.address, message);
     std::error_code lost;
     udp_.send_to(asio::buffer(message), to.address, 0, lost);
 }
@@ -158,10 +174,17 @@ void Transport::send(std::string_view message, const Peer &to) {
 void Transport::receive() {
     udp_.async_receive_from(asio::buffer(datagram_), sender_, [this](std::error_code error, std::size_t length) {
         // An error reports an earlier datagram that did not arrive.
-        if (!error)
+        if (!error) {
+            captured(E_UDP, sender_, udp_.local_endpoint(), {datagram_.data(), length});
             on_message_({datagram_.data(), length}, {E_UDP, sender_, {}});
+        }
         receive();
     });
+}
+
+void Transport::captured(TRANS_TYPE_E transport, const Address &from, const Address &to, std::string_view message) {
+    if (capture_ != nullptr)
+        capture_->add(transport, from, to, message);
 }
 
 void Transport::accept() {

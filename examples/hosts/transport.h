@@ -16,6 +16,7 @@
 #include <sipcode/code.h>
 
 #include "alarm.h"
+#include "capture.h"
 
 class TcpConnection;
 
@@ -33,8 +34,9 @@ class Transport {
     using MessageHandler = std::function<void(std::string_view message, const Peer &from)>;
     using NoteHandler = std::function<void(std::string_view note)>;
 
-    // Listens on the port, or on a free one if it is 0.
-    Transport(asio::io_context &io, unsigned short port, MessageHandler on_message, NoteHandler on_note);
+    // Listens on the port, or on a free one if it is 0. Without a capture, it is null.
+    Transport(asio::io_context &io, unsigned short port, Capture *capture, MessageHandler on_message,
+              NoteHandler on_note);
     ~Transport();
 
     unsigned short port() const;
@@ -48,11 +50,15 @@ class Transport {
   private:
     friend class TcpConnection;
 
+    using Address = asio::ip::udp::endpoint;
+
     void receive();
     void accept();
+    void captured(TRANS_TYPE_E transport, const Address &from, const Address &to, std::string_view message);
     std::shared_ptr<TcpConnection> add_connection(asio::ip::tcp::socket socket);
 
     asio::io_context &io_;
+    Capture *capture_;
     MessageHandler on_message_;
     NoteHandler on_note_;
     asio::ip::udp::socket udp_;
