@@ -102,17 +102,23 @@ void CheckSummary::print_text() const {
     fmt::print(std::cout, "{} message{}: {} lose{} nothing ({:.1f} %), {} lose something, {} refused\n", messages_,
                messages_ == 1 ? "" : "s", lossless_, lossless_ == 1 ? "s" : "", percent(lossless_, messages_),
                messages_ - lossless_ - refused_, refused_);
-    for (const Section &section : sections) {
-        const Tallies &tallies = tallies_[index_of(section.loss)];
-        if (!tallies.empty())
-            fmt::print(std::cout, "{}\n", section.title);
-        for (const Entry *entry : by_count(tallies)) {
-            const Tally &tally = entry->second;
-            fmt::print(std::cout, "{:>9}  {:<32}  {}", tally.count, visible(entry->first), example_text(tally.example));
-            if (tally.longest != 0)
-                fmt::print(std::cout, ": the longest has {} characters, {} are kept", tally.longest, tally.kept);
-            std::cout << '\n';
-        }
+    for (const Section &section : sections)
+        print_section(section.title, tallies_[index_of(section.loss)]);
+}
+
+void CheckSummary::print_section(std::string_view title, const Tallies &tallies) const {
+    if (tallies.empty())
+        return;
+    const auto longest = std::max_element(
+        tallies.begin(), tallies.end(), [](const Entry &a, const Entry &b) { return a.first.size() < b.first.size(); });
+    fmt::print(std::cout, "{}\n", title);
+    for (const Entry *entry : by_count(tallies)) {
+        const Tally &tally = entry->second;
+        fmt::print(std::cout, "{:>9}  {:<{}}  {}", tally.count, visible(entry->first), longest->first.size(),
+                   example_text(tally.example));
+        if (tally.longest != 0)
+            fmt::print(std::cout, ": the longest has {} characters, {} are kept", tally.longest, tally.kept);
+        std::cout << '\n';
     }
 }
 

@@ -2,9 +2,9 @@
 //
 //   503384 messages: 193372 lose nothing (38.4 %), 310000 lose something, 12 refused
 //   refused, by reason
-//          12  no Via                            packet 1704
+//          12  no Via  packet 1704
 //   values cut, by member
-//         120  to.user                           packet 88: the longest has 45 characters, 31 are kept
+//         120  to.user  packet 88: the longest has 45 characters, 31 are kept
 #pragma once
 
 #include <array>
@@ -49,6 +49,7 @@ class CheckSummary {
 
     Tally &tally_of(const Finding &finding);
     static std::vector<const Entry *> by_count(const Tallies &tallies);
+    void print_section(std::string_view title, const Tallies &tallies) const;
     std::string example_text(const Example &example) const;
 
     std::array<Tallies, loss_count> tallies_;
