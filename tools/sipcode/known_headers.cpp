@@ -114,19 +114,18 @@ bool shows_via(const SIP_CODE_MSG &record, int number, int count, std::string_vi
 
 std::vector<Knowledge> knowledge_of(std::string_view message, std::span<const HeaderLine> lines,
                                     const SIP_CODE_MSG &record) {
-    constexpr std::size_t most_lines = 62; // that the codec reads
     std::vector<Knowledge> known(lines.size());
     CountedLines counted;
     int vias = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         known[i].header = find_header(message, lines[i]);
-        if (known[i].header == nullptr || i >= most_lines)
+        if (known[i].header == nullptr || i >= most_header_lines)
             continue;
         counted.see(lines[i], *known[i].header);
         vias += known[i].header == &via ? 1 : 0;
     }
     int number = 0;
-    for (std::size_t i = 0; i < std::min(lines.size(), most_lines); ++i) {
+    for (std::size_t i = 0; i < std::min(lines.size(), most_header_lines); ++i) {
         const KnownHeader *const header = known[i].header;
         if (header == nullptr)
             continue;

@@ -40,7 +40,6 @@ HeaderLine header_line(std::string_view text, const SIP_HEADER_WALK &step) {
 // A walk gives the lines that the codec has room for. The last of them begins the next walk, in the place of a start
 // line.
 std::vector<HeaderLine> header_lines(std::string_view message) {
-    constexpr int longest_walk = 62;
     std::vector<HeaderLine> lines;
     SIP_HEADER_WALK walk{};
     std::size_t begin = 0;
@@ -49,7 +48,7 @@ std::vector<HeaderLine> header_lines(std::string_view message) {
         step.name.at += begin;
         step.value.at += begin;
         lines.push_back(header_line(message, step));
-        if (walk.line == longest_walk) {
+        if (static_cast<std::size_t>(walk.line) == most_header_lines) {
             begin = lines.back().whole.begin;
             walk = {};
         }

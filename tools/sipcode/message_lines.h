@@ -30,7 +30,10 @@ struct HeaderLine {
     bool begins_blank = false;
 };
 
-// All header lines, also those after the last one that the codec reads.
+// The codec keeps 63 lines of a header section, the start line included.
+inline constexpr std::size_t most_header_lines = 62;
+
+// All header lines, also those after the last one that the codec keeps.
 std::vector<HeaderLine> header_lines(std::string_view message);
 
 // The items of a header line, if it is a list with more than one.
