@@ -115,17 +115,18 @@ bool shows_via(const SIP_CODE_MSG &record, int number, int count, std::string_vi
 std::vector<Knowledge> knowledge_of(std::string_view message, std::span<const HeaderLine> lines,
                                     const SIP_CODE_MSG &record) {
     std::vector<Knowledge> known(lines.size());
+    lines = lines.first(std::min(lines.size(), most_header_lines));
     CountedLines counted;
     int vias = 0;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         known[i].header = find_header(message, lines[i]);
-        if (known[i].header == nullptr || i >= most_header_lines)
+        if (known[i].header == nullptr)
             continue;
         counted.see(lines[i], *known[i].header);
         vias += known[i].header == &via ? 1 : 0;
     }
     int number = 0;
-    for (std::size_t i = 0; i < std::min(lines.size(), most_header_lines); ++i) {
+    for (std::size_t i = 0; i < lines.size(); ++i) {
         const KnownHeader *const header = known[i].header;
         if (header == nullptr)
             continue;

@@ -16,7 +16,7 @@ struct KnownHeader {
 
 // What is known of a header line from its name and the record.
 struct Knowledge {
-    const KnownHeader *header = nullptr; // null if the codec reads no header with this name
+    const KnownHeader *header = nullptr; // null if the codec reads no header with this name, or not this line
     bool is_shown = false;               // to be read, by the member of the header
 };
 

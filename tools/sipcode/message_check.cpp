@@ -6,6 +6,7 @@
 #include <cctype>
 #include <iterator>
 #include <optional>
+#include <span>
 
 #include <fmt/core.h>
 
@@ -181,38 +182,36 @@ class Check {
     void find_ignored_lines() {
         known_ = knowledge_of(text_, lines_, trial_.record());
         is_ignored_.assign(lines_.size(), false);
-        find_ignored_together();
-        find_ignored_one_by_one();
+        std::vector<std::size_t> known;
+        std::vector<std::size_t> unknown;
+        for (std::size_t i = 0; i < lines_.size(); ++i) {
+            // Content-Length is not lost: an encoder writes it anew.
+            if (!known_[i].is_shown && !value_of(lines_[i]).empty() && !has_name(lines_[i], "Content-Length"))
+                (known_[i].header == nullptr ? unknown : known).push_back(i);
+        }
+        find_ignored_of(unknown); // as a rule, two trials show that all of them are ignored
+        // One by one, since a line may count only if another is blank. From the last, so that the first of two equal
+        // ones counts as read.
+        for (std::size_t i = known.size(); i-- > 0;)
+            find_ignored_of({&known[i], 1});
         for (std::size_t i = 0; i < lines_.size(); ++i) {
             if (is_ignored_[i])
                 add_ignored_line(i);
         }
     }
 
-    // Most messages hold lines that the codec does not know, and two trials show that all of them are ignored.
-    void find_ignored_together() {
+    // All together if they can be, or else half of them at a time.
+    void find_ignored_of(std::span<const std::size_t> indices) {
         std::vector<Range> values;
-        for (std::size_t i = 0; i < lines_.size(); ++i) {
-            if (known_[i].header == nullptr)
-                values.push_back(lines_[i].value);
-        }
-        if (values.empty() || !trial_.is_unread(values))
-            return;
-        for (std::size_t i = 0; i < lines_.size(); ++i)
-            is_ignored_[i] = known_[i].header == nullptr && !value_of(lines_[i]).empty();
-        trial_.remove(values);
-    }
-
-    // From the last line, so that the first of two equal ones counts as read.
-    void find_ignored_one_by_one() {
-        for (std::size_t i = lines_.size(); i-- > 0;) {
-            const HeaderLine &line = lines_[i];
-            // Content-Length is not lost: an encoder writes it anew.
-            if (is_ignored_[i] || known_[i].is_shown || value_of(line).empty() || has_name(line, "Content-Length") ||
-                !trial_.is_unread({&line.value, 1}))
-                continue;
-            is_ignored_[i] = true;
-            trial_.remove({&line.value, 1});
+        for (const std::size_t i : indices)
+            values.push_back(lines_[i].value);
+        if (!values.empty() && trial_.is_unread(values)) {
+            for (const std::size_t i : indices)
+                is_ignored_[i] = true;
+            trial_.remove(values);
+        } else if (indices.size() > 1) {
+            find_ignored_of(indices.subspan(indices.size() / 2));
+            find_ignored_of(indices.first(indices.size() / 2));
         }
     }
 
