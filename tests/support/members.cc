@@ -74,8 +74,8 @@ long to_number(std::string_view digits, int base) {
 // By the name of its value, or in digits.
 long to_value(const sipcode::Member &member, std::string_view text) {
     constexpr long last = 110;
-    for (long value = 0; member.value_name != nullptr && !text.empty() && value <= last; ++value)
-        if (member.value_name(value) == text)
+    for (long value = 0; !text.empty() && value <= last; ++value)
+        if (sipcode::value_name(member.names, value) == text)
             return value;
     return to_number(text, 10);
 }

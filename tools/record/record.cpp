@@ -1,16 +1,9 @@
-// The tables that record.h describes: one per record type, nested types first. A row names a member; the rest comes
-// from its declaration. To describe a new member, add its row at the same place as in the declaration.
-//
-//   ROW(m)                  a member whose zero means that it is absent
-//   VALUE(m)                a member whose zero is a value if its record is present
-//   named(ROW(m), names)    a number whose values have names
 #include "record.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
 namespace sipcode {
 
@@ -58,398 +51,7 @@ std::string_view direction_name(long value) {
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
-// From a declaration to its description
-
-// Each specialisation holds the rows of one record type. If the flag is not "use", it also names the flag.
-template <typename T>
-struct Table;
-
-template <typename Type>
-struct Described {
-    using T = Type;
-    static constexpr Switch present = [] {
-        if constexpr (requires { T::use; })
-            return Switch{Switch::On::when_one, offsetof(T, use)};
-        else
-            return Switch{};
-    }();
-};
-
-// Whether the rows cover the record from its first byte to its last, without a gap except for alignment.
-template <typename T>
-constexpr bool covers_all_members() {
-    const auto aligned = [](std::size_t offset, std::size_t alignment) {
-        return (offset + alignment - 1) / alignment * alignment;
-    };
-    std::size_t end = 0;
-    for (const Member &row : Table<T>::rows) {
-        if (row.offset != aligned(end, row.alignment))
-            return false;
-        end = row.offset + row.size * row.count;
-    }
-    return aligned(end, alignof(T)) == sizeof(T);
-}
-
-template <typename T>
-constexpr Record describe_record() {
-    static_assert(covers_all_members<T>(), "a member of the record is not described, or out of order");
-    return {Table<T>::rows, Table<T>::present};
-}
-
-template <typename T>
-constexpr Record description = describe_record<T>();
-
-template <typename E>
-constexpr ValueName names_of_type() {
-    if constexpr (std::is_same_v<E, e_codec>)
-        return codec_name;
-    else if constexpr (std::is_same_v<E, TRANS_TYPE_E>)
-        return transport_name;
-    else if constexpr (std::is_same_v<E, SIP_SUPPORTED_TYPE>)
-        return option_tag_name;
-    else
-        return nullptr;
-}
-
-// T is the member's declared type.
-template <typename T>
-constexpr Member describe(std::string_view name, std::size_t offset) {
-    using Element = std::remove_extent_t<T>;
-    if constexpr (std::is_same_v<Element, char>) {
-        static_assert(std::rank_v<T> == 1, "a text is one array of char");
-        return {name, Kind::text, offset, sizeof(T), alignof(T), 1, false};
-    } else {
-        Member row{name,
-                   Kind::number,
-                   offset,
-                   sizeof(Element),
-                   alignof(Element),
-                   sizeof(T) / sizeof(Element),
-                   std::is_array_v<T>};
-        if constexpr (std::is_class_v<Element>) {
-            row.kind = Kind::record;
-            row.record = &description<Element>;
-        } else if constexpr (std::is_pointer_v<Element>) {
-            row.kind = Kind::pointer;
-        } else {
-            static_assert(std::is_enum_v<Element> || (std::is_integral_v<Element> && std::is_signed_v<Element>));
-            static_assert(sizeof(Element) == sizeof(int) || sizeof(Element) == sizeof(long));
-            row.value_name = names_of_type<Element>();
-        }
-        return row;
-    }
-}
-
-constexpr Member zero_is_value(Member row) {
-    row.zero_is_value = true;
-    return row;
-}
-
-constexpr Member named(Member row, ValueName names) {
-    row.value_name = names;
-    return row;
-}
-
-// ---------------------------------------------------------------------------------------------------------------------
-// The tables
-
-#define ROW(member) describe<decltype(T::member)>(#member, offsetof(T, member))
-#define VALUE(member) zero_is_value(ROW(member))
-
-template <>
-struct Table<IPV4_ADDRESS> : Described<IPV4_ADDRESS> {
-    static constexpr std::array rows = {ROW(ip), VALUE(port)};
-};
-
-template <>
-struct Table<DNS_ADDR> : Described<DNS_ADDR> {
-    static constexpr std::array rows = {ROW(use), ROW(dnsname)};
-};
-
-template <>
-struct Table<SIP_URI> : Described<SIP_URI> {
-    static constexpr std::array rows = {ROW(user), ROW(addr), ROW(dns)};
-};
-
-template <>
-struct Table<SIP_VIA> : Described<SIP_VIA> {
-    static constexpr std::array rows = {ROW(branch), ROW(rport), ROW(addr)};
-};
-
-template <>
-struct Table<SIP_CONTACT> : Described<SIP_CONTACT> {
-    static constexpr std::array rows = {ROW(user), ROW(addr)};
-};
-
-template <>
-struct Table<SIP_FROMTO> : Described<SIP_FROMTO> {
-    static constexpr std::array rows = {ROW(tag_use), ROW(user), ROW(tag), ROW(addr), ROW(dns), ROW(flag)};
-};
-
-template <>
-struct Table<SIP_REQUST_URI> : Described<SIP_REQUST_URI> {
-    static constexpr Switch present = {Switch::On::when_one, offsetof(T, tag_use)};
-    static constexpr std::array rows = {ROW(tag_use), ROW(user), ROW(tag), ROW(addr)};
-};
-
-template <>
-struct Table<SIP_P_ASSERTED_IDENTITY> : Described<SIP_P_ASSERTED_IDENTITY> {
-    static constexpr Switch present = {Switch::On::when_one, offsetof(T, tag_use)};
-    static constexpr std::array rows = {ROW(tag_use), ROW(user), ROW(tag), ROW(addr)};
-};
-
-template <>
-struct Table<SIP_CSEQ> : Described<SIP_CSEQ> {
-    static constexpr std::array rows = {VALUE(seq), named(VALUE(method), method_name)};
-};
-
-template <>
-struct Table<SIP_EXPIRE> : Described<SIP_EXPIRE> {
-    static constexpr std::array rows = {ROW(use), VALUE(expires)};
-};
-
-template <>
-struct Table<SIP_CONTENT_TYPE> : Described<SIP_CONTENT_TYPE> {
-    static constexpr std::array rows = {ROW(use), ROW(type)};
-};
-
-template <>
-struct Table<SIP_ALERT> : Described<SIP_ALERT> {
-    static constexpr std::array rows = {ROW(use), ROW(alertinfo)};
-};
-
-template <>
-struct Table<SIP_REQUIRE> : Described<SIP_REQUIRE> {
-    static constexpr std::array rows = {ROW(use), ROW(REQUIRE)};
-};
-
-template <>
-struct Table<SIP_RSEQ> : Described<SIP_RSEQ> {
-    static constexpr std::array rows = {ROW(use), VALUE(RSeq)};
-};
-
-template <>
-struct Table<SIP_EVENT> : Described<SIP_EVENT> {
-    static constexpr std::array rows = {ROW(use), ROW(content)};
-};
-
-template <>
-struct Table<SIP_RECORD_ROUTE> : Described<SIP_RECORD_ROUTE> {
-    static constexpr std::array rows = {ROW(use), ROW(content)};
-};
-
-template <>
-struct Table<SIP_SERVICE_ROUTE> : Described<SIP_SERVICE_ROUTE> {
-    static constexpr std::array rows = {ROW(use), ROW(content)};
-};
-
-template <>
-struct Table<SIP_DATE> : Described<SIP_DATE> {
-    static constexpr std::array rows = {ROW(use), ROW(datetime)};
-};
-
-template <>
-struct Table<SIP_REPLACES> : Described<SIP_REPLACES> {
-    static constexpr std::array rows = {ROW(use), ROW(content)};
-};
-
-template <>
-struct Table<SIP_REFERREDBY> : Described<SIP_REFERREDBY> {
-    static constexpr std::array rows = {ROW(use), ROW(content)};
-};
-
-template <>
-struct Table<SIP_SUBSCRIPTION_STATE> : Described<SIP_SUBSCRIPTION_STATE> {
-    static constexpr std::array rows = {ROW(use), ROW(content)};
-};
-
-template <>
-struct Table<SIP_USER_AGENT> : Described<SIP_USER_AGENT> {
-    static constexpr std::array rows = {ROW(use), ROW(authencryptflag), ROW(useragent)};
-};
-
-template <>
-struct Table<SIP_SESSION_EXPIRES> : Described<SIP_SESSION_EXPIRES> {
-    static constexpr std::array rows = {ROW(use), VALUE(sessionexpires), ROW(refresher)};
-};
-
-template <>
-struct Table<SIP_MIN_SE> : Described<SIP_MIN_SE> {
-    static constexpr std::array rows = {ROW(use), VALUE(minse)};
-};
-
-template <>
-struct Table<SIP_MIN_EXPIRES> : Described<SIP_MIN_EXPIRES> {
-    static constexpr std::array rows = {ROW(use), VALUE(min_expires)};
-};
-
-template <>
-struct Table<SIP_P_EARLY_MEDIA> : Described<SIP_P_EARLY_MEDIA> {
-    static constexpr std::array rows = {ROW(use), ROW(content)};
-};
-
-template <>
-struct Table<SIP_CALL_INFO> : Described<SIP_CALL_INFO> {
-    static constexpr std::array rows = {ROW(use), ROW(content)};
-};
-
-template <>
-struct Table<SIP_RACK> : Described<SIP_RACK> {
-    static constexpr Switch present = {Switch::On::when_not_zero, offsetof(T, rack)};
-    static constexpr std::array rows = {ROW(rack), VALUE(cseq), named(VALUE(method), method_name)};
-};
-
-template <>
-struct Table<SIP_SUPPORTED> : Described<SIP_SUPPORTED> {
-    static constexpr std::array rows = {ROW(use), ROW(SUPPORTED), ROW(supported_type)};
-};
-
-template <>
-struct Table<CODEC_RTPMAP> : Described<CODEC_RTPMAP> {
-    static constexpr Switch present = {Switch::On::when_not_zero, offsetof(T, a_coder)};
-    static constexpr std::array rows = {ROW(a_coder), VALUE(a_payload)};
-};
-
-template <>
-struct Table<FAX_INFO> : Described<FAX_INFO> {
-    static constexpr std::array rows = {ROW(udptlport),
-                                        ROW(T38FaxMaxBuffer),
-                                        ROW(T38MaxBitRate),
-                                        VALUE(T38FaxVersion),
-                                        ROW(T38FaxMaxDatagram),
-                                        VALUE(T38FaxFillBitRemoval),
-                                        VALUE(T38FaxTranscodingMMR),
-                                        VALUE(T38FaxTranscodingJBIG),
-                                        ROW(T38FaxRateManagement),
-                                        ROW(T38FaxUdpEC),
-                                        ROW(fax_addr)};
-};
-
-template <>
-struct Table<SIP_SDP> : Described<SIP_SDP> {
-    static constexpr std::array rows = {ROW(a_use),          ROW(v_use),
-                                        ROW(fax_use),        ROW(a_coders),
-                                        ROW(v_coders),       ROW(a_content),
-                                        ROW(v_content),      ROW(a_addr),
-                                        ROW(v_addr),         ROW(fax),
-                                        ROW(o_sec),          ROW(o_sec_flag),
-                                        ROW(a_conten_nouse), named(VALUE(a_media), direction_name),
-                                        ROW(v_conten_nouse), named(ROW(v_media), direction_name),
-                                        ROW(a_ptime),        ROW(rtpmap)};
-};
-
-template <>
-struct Table<SIP_MES_SDP> : Described<SIP_MES_SDP> {
-    static constexpr std::array rows = {ROW(use), ROW(content)};
-};
-
-template <>
-struct Table<SIP_INFO> : Described<SIP_INFO> {
-    static constexpr std::array rows = {ROW(use), ROW(key)};
-};
-
-template <>
-struct Table<SIP_AUTHOR> : Described<SIP_AUTHOR> {
-    static constexpr std::array rows = {ROW(use),      named(ROW(author_type), digest_header_name),
-                                        VALUE(stale),  ROW(noncecount),
-                                        ROW(username), ROW(realm),
-                                        ROW(nonce),    ROW(uri),
-                                        ROW(response), ROW(algorithm),
-                                        ROW(cnonce),   ROW(qop)};
-};
-
-template <>
-struct Table<NEXT_NONCE> : Described<NEXT_NONCE> {
-    static constexpr std::array rows = {ROW(use), ROW(nonce)};
-};
-
-template <>
-struct Table<SIP_AUTHEN> : Described<SIP_AUTHEN> {
-    static constexpr std::array rows = {ROW(use),     named(ROW(authen_type), digest_header_name),
-                                        VALUE(stale), ROW(realm),
-                                        ROW(nonce),   ROW(algorithm),
-                                        ROW(qop),     ROW(next_nonce)};
-};
-
-template <>
-struct Table<REFER_INFO> : Described<REFER_INFO> {
-    static constexpr std::array rows = {ROW(use),        VALUE(refermode), ROW(tochn),         ROW(refertoip),
-                                        ROW(refertotel), ROW(refertotag),  ROW(referfromtag),  ROW(callid),
-                                        ROW(referbytel), ROW(referbyip),   ROW(refertocontent)};
-};
-
-template <>
-struct Table<SIP_HISTORY_INFO> : Described<SIP_HISTORY_INFO> {
-    static constexpr std::array rows = {ROW(use), ROW(user), ROW(addr), ROW(index), ROW(cause)};
-};
-
-template <>
-struct Table<MESSAGE_SUMMARY> : Described<MESSAGE_SUMMARY> {
-    static constexpr std::array rows = {
-        ROW(use),           ROW(messageswaiting),  ROW(account),          VALUE(newmsgcount),
-        VALUE(oldmsgcount), VALUE(urgentmsgcount), VALUE(urgentoldcount), ROW(addr)};
-};
-
-template <>
-struct Table<SIP_XML> : Described<SIP_XML> {
-    static constexpr Switch present = {Switch::On::when_not_zero, offsetof(T, use)};
-    static constexpr std::array rows = {ROW(use), ROW(xml)};
-};
-
-template <>
-struct Table<SIP_CODE_MSG> : Described<SIP_CODE_MSG> {
-    static constexpr std::array rows = {ROW(xml_buf),
-                                        named(VALUE(method), method_name),
-                                        ROW(via_count),
-                                        ROW(callid),
-                                        ROW(korvadex),
-                                        ROW(korvadex_trunk),
-                                        ROW(max_forward),
-                                        ROW(user_phone),
-                                        ROW(via),
-                                        ROW(via1),
-                                        ROW(expire),
-                                        ROW(xml),
-                                        ROW(uri),
-                                        ROW(cseq),
-                                        ROW(from),
-                                        ROW(to),
-                                        ROW(contact),
-                                        ROW(sdp),
-                                        ROW(content),
-                                        ROW(info),
-                                        ROW(authen),
-                                        ROW(author),
-                                        ROW(refer_to),
-                                        ROW(alert),
-                                        ROW(supported),
-                                        ROW(require),
-                                        ROW(rseq),
-                                        ROW(rack),
-                                        ROW(history_info),
-                                        ROW(requst_uri),
-                                        ROW(p_passerted_identity),
-                                        ROW(callparty),
-                                        ROW(msg_sdp),
-                                        ROW(event),
-                                        ROW(record_route),
-                                        ROW(date),
-                                        ROW(trans_type),
-                                        ROW(user_agent),
-                                        ROW(service_route),
-                                        ROW(replaces),
-                                        ROW(referred_by),
-                                        ROW(subscription_state),
-                                        ROW(session_expires),
-                                        ROW(min_se),
-                                        ROW(min_expires),
-                                        ROW(p_early_media),
-                                        ROW(message_summary),
-                                        ROW(call_info)};
-};
-
-#undef ROW
-#undef VALUE
+// Values
 
 template <typename Number>
 Number load(const std::byte *element) {
@@ -491,8 +93,28 @@ long number_of(const Member &member, const std::byte *element) {
     return member.size == sizeof(int) ? load<int>(element) : load<long>(element);
 }
 
+std::string_view value_name(Names names, long value) {
+    switch (names) {
+    case Names::method:
+        return method_name(value);
+    case Names::codec:
+        return codec_name(value);
+    case Names::transport:
+        return transport_name(value);
+    case Names::option_tag:
+        return option_tag_name(value);
+    case Names::digest_header:
+        return digest_header_name(value);
+    case Names::direction:
+        return direction_name(value);
+    case Names::none:
+        break;
+    }
+    return {};
+}
+
 std::string_view value_name_of(const Member &member, const std::byte *element) {
-    return member.value_name == nullptr ? std::string_view() : member.value_name(number_of(member, element));
+    return value_name(member.names, number_of(member, element));
 }
 
 bool store_text(const Member &member, std::byte *element, std::string_view text) {

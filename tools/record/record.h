@@ -1,4 +1,4 @@
-// The codec record (code.h) described as data, once, for everything that walks over it.
+// Walking over the codec record by its description as data.
 //
 //   SIP_CODE_MSG                              code_record()
 //     |- xml_buf       char[4096]           text
@@ -9,7 +9,7 @@
 //     |- history_info  SIP_HISTORY_INFO[4]  array of records
 //     ...
 //
-// Names, offsets and sizes come from the declarations. A member without a description does not compile.
+// The tables are in record_members.h.
 //
 // Presence. A zeroed record holds nothing. Some records have a flag that switches them on or off as a whole. An element
 // is present if all records around it are switched on and it is not 0 or empty. If its zero is a value too (a CSeq of
@@ -17,50 +17,12 @@
 #pragma once
 
 #include <cstddef>
-#include <span>
 #include <string>
 #include <string_view>
 
-#include "code.h"
+#include "record_members.h"
 
 namespace sipcode {
-
-enum class Kind {
-    text,    // char[N]; a careless host may leave it unterminated
-    number,  // signed, 4 or 8 bytes
-    record,  // a nested record
-    pointer, // belongs to the host; means nothing outside its process
-};
-
-// Name of a value of an enumeration; empty if it has none.
-using ValueName = std::string_view (*)(long value);
-
-struct Record;
-
-struct Member {
-    std::string_view name;
-    Kind kind;
-    std::size_t offset; // of the first element within its record
-    std::size_t size;   // of one element; of a text, including its terminator
-    std::size_t alignment;
-    std::size_t count; // elements: 1, or the length of the array
-    bool is_array;
-    bool zero_is_value = false;     // 0 is a value if the record around it is present
-    const Record *record = nullptr; // for Kind::record
-    ValueName value_name = nullptr; // for a number with named values
-};
-
-// The flag that switches a record on.
-struct Switch {
-    enum class On { always, when_one, when_not_zero };
-    On on = On::always;
-    std::size_t offset = 0; // of the flag, an int
-};
-
-struct Record {
-    std::span<const Member> members; // in declaration order
-    Switch present;
-};
 
 // The description of SIP_CODE_MSG.
 const Record &code_record();
@@ -79,7 +41,10 @@ long number_of(const Member &member, const std::byte *element);
 // The text of a sip_code_method on the wire; empty for any other value.
 std::string_view method_name(long value);
 
-// Name of the number's value; empty if it has none.
+// Name of a value; empty if it has none.
+std::string_view value_name(Names names, long value);
+
+// The same for the number that an element holds.
 std::string_view value_name_of(const Member &member, const std::byte *element);
 
 // Stores a text and clears the rest of the member. Returns false and stores nothing if the text and its terminator do

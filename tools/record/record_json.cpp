@@ -92,7 +92,7 @@ void write_record(JsonWriter &out, const Record &description, const std::byte *r
         write_key(out, member.name);
         write_elements(out, member, record, count,
                        [&](const std::byte *element) { write_element(out, member, element, scope); });
-        if (member.value_name == nullptr)
+        if (member.names == Names::none)
             continue;
         write_key(out, std::string(member.name).append(name_suffix));
         write_elements(out, member, record, count,
@@ -155,7 +155,7 @@ class Reader {
         if (!name.ends_with(name_suffix))
             return false;
         const auto found = member_named(description, name.substr(0, name.size() - name_suffix.size()));
-        return found != description.members.end() && found->value_name != nullptr;
+        return found != description.members.end() && found->names != Names::none;
     }
 
     const Member &find(const Record &description, std::string_view name) const {

@@ -3,22 +3,10 @@
 #include <cstddef>
 
 #include "decode/decoders.h"
+#include "safe/clear.h"
 
 namespace sipcode {
 namespace {
-
-// Clears all that a reader of the record may look at. One character is enough for the two texts that are as large as a
-// message.
-void clear(SIP_CODE_MSG &record) {
-    char *const begin = reinterpret_cast<char *>(&record);
-    const auto clear_from_to = [begin](std::size_t from, std::size_t to) { std::memset(begin + from, 0, to - from); };
-    constexpr std::size_t first = offsetof(SIP_CODE_MSG, xml_buf);
-    constexpr std::size_t second = offsetof(SIP_CODE_MSG, msg_sdp) + offsetof(SIP_MES_SDP, content);
-    static_assert(first < second);
-    clear_from_to(0, first + 1);
-    clear_from_to(first + sizeof record.xml_buf, second + 1);
-    clear_from_to(second + sizeof record.msg_sdp.content, sizeof record);
-}
 
 // Line and column of a place, counted from 1. Counts in blocks, since a report may hold up to seventeen places.
 void locate(text data, int at, int &line, int &column) {
@@ -85,7 +73,7 @@ int SIP_Decode_Buffer(const char *data, size_t length, SIP_CODE_MSG *record, SIP
 
     SIP_MSG split; // the splitter sets everything that is read
     const std::size_t used = std::min(length, std::size_t{SIP_LONGEST_MESSAGE});
-    const text received(data, find_byte(data, used, '\0'));
+    const text received(data, strnlen(data, used));
     std::memcpy(split.data, received.data(), received.size());
     split.data[received.size()] = '\0';
     result.left_out = received.size() == used && length > used && data[used] != '\0';
