@@ -141,9 +141,8 @@ int answer_messages(const Options &options) {
         if (!refusal.empty())
             print_error(fmt::format("{}: refused: {}", message.place, refusal));
     };
-    Source source(options.file);
-    const int status =
-        read_messages(source, "", take, [&] { return fmt::format("{} answered, {} refused", answered, refusals); });
+    const int status = read_messages(options.file, {}, take,
+                                     [&] { return fmt::format("{} answered, {} refused", answered, refusals); });
     return std::max<int>(status, refusals == 0 ? success : refused);
 }
 

@@ -17,6 +17,7 @@
 #include "finding_printer.h"
 #include "message_check.h"
 #include "message_reader.h"
+#include "message_source.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ struct Options {
     std::vector<std::string> files = {"-"};
     bool json = false;
     bool summary = false;
-    std::string filter;
+    Choice choice;
 };
 
 constexpr const char *footer =
@@ -50,6 +51,10 @@ With --json each finding is an object on one line, with "file", "line", "column"
 it also has "member", "characters" and "kept". A finding of a capture also has "packet", "time", "transport", "source",
 "destination" and "whole". With --summary one object holds "messages", "lossless", "refused" and "losses".
 
+)";
+
+constexpr const char *exit_help = R"(
+
 Exit status: 0 if nothing is lost, 1 if something is, 2 if the command line, a file or the output is at fault.)";
 
 class Checking {
@@ -63,9 +68,8 @@ class Checking {
     // Returns the exit status.
     int run(const std::string &file) {
         lossy_ = 0;
-        Source source(file);
         const int status = read_messages(
-            source, options_.filter, [&](const ReceivedMessage &message) { check(source.name(), message); },
+            file, options_.choice, [&](const ReceivedMessage &message) { check(source_name(file), message); },
             [this] { return fmt::format("{} lose something", lossy_); });
         return std::max<int>(status, lossy_ == 0 ? success : refused);
     }
@@ -119,7 +123,7 @@ void add_check_command(CLI::App &tool, int &status) {
         ->type_name("");
     command->add_flag("--json", options->json, "One JSON object per finding");
     command->add_flag("--summary", options->summary, "Counts what is lost instead of listing it");
-    command->add_option("--filter", options->filter, "Reads only packets of a capture that match")->type_name("BPF");
-    command->footer(footer);
+    add_choice_options(*command, options->choice);
+    command->footer(std::string(footer) + choice_help + exit_help);
     command->callback([options, &status] { status = check(*options); });
 }

@@ -2,6 +2,7 @@
 #include "console.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -17,6 +18,7 @@ constexpr std::chrono::milliseconds interval(200);
 
 bool is_shown = false;
 bool is_terminal = false; // whether the results go to one
+volatile std::sig_atomic_t was_interrupted = 0;
 
 void clear() {
     if (is_shown)
@@ -64,6 +66,17 @@ void flush_output() {
     if (!std::cout.flush())
         throw std::system_error(errno == 0 ? EIO : errno, std::generic_category(), "standard output");
 }
+
+CatchInterrupt::CatchInterrupt() {
+    struct sigaction action {};
+    action.sa_handler = [](int) { was_interrupted = 1; };
+    action.sa_flags = static_cast<int>(SA_RESETHAND); // and not SA_RESTART: a read that waits must end
+    sigaction(SIGINT, &action, nullptr);
+}
+
+CatchInterrupt::~CatchInterrupt() { std::signal(SIGINT, SIG_DFL); }
+
+bool is_interrupted() { return was_interrupted != 0; }
 
 Progress::Progress(const Source &source)
     : source_(source), is_wanted_(isatty(STDERR_FILENO) == 1 && !is_terminal),

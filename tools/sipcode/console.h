@@ -13,9 +13,10 @@
 #include "message_source.h"
 
 enum ExitStatus {
-    success = 0, // every message was decoded, encoded or answered; a check found no loss
-    refused = 1, // at least one message was refused, or a check found a loss
-    misuse = 2,  // the command line, a file or the output is at fault
+    success = 0,       // every message was decoded, encoded or answered; a check found no loss
+    refused = 1,       // at least one message was refused, or a check found a loss
+    misuse = 2,        // the command line, a file or the output is at fault
+    interrupted = 130, // Ctrl-C while a capture was read
 };
 
 // Prints "sipcode: " and the line on standard error, after the results so far, and in place of the progress line if one
@@ -46,6 +47,18 @@ void end_result();
 
 // Writes out what the results so far left in the buffer. Throws like end_result.
 void flush_output();
+
+// While it lives, an interrupt does not end the process but is remembered, so that counts can still be shown. A second
+// one does end it.
+class CatchInterrupt {
+  public:
+    CatchInterrupt();
+    ~CatchInterrupt();
+    CatchInterrupt(const CatchInterrupt &) = delete;
+    CatchInterrupt &operator=(const CatchInterrupt &) = delete;
+};
+
+bool is_interrupted();
 
 // Shows the progress of a long run on one line of the terminal, if standard error is a terminal and standard output is
 // not. On the same terminal, the messages would overwrite it.

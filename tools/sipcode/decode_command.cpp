@@ -15,6 +15,7 @@
 #include "message_decoder.h"
 #include "message_printer.h"
 #include "message_reader.h"
+#include "message_source.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ struct Options {
     bool raw = false;
     bool json = false;
     bool all = false;
-    std::string filter;
+    Choice choice;
 };
 
 constexpr const char *footer =
@@ -50,6 +51,10 @@ messages themselves are, so the other commands can read them.
 
 Refusals, notes and the library's log lines go to standard error.
 
+)";
+
+constexpr const char *exit_help = R"(
+
 Exit status: 0 if all messages were decoded, 1 if some were refused, 2 if the command line, a file or the output is at
 fault. Messages before the damage in a capture are decoded.)";
 
@@ -70,9 +75,8 @@ class Decoding {
     int run(const std::string &file) {
         refused_.clear();
         cut_values_ = count_ = 0;
-        Source source(file);
         const int status = read_messages(
-            source, options_.filter, [this](const ReceivedMessage &message) { decode(message); },
+            file, options_.choice, [this](const ReceivedMessage &message) { decode(message); },
             [this] { return summary(); });
         return std::max<int>(status, refused_.empty() ? success : refused);
     }
@@ -135,7 +139,7 @@ void add_decode_command(CLI::App &tool, int &status) {
     CLI::Option *dump = command->add_flag("--dump", options->dump, "The library's trace lines");
     dump->excludes(json)->excludes(all);
     command->add_flag("--raw", options->raw, "The messages as they were received")->excludes(json, all, dump);
-    command->add_option("--filter", options->filter, "Reads only packets of a capture that match")->type_name("BPF");
-    command->footer(footer);
+    add_choice_options(*command, options->choice);
+    command->footer(std::string(footer) + choice_help + exit_help);
     command->callback([options, &status] { status = decode(*options); });
 }

@@ -5,23 +5,19 @@
 
 #include "json_members.h"
 
-namespace {
+std::string origin_text(const CapturedMessage &origin) {
+    return fmt::format("packet {}, {}, {} {} > {}", origin.mark.number, time_text(origin.mark),
+                       transport_name(origin.transport), endpoint_text(origin.source),
+                       endpoint_text(origin.destination));
+}
 
-void write_endpoint(sipcode::JsonWriter &out, const char *name, const Endpoint &endpoint) {
+void write_endpoint(sipcode::JsonWriter &out, std::string_view name, const Endpoint &endpoint) {
     JsonMembers members(out);
     members.key(name);
     out.StartObject();
     members.text("address", endpoint.address);
     members.number("port", endpoint.port);
     out.EndObject();
-}
-
-} // namespace
-
-std::string origin_text(const CapturedMessage &origin) {
-    return fmt::format("packet {}, {}, {} {} > {}", origin.mark.number, time_text(origin.mark),
-                       transport_name(origin.transport), endpoint_text(origin.source),
-                       endpoint_text(origin.destination));
 }
 
 void write_origin(sipcode::JsonWriter &out, const CapturedMessage &origin) {

@@ -2,18 +2,20 @@
 #include "message_reader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <fmt/core.h>
 
 #include "capture_file.h"
 #include "console.h"
+#include "message_source.h"
 
 namespace {
 
 class CaptureReading {
   public:
-    CaptureReading(Source &source, const std::string &filter, const TakeMessage &take)
-        : name_(source.name()), take_(take), file_(source.stream(), filter),
+    CaptureReading(Source &source, const std::string &filter, TakeMessage take)
+        : name_(source.name()), take_(std::move(take)), file_(source.stream(), filter),
           messages_(file_.link_type(), [this](const CapturedMessage &message) { give(message); }), progress_(source) {}
 
     // Returns what is wrong with the file, or an empty text.
@@ -21,13 +23,14 @@ class CaptureReading {
         std::string damage;
         Packet packet;
         try {
-            while (file_.next(packet)) {
+            while (!is_interrupted() && file_.next(packet)) {
                 ++packets_;
                 messages_.add(packet);
                 progress_.update(packets_, count_);
             }
         } catch (const CaptureError &error) {
-            damage = error.what();
+            if (!is_interrupted())
+                damage = error.what();
         }
         messages_.finish();
         return damage;
@@ -50,14 +53,11 @@ class CaptureReading {
   private:
     void give(const CapturedMessage &message) {
         const std::string place = fmt::format("{}: message {}", name_, ++count_);
-        if (!message.is_whole)
-            print_error(
-                fmt::format("{}: note: the capture holds only its first {} characters", place, message.text.size()));
         take_({message.text, place, &message, 1});
     }
 
     std::string name_;
-    const TakeMessage &take_;
+    TakeMessage take_;
     CaptureFile file_;
     CaptureMessages messages_;
     Progress progress_;
@@ -67,11 +67,18 @@ class CaptureReading {
 
 int read_capture(Source &source, const std::string &filter, const TakeMessage &take, const Summary &summary) {
     try {
-        CaptureReading reading(source, filter, take);
+        CaptureReading reading(source, filter, [&take](const ReceivedMessage &message) {
+            if (!message.origin->is_whole)
+                print_error(fmt::format("{}: note: the capture holds only its first {} characters", message.place,
+                                        message.text.size()));
+            take(message);
+        });
         const std::string damage = reading.run();
         if (!damage.empty())
             print_error(fmt::format("{}: {}", source.name(), damage));
         print_error(fmt::format("{}: {}", source.name(), reading.counts(summary)));
+        if (is_interrupted())
+            return interrupted;
         return damage.empty() ? success : misuse;
     } catch (const CaptureError &error) {
         print_error(fmt::format("{}: {}", source.name(), error.what()));
@@ -79,15 +86,7 @@ int read_capture(Source &source, const std::string &filter, const TakeMessage &t
     }
 }
 
-} // namespace
-
-int read_messages(Source &source, const std::string &filter, const TakeMessage &take, const Summary &summary) {
-    if (source.is_capture())
-        return read_capture(source, filter, take, summary);
-    if (!filter.empty()) {
-        print_error(fmt::format("{}: not a capture, so --filter does not apply", source.name()));
-        return misuse;
-    }
+void read_text(Source &source, const TakeMessage &take) {
     const std::string content = source.read_all();
     const char *counted = content.data();
     std::size_t line = 1;
@@ -97,5 +96,54 @@ int read_messages(Source &source, const std::string &filter, const TakeMessage &
         counted = text.data();
         take({text, fmt::format("{}: message {}", source.name(), ++number), nullptr, line});
     }
+}
+
+// Why the choice does not apply to the file; empty if it does.
+std::string_view why_not(const Source &source, const std::string &file, const Choice &choice) {
+    if (!source.is_capture() && !choice.filter.empty())
+        return "not a capture, so --filter does not apply";
+    if (!source.is_capture() && choice.needs_calls())
+        return "not a capture, so calls are chosen by --call-id only";
+    if (file == "-" && choice.needs_calls())
+        return "it can be read only once, so calls are chosen by --call-id only";
+    return "";
+}
+
+} // namespace
+
+int read_messages(const std::string &file, const Choice &choice, const TakeMessage &take, const Summary &summary) {
+    const CatchInterrupt interrupt;
+    Source source(file);
+    if (const std::string_view reason = why_not(source, file, choice); !reason.empty()) {
+        print_error(fmt::format("{}: {}", source.name(), reason));
+        return misuse;
+    }
+    CallIds chosen(choice.call_ids.begin(), choice.call_ids.end());
+    if (choice.needs_calls())
+        chosen = find_calls(file, choice);
+    const TakeMessage take_chosen = [&](const ReceivedMessage &message) {
+        if (choice.is_every_call() || is_chosen(message.text, chosen))
+            take(message);
+    };
+    if (source.is_capture())
+        return read_capture(source, choice.filter, take_chosen, summary);
+    read_text(source, take_chosen);
     return success;
+}
+
+CallIds find_calls(const std::string &file, const Choice &choice) {
+    CallIds chosen;
+    CallTracker tracker([&](const Call &call) {
+        if (choice.matches(call))
+            chosen.insert(call.call_id);
+    });
+    Source source(file);
+    CaptureReading reading(source, choice.filter, [&tracker](const ReceivedMessage &message) {
+        MessageFacts facts;
+        if (read_facts(message.text, facts))
+            tracker.add(*message.origin, facts);
+    });
+    reading.run();
+    tracker.finish();
+    return chosen;
 }

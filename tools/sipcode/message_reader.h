@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "capture_messages.h"
-#include "message_source.h"
+#include "choice.h"
 
 struct ReceivedMessage {
     std::string_view text;
@@ -20,9 +20,14 @@ using TakeMessage = std::function<void(const ReceivedMessage &message)>;
 // Summarises what became of the messages of a capture: "1 decoded, 2 refused".
 using Summary = std::function<std::string()>;
 
-// Gives each message to take. The filter is a BPF expression for the packets of a capture; an empty one matches all.
-// While a capture is read, progress is shown. A line of counts on standard error follows it.
+// Gives each chosen message of a file to take. "-" is standard input. While a capture is read, progress is shown. A line
+// of counts on standard error follows it. An interrupt ends the reading, and the counts are still shown.
 //
 // Returns the exit status: misuse if the capture is damaged (the messages before the damage were given), if the filter
-// is invalid or does not apply, and success otherwise. Throws SourceError.
-int read_messages(Source &source, const std::string &filter, const TakeMessage &take, const Summary &summary);
+// is invalid, or if the choice does not apply to the file; interrupted after an interrupt; otherwise success. Throws
+// SourceError.
+int read_messages(const std::string &file, const Choice &choice, const TakeMessage &take, const Summary &summary);
+
+// The Call-IDs of the calls of a capture that are chosen. Shows nothing but progress. Throws SourceError and
+// CaptureError.
+CallIds find_calls(const std::string &file, const Choice &choice);

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "capture_file.h"
+#include "console.h"
 
 namespace {
 
@@ -50,7 +51,9 @@ std::size_t Source::read(char *bytes, std::size_t size) {
     ssize_t length = 0;
     do
         length = ::read(file_, bytes, size);
-    while (length == -1 && errno == EINTR);
+    while (length == -1 && errno == EINTR && !is_interrupted());
+    if (is_interrupted())
+        return 0; // the file ends here
     if (length == -1)
         fail();
     bytes_read_ += static_cast<std::size_t>(length);

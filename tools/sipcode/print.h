@@ -22,6 +22,9 @@ std::string printable(std::string_view text);
 // The same between quotes, at the end of out.
 void append_quoted(std::string &out, std::string_view text);
 
+// Name of a codec on the wire: "PCMA". Empty for a value that is none.
+std::string_view codec_wire_name(int codec);
+
 // Prints one line per stream, and nothing for a record without a session description. The line of an INVITE or UPDATE
 // begins with "offer". Any other begins with "media", since it may be an answer.
 void print_session(std::ostream &out, const SIP_CODE_MSG &record);

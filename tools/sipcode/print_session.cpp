@@ -27,9 +27,10 @@ std::string audio_codecs(const SIP_SDP &sdp) {
     std::vector<CODEC_RTPMAP> payloads(std::begin(sdp.rtpmap), std::end(sdp.rtpmap));
     std::string names;
     for (const e_codec codec : sdp.a_coders) {
-        if (codec <= UNKONW || codec >= SIP_CODE_CODEC_COUNT)
+        const std::string_view name = codec_wire_name(codec);
+        if (name.empty())
             continue;
-        names += fmt::format("{}{}", names.empty() ? "" : " ", codec_names[codec]);
+        names += fmt::format("{}{}", names.empty() ? "" : " ", name);
         const auto of_codec = [codec](const CODEC_RTPMAP &entry) { return entry.a_coder == codec; };
         const auto entry = std::find_if(payloads.begin(), payloads.end(), of_codec);
         if (!has_payload(codec) || entry == payloads.end())
@@ -94,6 +95,10 @@ std::string fax(const FAX_INFO &fax) {
 }
 
 } // namespace
+
+std::string_view codec_wire_name(int codec) {
+    return codec < 0 || codec >= SIP_CODE_CODEC_COUNT ? "" : codec_names[codec];
+}
 
 void print_session(std::ostream &out, const SIP_CODE_MSG &record) {
     const bool is_offer = record.method == SIP_REQUEST_MSG_INVITE || record.method == SIP_REQUEST_MSG_UPDATE;
