@@ -13,10 +13,11 @@ std::string_view slice_of(std::string_view text, const SIP_SLICE &slice) { retur
 
 std::string_view trim_end(std::string_view text) { return text.substr(0, text.find_last_not_of(" \t\r\n") + 1); }
 
+// The name is in small letters.
 bool begins_nocase(std::string_view text, std::string_view name) {
-    const auto is_same = [](unsigned char a, unsigned char b) { return std::tolower(a) == b; };
     return text.size() >= name.size() &&
-           std::equal(name.begin(), name.end(), text.begin(), [&](char small, char c) { return is_same(c, small); });
+           std::equal(name.begin(), name.end(), text.begin(),
+                      [](char small, unsigned char c) { return std::tolower(c) == small; });
 }
 
 // Value of a parameter after the URI: "1" of "<sip:a@b;tag=2>;tag=1".

@@ -74,7 +74,7 @@ CatchInterrupt::CatchInterrupt() {
     sigaction(SIGINT, &action, nullptr);
 }
 
-CatchInterrupt::~CatchInterrupt() { std::signal(SIGINT, SIG_DFL); }
+CatchInterrupt::~CatchInterrupt() { static_cast<void>(std::signal(SIGINT, SIG_DFL)); }
 
 bool is_interrupted() { return was_interrupted != 0; }
 
