@@ -7,6 +7,7 @@ packages_hosts=("${packages_tool[@]}" libasio-dev libssl-dev)
 packages_test=("${packages_hosts[@]}" libgtest-dev pkg-config scdoc python3-cffi luajit)
 packages_sipp=(sip-tester)
 packages_baresip=(baresip-core tshark)
+packages_browser=(chromium)
 packages_bench=(build-essential cmake ninja-build libbenchmark-dev valgrind)
 packages_peers=(pkg-config libosip2-dev libre-dev libsofia-sip-ua-dev gnuplot-nox python3)
 

@@ -86,9 +86,10 @@ class Listing {
         Choice packets;
         packets.filter = options_.choice.filter;
         is_text_ = false;
+        unread_ = 0;
         const int status = read_messages(
             file, packets, [this](const ReceivedMessage &message) { add(message); },
-            [this] { return count_of(figures_.calls(), "call") + " ended"; });
+            [this] { return fmt::format("{} without Call-ID or CSeq", unread_); });
         if (!is_text_)
             return status;
         print_error(fmt::format("{}: not a capture", source_name(file)));
@@ -110,8 +111,12 @@ class Listing {
     void add(const ReceivedMessage &message) {
         is_text_ = message.origin == nullptr;
         MessageFacts facts;
-        if (!is_text_ && read_facts(message.text, facts))
+        if (is_text_)
+            return;
+        if (read_facts(message.text, facts))
             tracker_.add(*message.origin, facts);
+        else
+            ++unread_;
     }
 
     void report(const Call &call) {
@@ -128,8 +133,9 @@ class Listing {
     const Options &options_;
     CallPrinter printer_;
     CallFigures figures_;
-    bool is_text_ = false; // the file is not a capture
-    CallIds chosen_;       // for the capture that is written
+    bool is_text_ = false;   // the file is not a capture
+    std::size_t unread_ = 0; // messages of this file
+    CallIds chosen_;         // for the capture that is written
     CallTracker tracker_;
 };
 

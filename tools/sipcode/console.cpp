@@ -57,6 +57,8 @@ ResultOutput::~ResultOutput() {
         std::cout.rdbuf(old_);
 }
 
+bool writes_to_terminal() { return is_terminal; }
+
 void end_result() {
     if (is_terminal || !std::cout)
         flush_output();

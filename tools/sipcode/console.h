@@ -45,6 +45,9 @@ class ResultOutput {
 // a write has failed, for example on a full disk.
 void end_result();
 
+// Whether the results go to a terminal.
+bool writes_to_terminal();
+
 // Writes out what the results so far left in the buffer. Throws like end_result.
 void flush_output();
 

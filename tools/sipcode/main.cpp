@@ -11,7 +11,7 @@
 namespace {
 
 int run(int argc, char **argv) {
-    CLI::App tool("Decodes, encodes, answers and checks SIP messages, and lists the calls of a capture.", "sipcode");
+    CLI::App tool("Decodes, encodes, answers and checks SIP messages, and shows the calls of captures.", "sipcode");
     tool.set_version_flag("--version", "sipcode " SIPCODE_VERSION);
     tool.require_subcommand(1);
     tool.failure_message([](const CLI::App *, const CLI::Error &error) {
@@ -25,6 +25,7 @@ int run(int argc, char **argv) {
     add_answer_command(tool, status);
     add_check_command(tool, status);
     add_calls_command(tool, status);
+    add_flow_command(tool, status);
     try {
         tool.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

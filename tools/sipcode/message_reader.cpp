@@ -109,6 +109,13 @@ std::string_view why_not(const Source &source, const std::string &file, const Ch
     return "";
 }
 
+CallIds call_ids_of(const std::vector<Call> &calls) {
+    CallIds ids;
+    for (const Call &call : calls)
+        ids.insert(call.call_id);
+    return ids;
+}
+
 } // namespace
 
 int read_messages(const std::string &file, const Choice &choice, const TakeMessage &take, const Summary &summary) {
@@ -120,7 +127,7 @@ int read_messages(const std::string &file, const Choice &choice, const TakeMessa
     }
     CallIds chosen(choice.call_ids.begin(), choice.call_ids.end());
     if (choice.needs_calls())
-        chosen = find_calls(file, choice);
+        chosen = call_ids_of(list_calls(file, choice));
     const TakeMessage take_chosen = [&](const ReceivedMessage &message) {
         if (choice.is_every_call() || is_chosen(message.text, chosen))
             take(message);
@@ -131,19 +138,25 @@ int read_messages(const std::string &file, const Choice &choice, const TakeMessa
     return success;
 }
 
-CallIds find_calls(const std::string &file, const Choice &choice) {
-    CallIds chosen;
+void take_messages(const std::string &file, const std::string &filter,
+                   const std::function<void(const CapturedMessage &message)> &take) {
+    Source source(file);
+    if (!source.is_capture())
+        throw CaptureError("not a capture");
+    CaptureReading(source, filter, [&take](const ReceivedMessage &message) { take(*message.origin); }).run();
+}
+
+std::vector<Call> list_calls(const std::string &file, const Choice &choice) {
+    std::vector<Call> calls;
     CallTracker tracker([&](const Call &call) {
         if (choice.matches(call))
-            chosen.insert(call.call_id);
+            calls.push_back(call);
     });
-    Source source(file);
-    CaptureReading reading(source, choice.filter, [&tracker](const ReceivedMessage &message) {
+    take_messages(file, choice.filter, [&tracker](const CapturedMessage &message) {
         MessageFacts facts;
         if (read_facts(message.text, facts))
-            tracker.add(*message.origin, facts);
+            tracker.add(message, facts);
     });
-    reading.run();
     tracker.finish();
-    return chosen;
+    return calls;
 }

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "capture_messages.h"
 #include "choice.h"
@@ -28,6 +29,8 @@ using Summary = std::function<std::string()>;
 // SourceError.
 int read_messages(const std::string &file, const Choice &choice, const TakeMessage &take, const Summary &summary);
 
-// The Call-IDs of the calls of a capture that are chosen. Shows nothing but progress. Throws SourceError and
+// The same for other commands, of a capture and without a word, except for progress. They throw SourceError and
 // CaptureError.
-CallIds find_calls(const std::string &file, const Choice &choice);
+void take_messages(const std::string &file, const std::string &filter,
+                   const std::function<void(const CapturedMessage &message)> &take);
+std::vector<Call> list_calls(const std::string &file, const Choice &choice);
