@@ -112,7 +112,7 @@ std::string endpoint_text(const Endpoint &endpoint) {
     return fmt::format("{}:{}", is_ipv6 ? "[" + endpoint.address + "]" : endpoint.address, endpoint.port);
 }
 
-TransportReader::TransportReader(int link_type) {
+TransportReader::TransportReader(int link_type) : media_(link_type) {
     const auto *const layer = std::find_if(std::begin(link_layers), std::end(link_layers),
                                            [link_type](const LinkLayer &known) { return known.type == link_type; });
     if (layer == std::end(link_layers)) {
@@ -125,6 +125,8 @@ TransportReader::TransportReader(int link_type) {
 TransportReader::~TransportReader() = default;
 
 std::optional<Segment> TransportReader::read(std::span<const std::uint8_t> packet) {
+    if (media_.matches(packet))
+        return std::nullopt;
     try {
         packet_ = parse_(packet);
         const Tins::PDU *ip = packet_ == nullptr ? nullptr : innermost_ip(*packet_);

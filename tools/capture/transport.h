@@ -12,6 +12,7 @@
 
 #include "capture_file.h"
 #include "fragments.h"
+#include "media_filter.h"
 
 namespace Tins {
 class IP;
@@ -50,8 +51,8 @@ class TransportReader {
     explicit TransportReader(int link_type);
     ~TransportReader();
 
-    // Returns nothing for a packet that carries neither, and for a fragment while others are missing. The payload is
-    // valid until the next call.
+    // Returns nothing for a packet that carries neither, for media, and for a fragment while others are missing. The
+    // payload is valid until the next call.
     std::optional<Segment> read(std::span<const std::uint8_t> packet);
 
     std::size_t malformed() const { return malformed_; }
@@ -66,6 +67,7 @@ class TransportReader {
     std::optional<Segment> segment_in(const Tins::PDU &pdu, std::string source, std::string destination);
 
     Parse parse_;
+    MediaFilter media_;
     Fragments fragments_;
     std::unique_ptr<Tins::PDU> packet_; // holds the payload
     std::size_t malformed_ = 0;
