@@ -39,10 +39,9 @@ std::string read(const std::string &file, const std::string &filter = "") {
         for (Packet packet; packets.next(packet);)
             messages.add(packet);
         messages.finish();
-        for (const auto &[count, what] :
-             {std::pair{messages.malformed(), "malformed"}, {messages.incomplete(), "incomplete"}})
+        for (const auto &[what, count] : messages.not_read())
             if (count != 0)
-                found += fmt::format("{} {}\n", count, what);
+                found += fmt::format("{}: {}\n", what, count);
     } catch (const CaptureError &error) {
         found += fmt::format("{}\n", error.what());
     }
@@ -94,7 +93,7 @@ TEST(Capture, may_be_damaged_anywhere) {
         for (std::size_t i = at; i < std::min(at + random() % 5 + 1, file.size()); ++i)
             damaged[i] = static_cast<char>(random());
         std::string before = read(file.substr(0, at));
-        for (const char *const of_missing_rest : {" only ", "truncated", " incomplete"})
+        for (const char *const of_missing_rest : {" only ", "truncated", "packets"})
             before.resize(std::min(before.find(of_missing_rest), before.size()));
         before.resize(before.rfind('\n') + 1);
         ASSERT_EQ(read(damaged).substr(0, before.size()), before) << "byte " << at;

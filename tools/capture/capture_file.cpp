@@ -14,6 +14,11 @@ namespace {
 constexpr std::string_view magics[] = {"\xa1\xb2\xc3\xd4", "\xd4\xc3\xb2\xa1", "\xa1\xb2\x3c\x4d", "\x4d\x3c\xb2\xa1",
                                        "\x0a\x0d\x0d\x0a"};
 
+// Whole UDP datagrams whose first byte has its highest bit set, as that of RTP has and that of a start line has not.
+// libpcap decides this in a tenth of the time that it takes to parse the packet.
+constexpr const char *media =
+    "(ip and udp and ip[6:2] & 0x3fff = 0 and udp[8] & 0x80 != 0) or (ip6 and ip6[6] = 17 and ip6[48] & 0x80 != 0)";
+
 pcap_t *open_capture(std::FILE *stream) {
     char error[PCAP_ERRBUF_SIZE] = "";
     pcap_t *file = pcap_fopen_offline(stream, error);
@@ -29,6 +34,14 @@ pcap_t *open_capture(std::FILE *stream) {
 bool is_capture(std::string_view first_bytes) {
     return std::find(std::begin(magics), std::end(magics), first_bytes.substr(0, capture_magic_size)) !=
            std::end(magics);
+}
+
+std::string_view why_not_readable(std::string_view first_bytes) {
+    if (first_bytes.starts_with("\x1f\x8b"))
+        return "it is compressed; give the output of 'zcat' on standard input";
+    if (first_bytes.starts_with("GMBU"))
+        return "it is a NetMon capture; 'editcap' turns it into one that is read";
+    return "";
 }
 
 std::string time_text(const PacketMark &mark) {
@@ -50,20 +63,31 @@ bool CaptureFile::Filter::matches(const pcap_pkthdr *header, const u_char *bytes
 }
 
 CaptureFile::CaptureFile(std::FILE *stream, const std::string &filter)
-    : file_(open_capture(stream)), filter_(file_.get(), filter) {}
+    : file_(open_capture(stream)), filter_(file_.get(), filter) {
+    try {
+        media_ = Filter(file_.get(), media);
+    } catch (const CaptureError &) {
+        // Not every link layer has such a filter. Without it, reading only takes longer.
+    }
+}
 
 bool CaptureFile::next(Packet &packet) {
     pcap_pkthdr *header = nullptr;
     const u_char *bytes = nullptr;
     // Not pcap_setfilter, so that packets keep the numbers that they have in the file.
-    do {
+    for (;;) {
         const int result = pcap_next_ex(file_.get(), &header, &bytes);
         if (result == PCAP_ERROR_BREAK)
             return false;
         if (result != 1)
-            throw CaptureError(fmt::format("damaged after packet {}: {}", packets_, pcap_geterr(file_.get())));
+            throw CaptureError(fmt::format("cannot be read after packet {}: {}", packets_, pcap_geterr(file_.get())));
         ++packets_;
-    } while (!filter_.matches(header, bytes));
+        if (!filter_.matches(header, bytes))
+            continue;
+        ++matched_;
+        if (!media_.matches(header, bytes))
+            break;
+    }
 
     constexpr long microseconds_per_second = 1'000'000;
     packet.mark.number = packets_;

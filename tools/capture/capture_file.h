@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <pcap/pcap.h>
 
@@ -39,6 +40,9 @@ inline constexpr std::size_t capture_magic_size = 4;
 
 bool is_capture(std::string_view first_bytes);
 
+// Why a file that begins so is not read, though it may hold a capture; empty for any other.
+std::string_view why_not_readable(std::string_view first_bytes);
+
 class CaptureFile {
   public:
     // Takes ownership of the stream, which must be at the first byte of the file. The filter is a BPF expression; an
@@ -47,19 +51,25 @@ class CaptureFile {
 
     int link_type() const { return pcap_datalink(file_.get()); }
 
-    // Packets read so far, including those that the filter does not match.
+    // Packets read so far, and those of them that the filter matches.
     std::size_t packets() const { return packets_; }
+    std::size_t matched() const { return matched_; }
 
-    // Returns false at the end of the file. Throws CaptureError if the file is damaged.
+    // Media packets, which cannot hold a message, are passed over. Returns false at the end of the file. Throws
+    // CaptureError if the file cannot be read on.
     bool next(Packet &packet);
 
   private:
     class Filter {
       public:
+        Filter() = default; // matches nothing
         Filter(pcap_t *file, const std::string &expression);
         ~Filter() { pcap_freecode(&program_); }
-        Filter(const Filter &) = delete;
-        Filter &operator=(const Filter &) = delete;
+        Filter(Filter &&other) noexcept : program_(std::exchange(other.program_, {})) {}
+        Filter &operator=(Filter &&other) noexcept {
+            std::swap(program_, other.program_);
+            return *this;
+        }
         bool matches(const pcap_pkthdr *header, const u_char *bytes) const;
 
       private:
@@ -71,5 +81,7 @@ class CaptureFile {
 
     std::unique_ptr<pcap_t, Close> file_;
     Filter filter_;
+    Filter media_;
     std::size_t packets_ = 0;
+    std::size_t matched_ = 0;
 };

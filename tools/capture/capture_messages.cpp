@@ -39,3 +39,11 @@ void CaptureMessages::add(const Packet &packet) {
     if (is_message(*segment, text))
         deliver_({packet.mark, Transport::udp, segment->source, segment->destination, text, !packet.cut_off});
 }
+
+std::array<CaptureMessages::NotRead, 5> CaptureMessages::not_read() const {
+    return {{{"malformed packets", transport_.malformed()},
+             {"packets with missing fragments", transport_.incomplete()},
+             {"packets without IP", transport_.without_ip()},
+             {"IP packets without UDP or TCP", transport_.without_transport()},
+             {"streams given up for lack of room", streams_.given_up()}}};
+}

@@ -1,6 +1,7 @@
 // Finds the SIP messages of a capture.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <string_view>
@@ -33,9 +34,12 @@ class CaptureMessages {
     // Delivers what is left at the end of the capture.
     void finish() { streams_.finish(); }
 
-    // Malformed packets, and packets with lost fragments.
-    std::size_t malformed() const { return transport_.malformed(); }
-    std::size_t incomplete() const { return transport_.incomplete(); }
+    // What was not read, and how often: "malformed packets", 3.
+    struct NotRead {
+        std::string_view what;
+        std::size_t count;
+    };
+    std::array<NotRead, 5> not_read() const;
 
   private:
     Deliver deliver_;

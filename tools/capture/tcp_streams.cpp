@@ -12,6 +12,9 @@ namespace {
 // How many segments may overtake a late one. If more do, the late one was never captured.
 constexpr std::size_t most_ahead = 32;
 
+// Directions of connections that are followed at a time.
+constexpr std::size_t most_streams = 20'000;
+
 // Seconds without a segment after which a connection counts as closed.
 constexpr std::int64_t idle_time = 600;
 
@@ -43,6 +46,8 @@ void TcpStreams::add(const Segment &segment, const PacketMark &mark) {
     }
     if (!segment.opens && segment.payload.empty())
         return;
+    if (streams_.size() >= most_streams)
+        make_room();
     Entry &entry = *streams_.try_emplace(key, segment.sequence).first;
     Stream &stream = entry.second;
     stream.last = mark;
@@ -105,6 +110,18 @@ void TcpStreams::drain(Entry &entry) {
     while (!entry.second.data.buffered_payload().empty())
         skip_gap(entry);
     deliver_rest(entry);
+}
+
+// A stream that holds nothing can be followed from its next segment on. If every stream holds something, all of them are
+// given up.
+void TcpStreams::make_room() {
+    const auto holds_nothing = [](const Entry &entry) {
+        return entry.second.data.payload().empty() && entry.second.data.buffered_payload().empty();
+    };
+    if (std::erase_if(streams_, holds_nothing) != 0)
+        return;
+    given_up_ += streams_.size();
+    finish();
 }
 
 void TcpStreams::forget_idle(const PacketMark &now) {

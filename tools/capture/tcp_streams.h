@@ -25,6 +25,9 @@ class TcpStreams {
     // Delivers what is left at the end of the capture.
     void finish();
 
+    // Streams with a part of a message that were given up because there were too many.
+    std::size_t given_up() const { return given_up_; }
+
   private:
     // One direction of a connection.
     struct Stream {
@@ -41,8 +44,10 @@ class TcpStreams {
     void skip_gap(Entry &entry);
     void drain(Entry &entry);
     void forget_idle(const PacketMark &now);
+    void make_room();
 
     Deliver deliver_;
     std::map<Key, Stream> streams_;
     PacketMark last_sweep_;
+    std::size_t given_up_ = 0;
 };

@@ -11,6 +11,7 @@
 #include <tins/exceptions.h>
 #include <tins/ip.h>
 #include <tins/ipv6.h>
+#include <tins/pppoe.h>
 #include <tins/radiotap.h>
 #include <tins/rawpdu.h>
 #include <tins/sll.h>
@@ -73,6 +74,21 @@ Bytes payload_of(const Tins::PDU &pdu) {
     return raw == nullptr ? Bytes() : Bytes(raw->payload());
 }
 
+// What PPPoE (RFC 2516) or VXLAN (RFC 7348) carries, which libtins leaves as bytes; otherwise the packet itself.
+Pdu unwrapped(Pdu packet) {
+    constexpr std::uint16_t vxlan_port = 4789;
+    constexpr std::size_t vxlan_header = 8;
+    constexpr std::size_t ppp_header = 2;
+    if (packet == nullptr)
+        return packet;
+    if (const auto *pppoe = packet->find_pdu<Tins::PPPoE>(); pppoe != nullptr && payload_of(*pppoe).size() > ppp_header)
+        return parse_ip<ppp_header>(payload_of(*pppoe));
+    const auto *udp = packet->find_pdu<Tins::UDP>();
+    if (udp != nullptr && udp->dport() == vxlan_port && payload_of(*udp).size() > vxlan_header)
+        return parse<Tins::EthernetII>(payload_of(*udp).subspan(vxlan_header));
+    return packet;
+}
+
 // The innermost IP packet: of a tunnel, the packet inside it.
 const Tins::PDU *innermost_ip(const Tins::PDU &packet) {
     const Tins::PDU *found = nullptr;
@@ -128,10 +144,12 @@ std::optional<Segment> TransportReader::read(std::span<const std::uint8_t> packe
     if (media_.matches(packet))
         return std::nullopt;
     try {
-        packet_ = parse_(packet);
+        packet_ = unwrapped(parse_(packet));
         const Tins::PDU *ip = packet_ == nullptr ? nullptr : innermost_ip(*packet_);
-        if (ip == nullptr)
+        if (ip == nullptr) {
+            ++without_ip_;
             return std::nullopt;
+        }
         if (const auto *ipv4 = dynamic_cast<const Tins::IP *>(ip))
             return read_ipv4(*ipv4);
         return read_ipv6(dynamic_cast<const Tins::IPv6 &>(*ip));
@@ -173,8 +191,10 @@ std::optional<Segment> TransportReader::add_fragment(Fragment fragment) {
     const std::uint8_t protocol = fragment.protocol;
     std::string source = fragment.source;
     std::string destination = fragment.destination;
-    if (protocol != udp_protocol && protocol != tcp_protocol)
+    if (protocol != udp_protocol && protocol != tcp_protocol) {
+        ++without_transport_;
         return std::nullopt;
+    }
     const std::optional<std::vector<std::uint8_t>> whole = fragments_.add(std::move(fragment));
     if (!whole)
         return std::nullopt;
@@ -188,6 +208,8 @@ std::optional<Segment> TransportReader::segment_in(const Tins::PDU &pdu, std::st
         segment = segment_of(*udp);
     else if (const auto *tcp = pdu.find_pdu<Tins::TCP>())
         segment = segment_of(*tcp);
+    else
+        ++without_transport_;
     if (segment) {
         segment->source.address = std::move(source);
         segment->destination.address = std::move(destination);

@@ -58,6 +58,11 @@ class TransportReader {
     std::size_t malformed() const { return malformed_; }
     std::size_t incomplete() const { return fragments_.incomplete(); }
 
+    // Packets whose link layer carries something other than IP, or in a wrapping that is not known, and IP packets with
+    // something other than UDP and TCP.
+    std::size_t without_ip() const { return without_ip_; }
+    std::size_t without_transport() const { return without_transport_; }
+
   private:
     using Parse = std::unique_ptr<Tins::PDU> (*)(std::span<const std::uint8_t>);
 
@@ -71,4 +76,6 @@ class TransportReader {
     Fragments fragments_;
     std::unique_ptr<Tins::PDU> packet_; // holds the payload
     std::size_t malformed_ = 0;
+    std::size_t without_ip_ = 0;
+    std::size_t without_transport_ = 0;
 };

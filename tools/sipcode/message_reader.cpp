@@ -24,9 +24,8 @@ class CaptureReading {
         Packet packet;
         try {
             while (!is_interrupted() && file_.next(packet)) {
-                ++packets_;
                 messages_.add(packet);
-                progress_.update(packets_, count_);
+                progress_.update(file_.packets(), count_);
             }
         } catch (const CaptureError &error) {
             if (!is_interrupted())
@@ -36,17 +35,17 @@ class CaptureReading {
         return damage;
     }
 
-    // "3 messages in 17 packets: 1 decoded, 2 refused; 1 malformed packet"
+    // "3 messages in 17 packets: 1 decoded, 2 refused; malformed packets: 1"
     std::string counts(const Summary &summary) const {
         std::string line = fmt::format("{} in {}{}", count_of(count_, "message"),
-                                       packets_ == file_.packets() ? "" : fmt::format("{} of ", packets_),
+                                       file_.matched() == file_.packets() ? "" : fmt::format("{} of ", file_.matched()),
                                        count_of(file_.packets(), "packet"));
         if (count_ != 0)
             line += ": " + summary();
-        if (messages_.malformed() != 0)
-            line += fmt::format("; {}", count_of(messages_.malformed(), "malformed packet"));
-        if (messages_.incomplete() != 0)
-            line += fmt::format("; {} with missing fragments", count_of(messages_.incomplete(), "packet"));
+        for (const auto &[what, count] : messages_.not_read()) {
+            if (count != 0)
+                line += fmt::format("; {}: {}", what, count);
+        }
         return line;
     }
 
@@ -61,7 +60,6 @@ class CaptureReading {
     CaptureFile file_;
     CaptureMessages messages_;
     Progress progress_;
-    std::size_t packets_ = 0;
     std::size_t count_ = 0;
 };
 

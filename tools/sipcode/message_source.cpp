@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <fcntl.h>
+#include <fmt/core.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,6 +38,8 @@ Source::Source(const std::string &file)
         beginning_.append(bytes, length);
     }
     is_capture_ = ::is_capture(beginning_);
+    if (const std::string_view reason = why_not_readable(beginning_); !reason.empty())
+        throw SourceError(std::make_error_code(std::errc::not_supported), fmt::format("{}: {}", name_, reason));
 }
 
 Source::~Source() { close(file_); }
