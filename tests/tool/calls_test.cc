@@ -61,7 +61,8 @@ TEST(calls, are_told_from_their_messages) {
          {"INVITE cancelled 487 ring - answer - end - delay 1.2 messages 4-0 forks 0",
           "INVITE unanswered 0 ring - answer - end - delay - messages 1-0 forks 0"}},
         {"one Call-ID, two callers; then tags that nobody had",
-         "1 INVITE 1 INVITE a - id b1\n1 INVITE 1 INVITE c - id b2\n2 404 1 INVITE c x id b2\n2 603 1 INVITE a x id b1\n"
+         "1 INVITE 1 INVITE a - id b1\n1 INVITE 1 INVITE c - id b2\n2 404 1 INVITE c x id b2\n"
+         "2 603 1 INVITE a x id b1\n"
          "3 BYE 2 BYE q r id b3",
          {"INVITE refused 404 ring - answer - end - delay 1.0 messages 2-0 forks 0",
           "INVITE refused 603 ring - answer - end 2.0 delay 1.0 messages 3-0 forks 0"}},

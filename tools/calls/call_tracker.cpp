@@ -239,8 +239,8 @@ void CallTracker::end(List::iterator tracked) {
 }
 
 void CallTracker::sweep() {
-    // How long a call in each state may be silent. Of RFC 3261: timer C for a final response, timer B for another try, T2
-    // for a repetition. A call that is up may be silent for hours.
+    // How long a call in each state may be silent. Of RFC 3261: timer C for a final response, timer B for another try,
+    // T2 for a repetition. A call that is up may be silent for hours.
     constexpr std::array<Microseconds, states> patience = {180 * second, 32 * second, INT64_MAX, 4 * second};
     for (std::size_t state = 0; state < states; ++state) {
         while (!lists_[state].empty() && now_ - lists_[state].front().last > patience[state])

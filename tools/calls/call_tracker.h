@@ -1,8 +1,9 @@
-// Messages to calls. A call is what has one Call-ID and one tag of the caller: the tries that were challenged, all forks,
-// and everything within its dialogs. Registrations, subscriptions and other requests outside of calls are tracked alike.
+// Messages to calls. A call is what has one Call-ID and one tag of the caller: the tries that were challenged, all
+// forks, and everything within its dialogs. Registrations, subscriptions and other requests outside of calls are
+// tracked alike.
 //
-// Memory is bounded: at most most_tracked of them are kept at a time. If there are more, the one that was silent for the
-// longest time is reported as it is.
+// Memory is bounded: at most most_tracked of them are kept at a time. If there are more, the one that was silent for
+// the longest time is reported as it is.
 #pragma once
 
 #include <array>

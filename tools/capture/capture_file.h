@@ -9,7 +9,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include <pcap/pcap.h>
 
@@ -51,25 +50,19 @@ class CaptureFile {
 
     int link_type() const { return pcap_datalink(file_.get()); }
 
-    // Packets read so far, and those of them that the filter matches.
+    // Packets read so far, including those that the filter does not match.
     std::size_t packets() const { return packets_; }
-    std::size_t matched() const { return matched_; }
 
-    // Media packets, which cannot hold a message, are passed over. Returns false at the end of the file. Throws
-    // CaptureError if the file cannot be read on.
+    // Returns false at the end of the file. Throws CaptureError if the file cannot be read on.
     bool next(Packet &packet);
 
   private:
     class Filter {
       public:
-        Filter() = default; // matches nothing
         Filter(pcap_t *file, const std::string &expression);
         ~Filter() { pcap_freecode(&program_); }
-        Filter(Filter &&other) noexcept : program_(std::exchange(other.program_, {})) {}
-        Filter &operator=(Filter &&other) noexcept {
-            std::swap(program_, other.program_);
-            return *this;
-        }
+        Filter(const Filter &) = delete;
+        Filter &operator=(const Filter &) = delete;
         bool matches(const pcap_pkthdr *header, const u_char *bytes) const;
 
       private:
@@ -81,7 +74,5 @@ class CaptureFile {
 
     std::unique_ptr<pcap_t, Close> file_;
     Filter filter_;
-    Filter media_;
     std::size_t packets_ = 0;
-    std::size_t matched_ = 0;
 };

@@ -112,8 +112,8 @@ void TcpStreams::drain(Entry &entry) {
     deliver_rest(entry);
 }
 
-// A stream that holds nothing can be followed from its next segment on. If every stream holds something, all of them are
-// given up.
+// A stream that holds nothing can be followed from its next segment on. If every stream holds something, all of them
+// are given up.
 void TcpStreams::make_room() {
     const auto holds_nothing = [](const Entry &entry) {
         return entry.second.data.payload().empty() && entry.second.data.buffered_payload().empty();

@@ -15,8 +15,8 @@ constexpr std::size_t row = 34;
 constexpr std::size_t details = 460;
 
 constexpr const char *style = R"(<style>
-.ladder { font: 12px system-ui, sans-serif; --ink: #1b1f24; --faint: #8a929c; --request: #0b5cad; --provisional: #8a6100;
-  --success: #16732f; --redirect: #7a3fa0; --failure: #b3261e; --paper: #ffffff; background: var(--paper); }
+.ladder { font: 12px system-ui, sans-serif; --ink: #1b1f24; --faint: #8a929c; --request: #0b5cad;
+  --provisional: #8a6100; --success: #16732f; --redirect: #7a3fa0; --failure: #b3261e; --paper: #ffffff; background: var(--paper); }
 @media (prefers-color-scheme: dark) { .ladder { --ink: #e6e9ed; --faint: #8b949e; --request: #6cb2ff;
   --provisional: #e0b04a; --success: #5fd07f; --redirect: #c99af0; --failure: #ff8a80; --paper: #14181d; } }
 .ladder text { fill: var(--ink); } .ladder .faint { fill: var(--faint); font-size: 11px; }

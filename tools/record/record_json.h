@@ -35,8 +35,8 @@ class RecordError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The record for such a JSON value. The names of values are not read. Throws RecordError for an unknown member, a value of the wrong type, a number that
-// is out of range, a text or an array that is too long, and a NUL in a text.
+// The record for such a JSON value. The names of values are not read. Throws RecordError for an unknown member, a value
+// of the wrong type, a number that is out of range, a text or an array that is too long, and a NUL in a text.
 SIP_CODE_MSG record_from_json(const nlohmann::ordered_json &value);
 
 } // namespace sipcode

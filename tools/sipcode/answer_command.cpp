@@ -25,8 +25,8 @@
 namespace {
 
 constexpr const char *footer =
-    R"(The file holds messages in a form that 'sipcode decode' reads, captures included. Several answers are written with a line "----"
-between them.
+    R"(The file holds messages in a form that 'sipcode decode' reads, captures included. Several answers are written
+with a line "----" between them.
 
 An answer repeats Via, From, To, Call-ID, CSeq, Record-Route and Korvadex-Extern. A 200 or 202 to a REGISTER also
 repeats its Contact and expiry, one to a SUBSCRIBE its expiry. A 401 or 407 carries a challenge.

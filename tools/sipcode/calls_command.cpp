@@ -32,10 +32,10 @@ struct Options {
 };
 
 constexpr const char *footer =
-    R"(Each call is printed as it ends, or at the end of the last file: when it started, who called whom (the users of From
-and To), what became of it, the seconds until it rang, until it was answered and from then to BYE, its messages, how many
-of them were repeated, and its codecs. The files are read as one capture, in their order. A call is what has one Call-ID
-and one tag of the caller, with all its forks and the tries that were challenged. What became of it:
+    R"(Each call is printed as it ends, or at the end of the last file: when it started, who called whom (the users of
+From and To), what became of it, the seconds until it rang, until it was answered and from then to BYE, its messages,
+how many of them were repeated, and its codecs. The files are read as one capture, in their order. A call is what has
+one Call-ID and one tag of the caller, with all its forks and the tries that were challenged. What became of it:
 
   answered    it was answered, and hung up
   busy        486 or 600
@@ -62,7 +62,8 @@ printed before its end, and counted.
 
 constexpr const char *exit_help = R"(
 
-Exit status: 0 if the files were read, 2 if the command line, a file or the output is at fault, 130 after an interrupt.)";
+Exit status: 0 if the files were read, 2 if the command line, a file or the output is at fault, 130 after an
+interrupt.)";
 
 CallForm form_of(const Options &options) {
     if (options.summary)

@@ -29,10 +29,10 @@ struct Options {
 };
 
 constexpr const char *footer =
-    R"(The files hold messages in the form that 'sipcode decode' reads, or are captures. The command lists what a record
-loses of its message. Each finding is printed as FILE:LINE:COLUMN: KIND: TEXT, followed by the line of the message with a
-caret under the place. In a capture, the number and the time of the packet, its transport and addresses come first, and
-the line is counted from the start of the message. The kinds:
+    R"(The files hold messages in the form that 'sipcode decode' reads, or are captures. The command lists what a
+record loses of its message. Each finding is printed as FILE:LINE:COLUMN: KIND: TEXT, followed by the line of the
+message with a caret under the place. In a capture, the number and the time of the packet, its transport and addresses
+come first, and the line is counted from the start of the message. The kinds:
 
   refused  the library refuses the message; the text is the reason
   unread   the text past the longest that is decoded, or from a NUL on

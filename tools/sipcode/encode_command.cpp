@@ -15,9 +15,9 @@
 namespace {
 
 constexpr const char *footer =
-    R"(The file holds records in the form that 'sipcode decode --json' prints, one JSON object after another. "start_line"
-and the names of numbers are not read. A message that decode refused is refused again. A method from 1 to 15 makes a
-request, one from 16 to 48 a response. Several messages are written with a line "----" between them.
+    R"(The file holds records in the form that 'sipcode decode --json' prints, one JSON object after another.
+"start_line" and the names of numbers are not read. A message that decode refused is refused again. A method from 1 to
+15 makes a request, one from 16 to 48 a response. Several messages are written with a line "----" between them.
 
 Nothing is written if the JSON is malformed, or if a member is unknown, has a value of the wrong type, is out of range
 or is too long. The message on standard error gives the place.

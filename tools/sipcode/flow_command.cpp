@@ -33,10 +33,10 @@ struct Options {
 };
 
 constexpr const char *footer =
-    R"(The ladder of a call has a column for each address and port that takes part, and an arrow for each message: its time,
-the seconds since the last one, method or status, CSeq, and the streams of its session description. A message that came
-before is marked as repeated. A response that came when its request had been given up is marked as late. On a terminal
-the ladder has colours; otherwise it is plain ASCII. The environment variable NO_COLOR turns colours off.
+    R"(The ladder of a call has a column for each address and port that takes part, and an arrow for each message: its
+time, the seconds since the last one, method or status, CSeq, and the streams of its session description. A message
+that came before is marked as repeated. A response that came when its request had been given up is marked as late. On
+a terminal the ladder has colours; otherwise it is plain ASCII. The environment variable NO_COLOR turns colours off.
 
 If the capture has more than one call, choose one. --html takes all calls that are chosen, at most 1000 with 20000
 messages, and writes one page that loads nothing: the list of calls, their ladders, and for each message its text, what

@@ -24,8 +24,9 @@ class CaptureReading {
         Packet packet;
         try {
             while (!is_interrupted() && file_.next(packet)) {
+                ++packets_;
                 messages_.add(packet);
-                progress_.update(file_.packets(), count_);
+                progress_.update(packets_, count_);
             }
         } catch (const CaptureError &error) {
             if (!is_interrupted())
@@ -38,7 +39,7 @@ class CaptureReading {
     // "3 messages in 17 packets: 1 decoded, 2 refused; malformed packets: 1"
     std::string counts(const Summary &summary) const {
         std::string line = fmt::format("{} in {}{}", count_of(count_, "message"),
-                                       file_.matched() == file_.packets() ? "" : fmt::format("{} of ", file_.matched()),
+                                       packets_ == file_.packets() ? "" : fmt::format("{} of ", packets_),
                                        count_of(file_.packets(), "packet"));
         if (count_ != 0)
             line += ": " + summary();
@@ -60,6 +61,7 @@ class CaptureReading {
     CaptureFile file_;
     CaptureMessages messages_;
     Progress progress_;
+    std::size_t packets_ = 0;
     std::size_t count_ = 0;
 };
 

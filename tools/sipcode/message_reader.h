@@ -21,8 +21,8 @@ using TakeMessage = std::function<void(const ReceivedMessage &message)>;
 // Summarises what became of the messages of a capture: "1 decoded, 2 refused".
 using Summary = std::function<std::string()>;
 
-// Gives each chosen message of a file to take. "-" is standard input. While a capture is read, progress is shown. A line
-// of counts on standard error follows it. An interrupt ends the reading, and the counts are still shown.
+// Gives each chosen message of a file to take. "-" is standard input. While a capture is read, progress is shown. A
+// line of counts on standard error follows it. An interrupt ends the reading, and the counts are still shown.
 //
 // Returns the exit status: misuse if the capture is damaged (the messages before the damage were given), if the filter
 // is invalid, or if the choice does not apply to the file; interrupted after an interrupt; otherwise success. Throws

@@ -46,8 +46,8 @@ Source::~Source() { close(file_); }
 
 void Source::fail() const { throw SourceError(errno, std::generic_category(), name_); }
 
-// May return less than size: what a pipe holds at the moment. A read from a pipe may wait, so it first shows the results
-// so far.
+// May return less than size: what a pipe holds at the moment. A read from a pipe may wait, so it first shows the
+// results so far.
 std::size_t Source::read(char *bytes, std::size_t size) {
     if (size_ == 0)
         std::cout.flush();
