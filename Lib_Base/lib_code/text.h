@@ -266,6 +266,23 @@ constexpr number read_number(text t) {
     return read_number_until(t.data(), [end](const char *at) { return at == end; });
 }
 
+// The same, with up to seven digits read at once: a port costs half as much.
+inline number read_number(padded_text t) {
+    if constexpr (is_little_endian) {
+        constexpr std::uint64_t each_byte = 0x0101010101010101;
+        std::uint64_t digits = load<std::uint64_t>(t.data()) ^ each_byte * '0'; // the values of digits
+        const std::uint64_t others = (digits | (digits + each_byte * (0x80 - 10))) & each_byte * 0x80; // 10 or more
+        const std::size_t length = std::min(static_cast<std::size_t>(std::countr_zero(others)) / 8, t.size());
+        if (length != 0 && length < 8) {
+            digits <<= 64 - 8 * length;
+            const std::uint64_t pairs = (digits * (10 << 8 | 1) >> 8) & 0x00FF00FF00FF00FF;
+            const std::uint64_t fours = (pairs * (100 << 16 | 1) >> 16) & 0x0000FFFF0000FFFF;
+            return {static_cast<int>(fours * (std::uint64_t{10000} << 32 | 1) >> 32), length};
+        }
+    }
+    return read_number(text(t));
+}
+
 // The same for a text that ends in a terminator or in another byte that belongs to no number. Its length need not be
 // known.
 constexpr number read_terminated_number(const char *begin) {
@@ -274,6 +291,7 @@ constexpr number read_terminated_number(const char *begin) {
 
 // Reads a number as atoi does: 0 if there is none.
 constexpr int to_int(text t) { return read_number(t).value; }
+inline int to_int(padded_text t) { return read_number(t).value; }
 
 // Reads a terminated text item by item as a scanf format does. Each step moves on only if it matches.
 class scanner {

@@ -61,12 +61,12 @@ int Parse_Callid(const message &msg, SIP_CODE_MSG *pcode_msg) {
 }
 
 int Parse_Cseq(SIP_CSEQ *pcseq, const message &msg) {
-    const text value = msg.value(header::cseq);
+    const padded_text value = message::padded(msg.value(header::cseq));
     if (value.data() == nullptr) {
         SIPCODE_TRACE(0, "Decode Cseq : there is no cseq header '%s'", absent);
         return not_found;
     }
-    const number seq = read_terminated_number(value.data());
+    const number seq = read_number(value);
     if (seq.length == 0) {
         SIPCODE_TRACE(0, "Decode Cseq : there is no seq in '%s'", value.data());
         return not_found;
@@ -93,7 +93,7 @@ void Parse_Forwards(int *forward, const message &msg) {
     const text value = msg.value(header::max_forwards);
     if (value.data() == nullptr)
         return;
-    const number hops = read_terminated_number(value.data());
+    const number hops = read_number(message::padded(value));
     if (hops.length == 0)
         SIPCODE_TRACE(0, "Decode max-forward : '%s'", value.data());
     else
@@ -130,10 +130,11 @@ int Parse_RSeq(const message &msg, SIP_CODE_MSG *pcode_msg) {
 
 void Parse_Expires(int *expiry, const message &msg) {
     if (const text value = msg.value(header::expires); !value.empty()) {
-        *expiry = read_terminated_number(value.data()).value;
+        *expiry = to_int(message::padded(value));
         return;
     }
-    const parts parameter = cut_at(at_most(msg.value(header::contact), longest_contact), ";expires=");
+    const padded_text contact = message::padded(at_most(msg.value(header::contact), longest_contact));
+    const padded_parts parameter = cut_at(contact, ";expires=");
     *expiry = parameter.found ? to_int(parameter.after) : default_expiry;
 }
 

@@ -81,14 +81,18 @@ void Parse_Via_Str1(const message &msg, SIP_VIA *pvia, SIP_VIA *pvia1, padded_te
         MT_Log_Process(0, 1, -1, "Don't know how to respond via '%s'\n", terminated(unknown).c_str());
 }
 
-} // namespace
-
-int SIP_Decode_Judge_Via_Count(const message &msg) {
+// A line with a comma counts twice.
+template <class Line>
+int count_vias(const message &msg) {
     int count = 0;
     for (line_set lines = msg.via_lines(); lines != 0;)
-        count += contains(msg.header_line(take_first(lines)), ',') ? 2 : 1;
+        count += contains(Line(msg.header_line(take_first(lines))), ',') ? 2 : 1;
     return count;
 }
+
+} // namespace
+
+int SIP_Decode_Judge_Via_Count(const message &msg) { return count_vias<padded_text>(msg); }
 
 void Parse_Via(SIP_VIA *pvia, const message &msg) {
     const padded_text value = via_value(msg);
@@ -118,5 +122,5 @@ void Parse_Via_Pair(SIP_VIA *pvia1, SIP_VIA *pvia, const message &msg) {
 } // namespace sipcode
 
 int SIP_Decode_Judge_Via_Count(SIP_MSG *psip_msg) {
-    return sipcode::SIP_Decode_Judge_Via_Count(sipcode::message(*psip_msg));
+    return sipcode::count_vias<sipcode::text>(sipcode::message(*psip_msg));
 }
