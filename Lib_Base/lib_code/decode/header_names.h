@@ -141,8 +141,9 @@ class line_start {
     static constexpr std::size_t length = 32;
     static_assert(nocase::longest <= length);
 
-    line_start(text line, std::size_t readable) : bytes(line.data()) {
-        if (readable >= length)
+    // is_padded: as many bytes as a name may have are readable after the beginning of the line.
+    line_start(text line, bool is_padded) : bytes(line.data()) {
+        if (is_padded || line.size() >= length)
             return;
         std::memset(padded, 0, sizeof padded);
         copy_bytes(padded, line.data(), at_most(line, length).size());

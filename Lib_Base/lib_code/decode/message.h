@@ -86,8 +86,8 @@ class message {
   private:
     friend int SIP_Decode_Parse_Msg(message &msg, std::size_t length);
 
-    template <class ReadableBytes>
-    void index_headers(ReadableBytes readable_bytes);
+    template <bool Padded>
+    void index_headers();
     void count_line(header name, line_set line);
 
     SIP_MSG &split_message;

@@ -68,32 +68,30 @@ void log_overflow(section part) {
 template <section Part>
 int cut_lines(const received whole, line_end_finder &finder, char *&begin, char **const lines, unsigned *lengths) {
     line_end_finder places = finder; // in registers while the section lasts
-    char **entry = lines;
+    int count = 0;
     for (char *line = begin;;) {
         const auto [text_end, next] = find_line_end(whole.begin, line, places);
         const bool is_empty = text_end == line;
-        *entry = line;
-        *lengths = static_cast<unsigned>(text_end - line);
+        lines[count] = line;
+        lengths[count] = static_cast<unsigned>(text_end - line);
         line[text_end - line] = '\0';
         if (next == nullptr) {
             begin = whole.end;
             finder = places;
-            return static_cast<int>(entry - lines) + !is_empty;
+            return count + !is_empty;
         }
         line += next - line;
         line[-1] = '\0'; // the finder then skips it, and a word is compared together with the byte after its terminator
         if (Part == section::headers && is_empty) {
             begin = line;
             finder = places;
-            return static_cast<int>(entry - lines);
+            return count;
         }
         // Later lines replace each other in the last entry. If an empty line follows, the entry is lost.
-        if (entry != lines + max_lines - 1) {
-            ++entry;
-            ++lengths;
-        } else {
+        if (count != max_lines - 1)
+            ++count;
+        else
             log_overflow(Part);
-        }
     }
 }
 
@@ -125,14 +123,13 @@ int Parse_StartLine_Parts(message &msg) {
 
 // ---------------------------------------------------------------------------------------------------- split message
 
-// The caller knows how many bytes are readable from the start of a line.
-template <class ReadableBytes>
-void message::index_headers(ReadableBytes readable_bytes) {
+template <bool Padded>
+void message::index_headers() {
     constexpr nocase via = "Via";
     constexpr nocase record_route = "Record-Route";
     for (int i = 0; i < header_line_count; ++i) {
         const text line = header_line(i);
-        const line_start start(line, readable_bytes(line));
+        const line_start start(line, Padded);
         const std::size_t length = start.name_length();
         const std::uint8_t name = length == 0 ? no_header : start.header_of(length);
         if (name == no_header) { // may still count as Via or Record-Route, by how it begins
@@ -165,6 +162,10 @@ int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
     const received whole{split.data, split.data + length};
     // Clears the rest of the last block and, if there is room, one block more: both are read past the text.
     std::memset(whole.end, 0, std::min(2 * block_size - length % block_size, sizeof split.data - length));
+    // So are the members after the text: they pad the last line of the longest text.
+    static_assert(offsetof(SIP_MSG, flags) - offsetof(SIP_MSG, rlPart1) >= line_start::length);
+    split.rlPart1 = split.rlPart2 = nullptr;
+    split.len = split.headers = split.lines = split.method = 0;
     line_end_finder finder(whole.begin, whole.end);
     char *begin = whole.begin;
     split.headers = msg.header_line_count =
@@ -179,7 +180,7 @@ int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
     if (Parse_StartLine_Parts(msg) < 0)
         return -1;
     msg.header_length[0] = static_cast<unsigned>(std::strlen(split.header[0]));
-    msg.index_headers([&split](text line) { return static_cast<std::size_t>(std::end(split.data) - line.data()); });
+    msg.index_headers<true>();
     return 0;
 }
 
@@ -199,7 +200,7 @@ message::message(SIP_MSG &host_split)
     : split_message(host_split), header_line_count(measure_lines(host_split.header, host_split.headers, header_length)),
       body_line_count(measure_lines(host_split.line, host_split.lines, body_length)),
       content_length(strnlen(host_split.content, sizeof host_split.content)) {
-    index_headers([](text line) { return line.size(); });
+    index_headers<false>();
 }
 
 void message::trim_body() {
