@@ -84,7 +84,7 @@ template <class Text>
 
 // A mark of several characters is found by its last one, which is rarer than its first: "=" of "tag=".
 template <std::size_t N, class Text>
-basic_parts<Text> cut_at(Text t, const char (&mark)[N]) {
+[[gnu::always_inline]] inline basic_parts<Text> cut_at(Text t, const char (&mark)[N]) {
     constexpr std::size_t length = N - 1;
     for (std::size_t from = length - 1; from < t.size();) {
         const std::size_t last = from + find(drop(t, from), mark[length - 1]);
@@ -236,34 +236,23 @@ constexpr std::uint64_t saturated(const char *digits, const char *end, std::uint
 }
 
 // Reads a number as "%d" does: white space, one sign, decimal digits. A number too large for 64 bits saturates. The low
-// 32 bits are kept, as the C library does on LP64. Stops where is_end holds.
-template <class IsEnd>
-constexpr number read_number_until(const char *const begin, IsEnd is_end) {
-    const char *at = begin;
-    bool negative = false;
-    if (!is_end(at) && !is_digit(*at)) {
-        while (!is_end(at) && is_white_space(*at))
-            ++at;
-        negative = !is_end(at) && *at == '-';
-        if (!is_end(at) && (*at == '-' || *at == '+'))
-            ++at;
-    }
+// 32 bits are kept, as the C library does on LP64.
+constexpr number read_number(text t) {
+    const char *at = t.data();
+    const char *const end = at + t.size();
+    while (at != end && is_white_space(*at))
+        ++at;
+    const bool negative = at != end && *at == '-';
+    if (at != end && (*at == '-' || *at == '+'))
+        ++at;
     const char *const digits = at;
-    std::uint64_t magnitude = 0;
-    for (; !is_end(at) && is_digit(*at); ++at)
-        magnitude = magnitude * 10 + static_cast<std::uint64_t>(*at - '0');
-    constexpr std::ptrdiff_t never_too_large = 18; // digits
-    if (at - digits > never_too_large)
-        magnitude = saturated(digits, at, static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0));
+    while (at != end && is_digit(*at))
+        ++at;
     if (at == digits)
         return {0, 0};
-    const auto low = static_cast<std::uint32_t>(magnitude);
-    return {static_cast<int>(negative ? 0U - low : low), static_cast<std::size_t>(at - begin)};
-}
-
-constexpr number read_number(text t) {
-    const char *const end = t.data() + t.size();
-    return read_number_until(t.data(), [end](const char *at) { return at == end; });
+    const auto low =
+        static_cast<std::uint32_t>(saturated(digits, at, static_cast<std::uint64_t>(INT64_MAX) + (negative ? 1 : 0)));
+    return {static_cast<int>(negative ? 0U - low : low), static_cast<std::size_t>(at - t.data())};
 }
 
 // The same, with up to seven digits read at once: a port costs half as much.
@@ -283,22 +272,16 @@ inline number read_number(padded_text t) {
     return read_number(text(t));
 }
 
-// The same for a text that ends in a terminator or in another byte that belongs to no number. Its length need not be
-// known.
-constexpr number read_terminated_number(const char *begin) {
-    return read_number_until(begin, [](const char *) { return false; });
-}
-
 // Reads a number as atoi does: 0 if there is none.
 constexpr int to_int(text t) { return read_number(t).value; }
 inline int to_int(padded_text t) { return read_number(t).value; }
 
-// Reads a terminated text item by item as a scanf format does. Each step moves on only if it matches.
+// Reads a terminated and padded text item by item as a scanf format does. Each step moves on only if it matches.
 class scanner {
   public:
-    explicit constexpr scanner(text input) : at(input.data()), end(input.data() + input.size()) {}
+    explicit constexpr scanner(padded_text input) : at(input.data()), end(input.data() + input.size()) {}
 
-    constexpr text rest() const { return {at, static_cast<std::size_t>(end - at)}; }
+    constexpr padded_text rest() const { return {at, static_cast<std::size_t>(end - at)}; }
     constexpr bool at_end() const { return *at == '\0'; }
 
     template <std::size_t N>
@@ -320,8 +303,8 @@ class scanner {
     }
 
     // "%d"
-    constexpr bool integer(int &value) {
-        const number found = read_terminated_number(at);
+    bool integer(int &value) {
+        const number found = read_number(rest());
         if (found.length != 0)
             value = found.value;
         return take(found.length != 0, found.length);

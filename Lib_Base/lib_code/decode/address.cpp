@@ -59,7 +59,7 @@ void decode_escapes(char *s) {
     *to = '\0';
 }
 
-void store_user(const bounded_store &store, char (&user)[32], padded_text value) {
+[[gnu::always_inline]] inline void store_user(const bounded_store &store, char (&user)[32], padded_text value) {
     store.put(user, value);
     if (contains(value, '%'))
         decode_escapes(user);

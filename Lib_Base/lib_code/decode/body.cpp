@@ -46,7 +46,7 @@ class summary_line {
 };
 
 void read_message_counts(text value, MESSAGE_SUMMARY &summary) {
-    scanner counts(value);
+    scanner counts{padded_text(value)};
     static_cast<void>(counts.integer(summary.newmsgcount) && counts.literal("/") &&
                       counts.integer(summary.oldmsgcount) && counts.white_space() && counts.literal("(") &&
                       counts.integer(summary.urgentmsgcount) && counts.literal("/") &&

@@ -110,7 +110,7 @@ int Parse_RAck(SIP_RACK *prack_msg, const message &msg) {
     if (value.data() == nullptr)
         return not_found;
     constexpr std::size_t longest_method = 31;
-    scanner items(value);
+    scanner items(message::padded(value));
     int rack = 0;
     int cseq = 0;
     const bool both = items.integer(rack) && items.integer(cseq);

@@ -49,7 +49,7 @@ constexpr dynamic_codec dynamic_codecs[] = {dynamic(SPEEX), dynamic(ILBC), dynam
 // The codec whose encoding is the next word of the line.
 e_codec codec_of_encoding(scanner items) {
     items.white_space();
-    const padded_text line = message::padded(items.rest());
+    const padded_text line = items.rest();
     for (const dynamic_codec &known : dynamic_codecs) {
         const std::size_t length = known.encoding.size();
         if (starts_nocase(line, known.encoding) && (line.size() == length || is_white_space(line[length])))
@@ -106,7 +106,7 @@ session_lines sort_lines(const message &msg) {
 
 // Takes lines out of the set up to the next one with a filled value. Returns the value without leading blanks, empty at
 // the end.
-inline text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
+inline padded_text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
     while (lines != 0) {
         const text line = msg.body_line(take_first(lines));
         const char *value = line.data() + 2;
@@ -121,14 +121,14 @@ inline text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
 // Calls read with the value of each of these lines until it returns false. Returns false if it did.
 template <class Read>
 bool for_each_line(line_set lines, const message &msg, Read read) {
-    for (text value = Parse_Sdp_Iterate(lines, msg); !value.empty(); value = Parse_Sdp_Iterate(lines, msg))
+    for (padded_text value = Parse_Sdp_Iterate(lines, msg); !value.empty(); value = Parse_Sdp_Iterate(lines, msg))
         if (!read(value))
             return false;
     return true;
 }
 
 // The address of "IN IP4 10.0.0.5"; empty for any other network or address type.
-text connection_host(const message &msg, text value) {
+text connection_host(const message &msg, padded_text value) {
     scanner items(value);
     if (!items.literal("IN") || !items.white_space() || !items.literal("IP4"))
         return {};
@@ -137,13 +137,13 @@ text connection_host(const message &msg, text value) {
 
 // ------------------------------------------------------------------------------------------------------- media lines
 
-constexpr const char *no_payloads = ""; // a list is read up to its terminator
+constexpr char no_payloads[16] = {}; // a list is read up to its terminator
 
 // "audio 4000/2 RTP/AVP 0 8": the port, the payload list after the profile word, and the port count if there is one.
 struct media_line {
     bool matches = false;
     int port = 0;
-    text payloads = no_payloads;
+    padded_text payloads{no_payloads, 0};
 };
 
 // Whether a character after "RTP/AVP" makes it another profile, as in "RTP/AVPF". Letters do, and so do the marks that
@@ -154,10 +154,10 @@ constexpr bool goes_on_as_profile(char c) {
 }
 
 // What follows the profile word, which may be a secure or a feedback profile. A line without the word has no list.
-text payload_list(scanner items) {
+padded_text payload_list(scanner items) {
     items.white_space();
     if (const text rest = items.rest(); rest.empty() || is_digit(rest.front()))
-        return "";
+        return {no_payloads, 0};
     if (scanner list = items; list.literal("RTP/AVP") && !goes_on_as_profile(*list.rest().data()))
         items = list; // "RTP/AVP0 8": no blank is needed there
     else
@@ -167,7 +167,7 @@ text payload_list(scanner items) {
 }
 
 template <std::size_t N>
-media_line read_media_line(text value, const char (&media)[N], int &port_count) {
+media_line read_media_line(padded_text value, const char (&media)[N], int &port_count) {
     media_line line;
     scanner items(value);
     line.matches = items.literal(media) && items.white_space() && items.integer(line.port);
@@ -190,7 +190,7 @@ class media_reader {
         : sdp(target), msg(source), attributes(attribute_lines), host(connection) {}
 
     // Returns false if the line ends the decoding of the whole description.
-    bool read(text value) {
+    bool read(padded_text value) {
         if (const media_line audio = read_media_line(value, "audio", port_count); audio.matches) {
             if (!read_audio(audio))
                 return false;
@@ -245,7 +245,7 @@ class media_reader {
         return true;
     }
 
-    bool read_fax(text value) {
+    bool read_fax(padded_text value) {
         scanner items(value);
         int port = 0;
         if (!items.literal("image") || !items.white_space() || !items.integer(port))
@@ -259,7 +259,7 @@ class media_reader {
     // Dynamic codecs follow the static ones, whatever their place in the payload list and whichever section names them.
     void Parse_Sdp_Rtpmap(int index) {
         int entry = 0;
-        for_each_line(attributes, msg, [&](text value) {
+        for_each_line(attributes, msg, [&](padded_text value) {
             scanner items(value);
             int payload = 0;
             if (!items.literal("rtpmap:") || !items.integer(payload))
@@ -496,7 +496,7 @@ constexpr fax_text fax_texts[] = {
     {"T38FaxUdpEC:", &FAX_INFO::T38FaxUdpEC},
 };
 
-void read_fax_attribute(const message &msg, text value, FAX_INFO &fax) {
+void read_fax_attribute(const message &msg, padded_text value, FAX_INFO &fax) {
     for (const fax_number &known : fax_numbers)
         if (scanner items(value); items.literal(known.name) && items.integer(fax.*known.member))
             return;
@@ -517,7 +517,7 @@ void Parse_Sdp(SIP_SDP *SDP, message &msg) {
         return;
     const session_lines lines = sort_lines(msg);
     line_set connection_lines = lines.connection;
-    const text connection = Parse_Sdp_Iterate(connection_lines, msg);
+    const padded_text connection = Parse_Sdp_Iterate(connection_lines, msg);
     if (connection.empty()) {
         SIPCODE_TRACE(0, "Insufficient information for SDP ( c = '%s')", "");
         return;
@@ -529,7 +529,7 @@ void Parse_Sdp(SIP_SDP *SDP, message &msg) {
     }
 
     media_reader media(*SDP, msg, lines.attributes, host);
-    if (!for_each_line(lines.media, msg, [&](text value) { return media.read(value); }))
+    if (!for_each_line(lines.media, msg, [&](padded_text value) { return media.read(value); }))
         return;
 
     const body_marks found = find_marks(msg.body(), msg);
@@ -539,7 +539,7 @@ void Parse_Sdp(SIP_SDP *SDP, message &msg) {
     Parse_Sdp_Bypass_Content(SDP, found);
 
     if (SDP->fax.udptlport > 0) {
-        for_each_line(lines.attributes, msg, [&](text value) {
+        for_each_line(lines.attributes, msg, [&](padded_text value) {
             read_fax_attribute(msg, value, SDP->fax);
             return true;
         });
