@@ -75,6 +75,11 @@ TEST(calls, are_told_from_their_messages) {
          "41 403 2 REGISTER a x id b2",
          {"REGISTER answered 200 ring - answer 0.5 end - delay 0.5 messages 2-0 forks 1",
           "REGISTER refused 403 ring - answer - end - delay 0.0 messages 2-0 forks 0"}},
+        {"an OPTIONS before the call, with its Call-ID and tag",
+         "1 OPTIONS 1 OPTIONS a - id b1\n1.5 200 1 OPTIONS a x id b1\n2 INVITE 2 INVITE a - id b2\n"
+         "3 200 2 INVITE a x id b2\n4 BYE 3 BYE a x id b3",
+         {"OPTIONS answered 200 ring - answer 0.5 end - delay 0.5 messages 2-0 forks 1",
+          "INVITE answered 200 ring - answer 1.0 end 2.0 delay 1.0 messages 3-0 forks 1"}},
         {"responses alone",
          "1 180 1 INVITE a x id b1\n2 200 1 INVITE a x id b1",
          {"INVITE joined 0 ring - answer - end - delay - messages 2-0 forks 0"}},

@@ -52,6 +52,11 @@ Outcome outcome_of(int status) {
 
 bool is_challenge(int status) { return status == 401 || status == 407; }
 
+// Whether a message may belong to what was begun with one of its tags: a call may follow an OPTIONS of the same dialog.
+bool fits(const Call &call, const MessageFacts &facts) {
+    return call.kind == Kind::call || call.method == facts.method || kind_of(facts) != Kind::call;
+}
+
 std::size_t hash_of(const MessageFacts &facts) {
     std::size_t hash = static_cast<std::size_t>(facts.status) * 31 + facts.cseq;
     for (const std::string_view part :
@@ -119,13 +124,15 @@ std::optional<CallTracker::List::iterator> CallTracker::find(const MessageFacts 
     auto found = last;
     for (auto entry = first; entry != last; ++entry, ++count) {
         const std::string &tag = entry->second->caller_tag;
+        if (!fits(entry->second->call, facts))
+            continue;
         if (tag == facts.from_tag || (!tag.empty() && tag == facts.to_tag))
             found = entry;
     }
     if (found == last) {
         // A message within a dialog belongs to a call even if its tags have changed.
         const bool begins = facts.is_request() && facts.to_tag.empty();
-        if (count == 0 || (begins && count < most_with_call_id))
+        if (count == 0 || (count < most_with_call_id && (begins || !fits(first->second->call, facts))))
             return std::nullopt;
         found = first;
     }
