@@ -2,7 +2,7 @@
 # What the scripts share. Sourced in the root of the repository.
 
 packages_tool=(build-essential cmake ninja-build libcli11-dev nlohmann-json3-dev rapidjson-dev libspdlog-dev
-    libpugixml-dev libpcap-dev libtins-dev)
+    libpugixml-dev libpcap-dev libtins-dev zlib1g-dev)
 packages_hosts=("${packages_tool[@]}" libasio-dev libssl-dev)
 packages_test=("${packages_hosts[@]}" libgtest-dev pkg-config scdoc python3-cffi luajit)
 packages_sipp=(sip-tester)

@@ -32,8 +32,6 @@ bool is_capture(std::string_view first_bytes) {
 }
 
 std::string_view why_not_readable(std::string_view first_bytes) {
-    if (first_bytes.starts_with("\x1f\x8b"))
-        return "it is compressed; give the output of 'zcat' on standard input";
     if (first_bytes.starts_with("GMBU"))
         return "it is a NetMon capture; 'editcap' turns it into one that is read";
     return "";

@@ -30,12 +30,14 @@ Source::Source(const std::string &file)
     struct stat status {};
     if (fstat(file_, &status) == 0 && S_ISREG(status.st_mode))
         size_ = static_cast<std::size_t>(status.st_size);
-    char bytes[capture_magic_size];
-    while (beginning_.size() < capture_magic_size) {
-        const std::size_t length = read(bytes, capture_magic_size - beginning_.size());
-        if (length == 0)
-            break;
-        beginning_.append(bytes, length);
+    read_beginning();
+    if (beginning_.starts_with(gzip_magic)) {
+        inflater_.emplace([this, ahead = std::exchange(beginning_, {})](char *bytes, std::size_t size) mutable {
+            const std::size_t length = ahead.copy(bytes, size);
+            ahead.clear();
+            return length == 0 ? read_file(bytes, size) : length;
+        });
+        read_beginning();
     }
     is_capture_ = ::is_capture(beginning_);
     if (const std::string_view reason = why_not_readable(beginning_); !reason.empty())
@@ -46,9 +48,29 @@ Source::~Source() { close(file_); }
 
 void Source::fail() const { throw SourceError(errno, std::generic_category(), name_); }
 
+void Source::read_beginning() {
+    char bytes[capture_magic_size];
+    while (beginning_.size() < capture_magic_size) {
+        const std::size_t length = read(bytes, capture_magic_size - beginning_.size());
+        if (length == 0)
+            break;
+        beginning_.append(bytes, length);
+    }
+}
+
+std::size_t Source::read(char *bytes, std::size_t size) {
+    try {
+        return inflater_ ? inflater_->read(bytes, size) : read_file(bytes, size);
+    } catch (const SourceError &) {
+        throw;
+    } catch (const std::system_error &error) {
+        throw SourceError(error.code(), name_);
+    }
+}
+
 // May return less than size: what a pipe holds at the moment. A read from a pipe may wait, so it first shows the
 // results so far.
-std::size_t Source::read(char *bytes, std::size_t size) {
+std::size_t Source::read_file(char *bytes, std::size_t size) {
     if (size_ == 0)
         std::cout.flush();
     ssize_t length = 0;

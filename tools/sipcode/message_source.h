@@ -3,10 +3,13 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
 #include <vector>
+
+#include "inflater.h"
 
 // A file that cannot be opened or read; what() begins with the name below.
 class SourceError : public std::system_error {
@@ -14,7 +17,7 @@ class SourceError : public std::system_error {
     using std::system_error::system_error;
 };
 
-// A file that is being read; "-" is standard input. Throws SourceError.
+// A file that is being read; "-" is standard input. What gzip has compressed is decompressed. Throws SourceError.
 class Source {
   public:
     explicit Source(const std::string &file);
@@ -39,11 +42,14 @@ class Source {
 
   private:
     [[noreturn]] void fail() const;
+    void read_beginning();
     std::size_t read(char *bytes, std::size_t size);
+    std::size_t read_file(char *bytes, std::size_t size);
 
     std::string name_;
     int file_;
-    std::string beginning_; // read ahead
+    std::string beginning_;            // read ahead
+    std::optional<Inflater> inflater_; // of a compressed file
     bool is_capture_ = false;
     std::size_t size_ = 0; // 0 if unknown
     std::size_t bytes_read_ = 0;
