@@ -20,18 +20,8 @@ void write_key(JsonWriter &out, std::string_view name) {
     out.Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
 }
 
-// One character for each byte, from U+0000 to U+00FF.
 void write_bytes(JsonWriter &out, std::string_view bytes) {
-    std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) {
-            text += c;
-        } else {
-            text += static_cast<char>(0xc0 | (byte >> 6));
-            text += static_cast<char>(0x80 | (byte & 0x3f));
-        }
-    }
+    const std::string text = sipcode::latin1_to_utf8(bytes);
     out.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
 

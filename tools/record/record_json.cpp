@@ -32,20 +32,6 @@ bool is_utf8(std::string_view text) {
     }
 }
 
-std::string latin1_to_utf8(std::string_view bytes) {
-    std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) {
-            text += c;
-        } else {
-            text += static_cast<char>(0xc0 | (byte >> 6));
-            text += static_cast<char>(0x80 | (byte & 0x3f));
-        }
-    }
-    return text;
-}
-
 void write_string(JsonWriter &out, std::string_view text) {
     out.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
 }
@@ -228,6 +214,20 @@ class Reader {
 };
 
 } // namespace
+
+std::string latin1_to_utf8(std::string_view bytes) {
+    std::string text;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) {
+            text += c;
+        } else {
+            text += static_cast<char>(0xc0 | (byte >> 6));
+            text += static_cast<char>(0x80 | (byte & 0x3f));
+        }
+    }
+    return text;
+}
 
 void write_text(JsonWriter &out, std::string_view text) {
     if (is_ascii(text) || is_utf8(text))

@@ -12,6 +12,8 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 #include <rapidjson/stringbuffer.h>
@@ -20,6 +22,9 @@
 #include "record.h"
 
 namespace sipcode {
+
+// Each byte as the character from U+0000 to U+00FF with its number.
+std::string latin1_to_utf8(std::string_view bytes);
 
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
