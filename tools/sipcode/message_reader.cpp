@@ -109,6 +109,14 @@ std::string_view why_not(const Source &source, const std::string &file, const Ch
     return "";
 }
 
+// Returns what is wrong with the file, or an empty text.
+std::string read_quietly(const std::string &file, const std::string &filter, const TakeCaptured &take) {
+    Source source(file);
+    if (!source.is_capture())
+        throw CaptureError("not a capture");
+    return CaptureReading(source, filter, [&take](const ReceivedMessage &message) { take(*message.origin); }).run();
+}
+
 CallIds call_ids_of(const std::vector<Call> &calls) {
     CallIds ids;
     for (const Call &call : calls)
@@ -138,12 +146,10 @@ int read_messages(const std::string &file, const Choice &choice, const TakeMessa
     return success;
 }
 
-void take_messages(const std::string &file, const std::string &filter,
-                   const std::function<void(const CapturedMessage &message)> &take) {
-    Source source(file);
-    if (!source.is_capture())
-        throw CaptureError("not a capture");
-    CaptureReading(source, filter, [&take](const ReceivedMessage &message) { take(*message.origin); }).run();
+void take_messages(const std::string &file, const std::string &filter, const TakeCaptured &take) {
+    const std::string damage = read_quietly(file, filter, take);
+    if (!damage.empty())
+        print_error(fmt::format("{}: {}", file, damage));
 }
 
 std::vector<Call> list_calls(const std::string &file, const Choice &choice) {
@@ -152,7 +158,7 @@ std::vector<Call> list_calls(const std::string &file, const Choice &choice) {
         if (choice.matches(call))
             calls.push_back(call);
     });
-    take_messages(file, choice.filter, [&tracker](const CapturedMessage &message) {
+    read_quietly(file, choice.filter, [&tracker](const CapturedMessage &message) {
         MessageFacts facts;
         if (read_facts(message.text, facts))
             tracker.add(message, facts);

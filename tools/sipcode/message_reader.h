@@ -29,8 +29,11 @@ using Summary = std::function<std::string()>;
 // SourceError.
 int read_messages(const std::string &file, const Choice &choice, const TakeMessage &take, const Summary &summary);
 
-// The same for other commands, of a capture and without a word, except for progress. They throw SourceError and
-// CaptureError.
-void take_messages(const std::string &file, const std::string &filter,
-                   const std::function<void(const CapturedMessage &message)> &take);
+using TakeCaptured = std::function<void(const CapturedMessage &message)>;
+
+// Gives each message of a capture to take. Shows nothing but progress, and what is wrong with the file. Throws
+// SourceError and CaptureError.
+void take_messages(const std::string &file, const std::string &filter, const TakeCaptured &take);
+
+// The chosen calls of a capture, before a second reading of it. Throws as above.
 std::vector<Call> list_calls(const std::string &file, const Choice &choice);
