@@ -33,7 +33,7 @@ std::string text_of(const Call &call) {
     const auto time = [](const auto &value) { return value ? fmt::format("{:.1f}", double(*value) / 1e6) : "-"; };
     return fmt::format("{} {} {} ring {} answer {} end {} delay {} messages {}-{} forks {}", call.method,
                        outcome_name(call.outcome), call.status, time(call.ringing), time(call.answered),
-                       time(call.ended), time(call.delay), call.messages, call.repeated, call.forks.size());
+                       time(call.ended), time(call.delay), call.messages, call.repeated, call.forks);
 }
 
 TEST(calls, are_told_from_their_messages) {
@@ -80,6 +80,24 @@ TEST(calls, are_told_from_their_messages) {
          "3 200 2 INVITE a x id b2\n4 BYE 3 BYE a x id b3",
          {"OPTIONS answered 200 ring - answer 0.5 end - delay 0.5 messages 2-0 forks 1",
           "INVITE answered 200 ring - answer 1.0 end 2.0 delay 1.0 messages 3-0 forks 1"}},
+        {"a tried call is cancelled without a final response; repetitions come every four seconds",
+         "1 INVITE 1 INVITE a - id b1\n1.1 407 1 INVITE a y id b1\n2 INVITE 2 INVITE a - id b2\n"
+         "3 CANCEL 2 CANCEL a - id b2\n7.1 CANCEL 2 CANCEL a - id b2\n"
+         "20 INVITE 1 INVITE c - other b3\n21 486 1 INVITE c x other b3\n25.1 486 1 INVITE c x other b3",
+         {"INVITE cancelled 0 ring - answer - end - delay - messages 5-1 forks 0",
+          "INVITE busy 486 ring - answer - end - delay 1.0 messages 3-1 forks 0"}},
+        {"the 100 before the INVITE; answered while it is cancelled",
+         "1 100 1 INVITE a - id b1\n1.1 INVITE 1 INVITE a - id b1\n2 CANCEL 1 CANCEL a - id b1\n"
+         "2.1 200 1 CANCEL a x id b1\n2.1 200 1 INVITE a x id b1",
+         {"INVITE up 200 ring - answer 1.0 end - delay 1.0 messages 5-0 forks 1"}},
+        {"two forks answer, and the call lasts as long as one is up",
+         "1 INVITE 1 INVITE a - id b1\n2 200 1 INVITE a x id b1\n3 200 1 INVITE a y id b1\n4 BYE 2 BYE a y id b2\n"
+         "99 BYE 2 BYE a x id b3",
+         {"INVITE answered 200 ring - answer 1.0 end 98.0 delay 1.0 messages 5-0 forks 2"}},
+        {"a SUBSCRIBE that is repeated after NOTIFY",
+         "1 SUBSCRIBE 1 SUBSCRIBE a - id b1\n1.1 202 1 SUBSCRIBE a x id b1\n1.2 NOTIFY 9 NOTIFY x a id b2\n"
+         "1.5 SUBSCRIBE 1 SUBSCRIBE a - id b1",
+         {"SUBSCRIBE answered 202 ring - answer 0.1 end - delay 0.1 messages 4-1 forks 1"}},
         {"responses alone",
          "1 180 1 INVITE a x id b1\n2 200 1 INVITE a x id b1",
          {"INVITE joined 0 ring - answer - end - delay - messages 2-0 forks 0"}},

@@ -59,10 +59,23 @@ bool fits(const Call &call, const MessageFacts &facts) {
 
 std::size_t hash_of(const MessageFacts &facts) {
     std::size_t hash = static_cast<std::size_t>(facts.status) * 31 + facts.cseq;
-    for (const std::string_view part :
-         {facts.is_request() ? facts.method : std::string_view(), facts.branch, facts.to_tag})
+    for (const std::string_view part : {facts.method, facts.branch, facts.to_tag})
         hash = hash * 1099511628211U ^ std::hash<std::string_view>()(part);
     return hash | 1; // never that of an empty place
+}
+
+// Fills what a call takes from its first message.
+void describe(Call &call, const CapturedMessage &message, const MessageFacts &facts) {
+    call.kind = kind_of(facts);
+    call.outcome = is_joined(facts) ? Outcome::joined : Outcome::unanswered;
+    call.method = facts.method;
+    call.from = user_of(facts.from);
+    call.to = user_of(facts.to);
+    call.uri_user = user_of(facts.uri);
+    call.other_users = other_users(message.text);
+    call.source = message.source;
+    call.destination = message.destination;
+    call.start = message.mark;
 }
 
 } // namespace
@@ -83,12 +96,25 @@ std::string_view outcome_name(Outcome outcome) {
     return names[static_cast<std::size_t>(outcome)];
 }
 
+std::string_view outcome_name(const Call &call) {
+    return call.kind != Kind::call && call.outcome == Outcome::answered ? "accepted" : outcome_name(call.outcome);
+}
+
+std::optional<Microseconds> Call::length() const {
+    if (!answered || !ended)
+        return std::nullopt;
+    return *ended - *answered;
+}
+
 void CallTracker::add(const CapturedMessage &message, const MessageFacts &facts) {
     now_ = std::max(now_, time_of(message.mark));
     sweep();
     const std::optional<List::iterator> known = find(facts);
     const List::iterator found = known ? *known : begin(message, facts);
     Tracked &tracked = *found;
+    // Packets may be out of order: the 100 before the INVITE.
+    if (tracked.call.outcome == Outcome::joined && facts.method == tracked.call.method && !is_joined(facts))
+        describe(tracked.call, message, facts);
     ++tracked.call.messages;
     State state = tracked.state;
     const std::size_t hash = hash_of(facts);
@@ -150,17 +176,8 @@ CallTracker::List::iterator CallTracker::begin(const CapturedMessage &message, c
         give_up_oldest();
     Tracked &tracked = lists_[pending].emplace_back();
     Call &call = tracked.call;
-    call.kind = kind_of(facts);
-    call.outcome = is_joined(facts) ? Outcome::joined : Outcome::unanswered;
     call.call_id = facts.call_id;
-    call.method = facts.method;
-    call.from = user_of(facts.from);
-    call.to = user_of(facts.to);
-    call.uri_user = user_of(facts.uri);
-    call.other_users = other_users(message.text);
-    call.source = message.source;
-    call.destination = message.destination;
-    call.start = message.mark;
+    describe(call, message, facts);
     tracked.caller_tag = facts.from_tag;
     tracked.last_try = now_;
     const List::iterator added = std::prev(lists_[pending].end());
@@ -170,28 +187,61 @@ CallTracker::List::iterator CallTracker::begin(const CapturedMessage &message, c
 
 CallTracker::State CallTracker::take_request(Tracked &tracked, const MessageFacts &facts) const {
     Call &call = tracked.call;
-    tracked.last_cseq = facts.cseq;
-    if (facts.method == "BYE") {
-        if (!call.ended)
-            call.ended = now_ - time_of(call.start);
-        return over;
-    }
+    if (facts.method == "BYE")
+        return take_bye(tracked, facts);
     if (facts.method == "CANCEL" && call.outcome == Outcome::unanswered)
         call.outcome = Outcome::cancelled;
-    const bool is_try = facts.method == call.method && !call.answered && call.outcome != Outcome::joined;
-    if (!is_try)
+    if (facts.method != call.method)
         return tracked.state;
+    tracked.last_cseq = facts.cseq;
+    if (call.answered || call.outcome == Outcome::joined)
+        return tracked.state;
+    // Another try, after a challenge for example, has an outcome of its own.
     tracked.last_try = now_;
+    call.outcome = Outcome::unanswered;
+    call.status = 0;
     return pending;
+}
+
+// The call is over with its last dialog: more than one fork may have answered.
+CallTracker::State CallTracker::take_bye(Tracked &tracked, const MessageFacts &facts) const {
+    bool is_of_fork = false;
+    bool is_up = false;
+    for (Fork &fork : tracked.forks) {
+        if (fork.tag == facts.from_tag || fork.tag == facts.to_tag) {
+            is_of_fork = true;
+            fork.is_up = false;
+        }
+        is_up = is_up || fork.is_up;
+    }
+    if (is_of_fork && is_up)
+        return tracked.state;
+    if (!tracked.call.ended)
+        tracked.call.ended = now_ - time_of(tracked.call.start);
+    return over;
+}
+
+void CallTracker::note_fork(Tracked &tracked, const MessageFacts &facts) {
+    if (facts.from_tag != tracked.caller_tag || facts.to_tag.empty() || facts.status <= 100 || facts.status >= 300)
+        return;
+    std::vector<Fork> &forks = tracked.forks;
+    auto fork = std::find_if(forks.begin(), forks.end(), [&](const Fork &known) { return known.tag == facts.to_tag; });
+    if (fork == forks.end()) {
+        if (forks.size() == most_forks)
+            return;
+        fork = forks.insert(forks.end(), {std::string(facts.to_tag), false});
+    }
+    fork->is_up = fork->is_up || facts.status >= 200;
+    tracked.call.forks = forks.size();
 }
 
 CallTracker::State CallTracker::take_response(Tracked &tracked, const MessageFacts &facts) const {
     Call &call = tracked.call;
-    if (facts.method != call.method || call.answered || call.outcome == Outcome::joined)
+    if (facts.method != call.method || call.outcome == Outcome::joined)
         return tracked.state;
-    if (facts.status > 100 && facts.status < 300 && !facts.to_tag.empty() && call.forks.size() < most_forks &&
-        std::find(call.forks.begin(), call.forks.end(), facts.to_tag) == call.forks.end())
-        call.forks.emplace_back(facts.to_tag);
+    note_fork(tracked, facts);
+    if (call.answered)
+        return tracked.state;
     if (facts.status > 100 && !is_challenge(facts.status) && !call.delay)
         call.delay = now_ - tracked.last_try;
     if (facts.status >= 200)
@@ -247,8 +297,8 @@ void CallTracker::end(List::iterator tracked) {
 
 void CallTracker::sweep() {
     // How long a call in each state may be silent. Of RFC 3261: timer C for a final response, timer B for another try,
-    // T2 for a repetition. A call that is up may be silent for hours.
-    constexpr std::array<Microseconds, states> patience = {180 * second, 32 * second, INT64_MAX, 4 * second};
+    // T2 and a second of delay for a repetition. A call that is up may be silent for hours.
+    constexpr std::array<Microseconds, states> patience = {180 * second, 32 * second, INT64_MAX, 5 * second};
     for (std::size_t state = 0; state < states; ++state) {
         while (!lists_[state].empty() && now_ - lists_[state].front().last > patience[state])
             end(lists_[state].begin());

@@ -44,7 +44,7 @@ std::string_view outcome_name(Outcome outcome);
 struct Call {
     Kind kind = Kind::call;
     Outcome outcome = Outcome::unanswered;
-    int status = 0; // the last final one; 0 if there was none
+    int status = 0; // the final one of the last try; 0 if there was none
     std::string call_id;
     std::string method; // of the first request
     std::string from;   // users
@@ -61,9 +61,15 @@ struct Call {
     std::optional<Microseconds> delay; // from the last try to its first response other than 100 or a challenge
     std::size_t messages = 0;
     std::size_t repeated = 0;
-    std::vector<std::string> forks; // tags of the called side, at most most_forks
-    std::vector<int> codecs;        // e_codec, of the last session description of the call's setup
+    std::size_t forks = 0;   // that rang or answered, at most most_forks
+    std::vector<int> codecs; // e_codec, of the last session description of the call's setup
+
+    // From the answer to BYE.
+    std::optional<Microseconds> length() const;
 };
+
+// "accepted" for an answered registration.
+std::string_view outcome_name(const Call &call);
 
 class CallTracker {
   public:
@@ -97,13 +103,19 @@ class CallTracker {
     struct Tracked;
     using List = std::list<Tracked>;
 
+    struct Fork {
+        std::string tag; // of the called side
+        bool is_up;      // it answered, and there was no BYE
+    };
+
     struct Tracked {
         Call call;
         std::string caller_tag;
         State state = pending;
-        Microseconds last = 0;     // message
-        Microseconds last_try = 0; // request that begins or repeats a try
-        unsigned long last_cseq = 0;
+        Microseconds last = 0;       // message
+        Microseconds last_try = 0;   // request that begins or repeats a try
+        unsigned long last_cseq = 0; // of a try
+        std::vector<Fork> forks;
         // Hashes of the last messages, to recognise repetitions.
         std::array<std::size_t, 24> seen{};
         std::size_t next_seen = 0;
@@ -112,6 +124,8 @@ class CallTracker {
     std::optional<List::iterator> find(const MessageFacts &facts);
     List::iterator begin(const CapturedMessage &message, const MessageFacts &facts);
     State take_request(Tracked &tracked, const MessageFacts &facts) const;
+    State take_bye(Tracked &tracked, const MessageFacts &facts) const;
+    static void note_fork(Tracked &tracked, const MessageFacts &facts);
     State take_response(Tracked &tracked, const MessageFacts &facts) const;
     State take_final(Tracked &tracked, const MessageFacts &facts) const;
     void read_codecs(Call &call, std::string_view message, const MessageFacts &facts);

@@ -124,7 +124,8 @@ bool read_facts(std::string_view message, MessageFacts &facts) {
 }
 
 std::string_view user_of(std::string_view value) {
-    const std::size_t bracket = value.find('<');
+    const std::size_t after_name = value.starts_with('"') ? value.find('"', 1) : 0; // a name may hold a bracket too
+    const std::size_t bracket = value.find('<', after_name);
     std::string_view uri = bracket == std::string_view::npos ? value : value.substr(bracket + 1);
     uri.remove_prefix(std::min(uri.find(':') + 1, uri.size())); // npos + 1 is 0
     const std::string_view until_host = uri.substr(0, uri.find_first_of("@>"));

@@ -69,10 +69,7 @@ void write_call(JsonWriter &out, const FlowCall &flow) {
     const auto seconds = [](const std::optional<Microseconds> &time) {
         return time ? fmt::format("{:.3f} s", static_cast<double>(*time) / 1e6) : std::string();
     };
-    std::optional<Microseconds> length;
-    if (call.answered && call.ended)
-        length = *call.ended - *call.answered;
-    std::string outcome(outcome_name(call.outcome));
+    std::string outcome(outcome_name(call));
     if (call.status >= 300)
         outcome += fmt::format(" {}", call.status);
     out.StartObject();
@@ -80,7 +77,7 @@ void write_call(JsonWriter &out, const FlowCall &flow) {
     out.StartArray();
     for (const std::string &column :
          {time_text(call.start), call.from, call.to, outcome, seconds(call.ringing), seconds(call.answered),
-          seconds(length), std::to_string(flow.messages.size()), call.call_id})
+          seconds(call.length()), std::to_string(flow.messages.size()), call.call_id})
         write_bytes(out, column);
     out.EndArray();
     write_key(out, "messages");

@@ -20,24 +20,13 @@ std::string seconds_text(const std::optional<Microseconds> &time, std::string_vi
     return time ? fmt::format("{:.3f}", seconds(*time)) : std::string(absent);
 }
 
-std::optional<Microseconds> length_of(const Call &call) {
-    if (!call.answered || !call.ended)
-        return std::nullopt;
-    return *call.ended - *call.answered;
-}
-
-// An answered registration is one that was accepted.
-std::string_view outcome_of(const Call &call) {
-    return call.kind != Kind::call && call.outcome == Outcome::answered ? "accepted" : outcome_name(call.outcome);
-}
-
 // "refused 404", "answered, 2 forks"
 std::string outcome_text(const Call &call) {
-    std::string text(outcome_of(call));
+    std::string text(outcome_name(call));
     if (call.status >= 300)
         text += fmt::format(" {}", call.status);
-    if (call.forks.size() > 1)
-        text += fmt::format(", {} forks", call.forks.size());
+    if (call.forks > 1)
+        text += fmt::format(", {} forks", call.forks);
     return call.kind == Kind::call ? text : fmt::format("{} {}", call.method, text);
 }
 
@@ -65,19 +54,20 @@ void print_text(const Call &call, bool is_first) {
                    "messages", "repeated", "codecs", "call-id");
     fmt::print(std::cout, fmt::runtime(line), time_text(call.start), printable(call.from), printable(call.to),
                printable(outcome_text(call)), seconds_text(call.ringing, "-"), seconds_text(call.answered, "-"),
-               seconds_text(length_of(call), "-"), call.messages, call.repeated, codecs_text(call),
+               seconds_text(call.length(), "-"), call.messages, call.repeated, codecs_text(call),
                printable(call.call_id));
 }
 
 void print_csv(const Call &call, bool is_first) {
     if (is_first)
-        std::cout << "start,kind,from,to,outcome,status,ring,answer,length,messages,repeated,forks,codecs,source,"
-                     "destination,call_id\r\n";
-    fmt::print(std::cout, "{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{}\r\n", time_text(call.start),
-               kind_name(call.kind), csv_value(call.from), csv_value(call.to), outcome_of(call),
-               call.status == 0 ? "" : std::to_string(call.status), seconds_text(call.ringing, ""),
-               seconds_text(call.answered, ""), seconds_text(length_of(call), ""), call.messages, call.repeated,
-               call.forks.size(), codecs_text(call), endpoint_text(call.source), endpoint_text(call.destination),
+        std::cout
+            << "start,kind,method,from,to,outcome,status,ring,answer,length,messages,repeated,forks,codecs,source,"
+               "destination,call_id\r\n";
+    fmt::print(std::cout, "{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{},{}\r\n", time_text(call.start),
+               kind_name(call.kind), csv_value(call.method), csv_value(call.from), csv_value(call.to),
+               outcome_name(call), call.status == 0 ? "" : std::to_string(call.status), seconds_text(call.ringing, ""),
+               seconds_text(call.answered, ""), seconds_text(call.length(), ""), call.messages, call.repeated,
+               call.forks, codecs_text(call), endpoint_text(call.source), endpoint_text(call.destination),
                csv_value(call.call_id));
 }
 
@@ -101,15 +91,15 @@ void print_json(const Call &call) {
     members.text("call_id", call.call_id);
     members.text("from", call.from);
     members.text("to", call.to);
-    members.text("outcome", outcome_of(call));
+    members.text("outcome", outcome_name(call));
     if (call.status != 0)
         members.number("status", static_cast<std::uint64_t>(call.status));
     write_seconds(out, members, "ring", call.ringing);
     write_seconds(out, members, "answer", call.answered);
-    write_seconds(out, members, "length", length_of(call));
+    write_seconds(out, members, "length", call.length());
     members.number("messages", call.messages);
     members.number("repeated", call.repeated);
-    members.number("forks", call.forks.size());
+    members.number("forks", call.forks);
     members.key("codecs");
     out.StartArray();
     for (const int codec : call.codecs)
