@@ -1,26 +1,21 @@
 // Writes messages to a capture file, see capture_writer.h.
 #include "capture_writer.h"
 
-#include <tins/data_link_type.h>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include <fmt/core.h>
 #include <tins/ethernetII.h>
-#include <tins/exceptions.h>
 #include <tins/ip.h>
 #include <tins/ipv6.h>
-#include <tins/packet.h>
 #include <tins/rawpdu.h>
 #include <tins/tcp.h>
-#include <tins/timestamp.h>
 #include <tins/udp.h>
 
 namespace {
 
-Tins::PacketWriter open(const std::string &file) {
-    try {
-        return {file, Tins::DataLinkType<Tins::EthernetII>()};
-    } catch (const Tins::exception_base &error) {
-        throw CaptureError(error.what());
-    }
-}
+constexpr int longest_packet = 262144;
 
 bool is_ipv6(const Endpoint &endpoint) { return endpoint.address.find(':') != std::string::npos; }
 
@@ -34,7 +29,21 @@ timeval time_of(const PacketMark &mark) { return {.tv_sec = mark.seconds, .tv_us
 
 } // namespace
 
-CaptureWriter::CaptureWriter(const std::string &file) : writer_(open(file)) {}
+CaptureWriter::CaptureWriter(const std::string &file)
+    : name_(file), format_(pcap_open_dead(DLT_EN10MB, longest_packet)) {
+    std::FILE *const stream = std::fopen(file.c_str(), "wb");
+    if (stream != nullptr)
+        file_.reset(pcap_dump_fopen(format_.get(), stream));
+    if (file_ == nullptr)
+        fail();
+}
+
+void CaptureWriter::fail() const { throw CaptureError(fmt::format("{}: {}", name_, std::strerror(errno))); }
+
+void CaptureWriter::finish() {
+    if (pcap_dump_flush(file_.get()) != 0)
+        fail();
+}
 
 void CaptureWriter::add(const CapturedMessage &message) {
     const Endpoint &source = message.source;
@@ -52,6 +61,8 @@ void CaptureWriter::add(const CapturedMessage &message) {
     } else {
         packet /= Tins::UDP(destination.port, source.port) / payload;
     }
-    Tins::Packet stamped(packet, Tins::Timestamp(time_of(message.mark)));
-    writer_.write(stamped);
+    const std::vector<std::uint8_t> bytes = packet.serialize();
+    const auto size = static_cast<bpf_u_int32>(bytes.size());
+    const pcap_pkthdr header{.ts = time_of(message.mark), .caplen = size, .len = size};
+    pcap_dump(reinterpret_cast<u_char *>(file_.get()), &header, bytes.data());
 }

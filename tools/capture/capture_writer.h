@@ -4,10 +4,9 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
-
-#include <tins/packet_writer.h>
 
 #include "capture_messages.h"
 
@@ -18,7 +17,19 @@ class CaptureWriter {
 
     void add(const CapturedMessage &message);
 
+    // Throws CaptureError if not everything could be written.
+    void finish();
+
   private:
-    Tins::PacketWriter writer_;
+    struct Close {
+        void operator()(pcap_t *format) const { pcap_close(format); }
+        void operator()(pcap_dumper_t *file) const { pcap_dump_close(file); }
+    };
+
+    [[noreturn]] void fail() const;
+
+    std::string name_;
+    std::unique_ptr<pcap_t, Close> format_;
+    std::unique_ptr<pcap_dumper_t, Close> file_;
     std::map<std::pair<Endpoint, Endpoint>, std::uint32_t> sequences_; // the next one of each TCP stream
 };

@@ -17,6 +17,11 @@ constexpr std::size_t margin = 26; // of time and delta
 constexpr std::size_t least_gap = 22;
 constexpr std::size_t most_gap = 44;
 
+// Characters, of which UTF-8 text may have fewer than bytes.
+std::size_t width_of(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; }));
+}
+
 class TextDrawing {
   public:
     TextDrawing(const Ladder &ladder, Drawing drawing)
@@ -25,7 +30,7 @@ class TextDrawing {
         for (const std::string &column : ladder.columns)
             longest = std::max(longest, column.size() + 2);
         for (const Arrow &arrow : ladder.arrows)
-            longest = std::max(longest, arrow.label.size() + 8);
+            longest = std::max(longest, width_of(arrow.label) + 8);
         gap_ = std::clamp(longest, least_gap, most_gap);
     }
 
@@ -64,9 +69,10 @@ class TextDrawing {
         const std::size_t right = std::max(arrow.from, arrow.to);
         const bool goes_right = arrow.from < arrow.to;
         const std::size_t room = (right - left) * gap_ - 1 - 1; // without the head
-        const std::string label = arrow.label.substr(0, room - 2);
-        const std::size_t before = std::min<std::size_t>(3, room - 2 - label.size());
-        std::string line = repeated(before) + ' ' + label + ' ' + repeated(room - 2 - before - label.size());
+        const std::string label = fmt::format("{:.{}}", arrow.label, room - 2);
+        const std::size_t rest = room - 2 - width_of(label);
+        const std::size_t before = std::min<std::size_t>(3, rest);
+        std::string line = repeated(before) + ' ' + label + ' ' + repeated(rest - before);
         line = goes_right ? line.append(signs_.right) : std::string(signs_.left).append(line);
         std::string text;
         for (std::size_t i = 0; i < ladder_.columns.size(); ++i) {

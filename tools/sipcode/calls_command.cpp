@@ -2,20 +2,20 @@
 #include "commands.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
-#include <spdlog/sinks/null_sink.h>
-#include <spdlog/spdlog.h>
 
 #include "call_figures.h"
 #include "call_printer.h"
 #include "call_tracker.h"
 #include "capture_writer.h"
 #include "console.h"
+#include "message_decoder.h"
 #include "message_reader.h"
 #include "message_source.h"
 
@@ -32,10 +32,11 @@ struct Options {
 };
 
 constexpr const char *footer =
-    R"(Each call is printed as it ends, or at the end of the last file: when it started, who called whom (the users of
-From and To), what became of it, the seconds until it rang, until it was answered and from then to BYE, its messages,
-how many of them were repeated, and its codecs. The files are read as one capture, in their order. A call is what has
-one Call-ID and one tag of the caller, with all its forks and the tries that were challenged. What became of it:
+    R"(Each call is printed when it ends, or at the end of the last file: its start, caller and called party (the users
+of From and To), its outcome, the seconds until it rang (any 18x response) and until it was answered, its length from
+the answer to BYE, its messages, how many of them were repetitions, its codecs and its Call-ID. Several files are read
+as one capture, in their order. A call has one Call-ID and one tag of the caller. All its forks belong to it, and the
+tries that were challenged. The outcomes:
 
   answered    it was answered, and hung up
   busy        486 or 600
@@ -49,11 +50,12 @@ one Call-ID and one tag of the caller, with all its forks and the tries that wer
 With --all registrations, subscriptions and other requests outside of calls are printed too, with their method. With
 --json each call is an object on one line: "start", "kind", "method", "call_id", "from", "to", "outcome", "status",
 "ring", "answer", "length" (seconds; left out if unknown), "messages", "repeated", "forks", "codecs", "source" and
-"destination". These names stay. --pcap writes the messages of the chosen calls to a capture, a packet for each.
+"destination". These names will not change. --pcap writes the messages of the listed calls to a capture, a packet for
+each.
 
-Figures follow: calls by what became of them and by final status, and of RFC 6076 the session establishment ratio, the
-session request delay and the registration request delay. With --summary they are all that is printed, with --csv or
---json they are left out otherwise.
+Figures follow: calls by outcome and by final status, and of RFC 6076 the session establishment ratio, the session
+request delay and the registration request delay. --summary prints only these. --csv and --json print only the calls;
+--json --summary prints the figures as one object.
 
 At most 100000 calls are followed at a time. If there are more, the one without a message for the longest time is
 printed before its end, and counted.
@@ -78,8 +80,7 @@ class Listing {
     explicit Listing(const Options &options)
         : options_(options), printer_(form_of(options)), tracker_([this](const Call &call) { report(call); }) {
         // The calls show what the library would log.
-        spdlog::register_logger(
-            std::make_shared<spdlog::logger>("sipcode", std::make_shared<spdlog::sinks::null_sink_st>()));
+        discard_library_log();
     }
 
     // Returns the exit status.
@@ -90,7 +91,7 @@ class Listing {
         unread_ = 0;
         const int status = read_messages(
             file, packets, [this](const ReceivedMessage &message) { add(message); },
-            [this] { return fmt::format("{} without Call-ID or CSeq", unread_); });
+            [this] { return unread_ == 0 ? "" : fmt::format("{} without Call-ID or CSeq", unread_); });
         if (!is_text_)
             return status;
         print_error(fmt::format("{}: not a capture", source_name(file)));
@@ -160,12 +161,25 @@ int write_capture(const Options &options, const CallIds &chosen) {
             [&] { return fmt::format("{} written to {}", written, options.capture); });
         status = std::max(status, result);
     }
+    writer.finish();
     return status;
 }
 
+// Why --pcap is not possible; empty if it is.
+std::string why_no_capture(const Options &options) {
+    for (const std::string &file : options.files) {
+        std::error_code ignored; // of a file that does not exist yet
+        if (!can_be_read_twice(file))
+            return fmt::format("--pcap reads each file twice, which {} does not allow", source_name(file));
+        if (std::filesystem::equivalent(file, options.capture, ignored))
+            return fmt::format("{} is read, so --pcap must not overwrite it", file);
+    }
+    return "";
+}
+
 int list_calls(const Options &options) {
-    if (!options.capture.empty() && std::count(options.files.begin(), options.files.end(), "-") != 0) {
-        print_error("--pcap reads the file twice, so it cannot be standard input");
+    if (const std::string reason = options.capture.empty() ? "" : why_no_capture(options); !reason.empty()) {
+        print_error(reason);
         return misuse;
     }
     Listing listing(options);
@@ -179,8 +193,8 @@ int list_calls(const Options &options) {
         }
     }
     listing.finish();
-    if (!options.capture.empty() && status == success)
-        status = write_capture(options, listing.chosen());
+    if (!options.capture.empty() && status != interrupted)
+        status = std::max(status, write_capture(options, listing.chosen()));
     return status;
 }
 

@@ -9,13 +9,12 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
-#include <spdlog/sinks/null_sink.h>
-#include <spdlog/spdlog.h>
 
 #include "check_summary.h"
 #include "console.h"
 #include "finding_printer.h"
 #include "message_check.h"
+#include "message_decoder.h"
 #include "message_reader.h"
 #include "message_source.h"
 
@@ -61,8 +60,7 @@ class Checking {
   public:
     explicit Checking(const Options &options) : options_(options), printer_(options.json) {
         // The findings report what the library logs, and every trial would log it again.
-        spdlog::register_logger(
-            std::make_shared<spdlog::logger>("sipcode", std::make_shared<spdlog::sinks::null_sink_st>()));
+        discard_library_log();
     }
 
     // Returns the exit status.
@@ -124,6 +122,6 @@ void add_check_command(CLI::App &tool, int &status) {
     command->add_flag("--json", options->json, "One JSON object per finding");
     command->add_flag("--summary", options->summary, "Counts what is lost instead of listing it");
     add_choice_options(*command, options->choice);
-    command->footer(std::string(footer) + choice_help + exit_help);
+    command->footer(std::string(footer) + choice_help + two_readings_help + exit_help);
     command->callback([options, &status] { status = check(*options); });
 }

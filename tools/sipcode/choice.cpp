@@ -30,8 +30,11 @@ bool has_failed(Outcome outcome) {
 
 const char *const choice_help =
     R"(--call-id, --number, --status and --failed choose calls. --number compares the users of request URI, From, To,
-P-Called-Party-ID and History-Info, --status the last final status, and --failed takes calls that were not answered. An
-option may be given more than once. All but --call-id read the file twice, so it cannot be standard input.)";
+P-Called-Party-ID and History-Info. --status compares the final status of the last try. --failed takes calls that were
+not answered. Each but --failed may be given more than once.)";
+
+const char *const two_readings_help = R"( All but --call-id read the file twice, so it cannot be a pipe or
+standard input.)";
 
 bool Choice::matches(const Call &call) const {
     const auto has_any = [](const auto &wanted, auto matches_one) {

@@ -32,8 +32,9 @@ struct Choice {
 // Adds --filter, --call-id, --number, --status and --failed.
 void add_choice_options(CLI::App &command, Choice &choice);
 
-// The help text for them.
+// The help text for them, and what a command adds that chooses the messages of calls.
 extern const char *const choice_help;
+extern const char *const two_readings_help;
 
 using CallIds = std::unordered_set<std::string>;
 

@@ -140,6 +140,6 @@ void add_decode_command(CLI::App &tool, int &status) {
     dump->excludes(json)->excludes(all);
     command->add_flag("--raw", options->raw, "The messages as they were received")->excludes(json, all, dump);
     add_choice_options(*command, options->choice);
-    command->footer(std::string(footer) + choice_help + exit_help);
+    command->footer(std::string(footer) + choice_help + two_readings_help + exit_help);
     command->callback([options, &status] { status = decode(*options); });
 }

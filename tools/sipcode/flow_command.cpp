@@ -7,15 +7,16 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/ostream.h>
-#include <spdlog/sinks/null_sink.h>
-#include <spdlog/spdlog.h>
 
 #include "console.h"
 #include "ladder.h"
+#include "message_decoder.h"
 #include "message_reader.h"
 #include "message_source.h"
 #include "print.h"
@@ -38,9 +39,10 @@ time, the seconds since the last one, method or status, CSeq, and the streams of
 that came before is marked as repeated. A response that came when its request had been given up is marked as late. On
 a terminal the ladder has colours; otherwise it is plain ASCII. The environment variable NO_COLOR turns colours off.
 
-If the capture has more than one call, choose one. --html takes all calls that are chosen, at most 1000 with 20000
-messages, and writes one page that loads nothing: the list of calls, their ladders, and for each message its text, what
-the codec reads in it, and what it loses.
+If the capture has more than one call, choose one. The capture is read twice, so it cannot be a pipe.
+
+--html takes all calls that are chosen, at most 1000 with 20000 messages, and writes one page that loads nothing: the
+list of calls, their ladders, and for each message its text, what the codec reads in it, and what it loses.
 
 )";
 
@@ -56,10 +58,10 @@ int fail(const std::string &reason) {
 // The calls that are chosen, in the order of their starts.
 std::vector<FlowCall> chosen_calls(const Options &options) {
     std::vector<FlowCall> calls;
-    for (Call &call : list_calls(options.file, options.choice)) {
+    track_calls(options.file, options.choice, [&](const Call &call) {
         if (call.kind == Kind::call || !options.choice.call_ids.empty())
-            calls.push_back({std::move(call), {}});
-    }
+            calls.push_back({call, {}});
+    });
     std::sort(calls.begin(), calls.end(),
               [](const FlowCall &a, const FlowCall &b) { return time_of(a.call.start) < time_of(b.call.start); });
     return calls;
@@ -67,17 +69,19 @@ std::vector<FlowCall> chosen_calls(const Options &options) {
 
 // Reads the file again, for the messages of these calls. Returns how many there was no room for.
 std::size_t read_flow(const Options &options, std::vector<FlowCall> &calls) {
+    std::unordered_multimap<std::string_view, FlowCall *> by_call_id;
+    for (FlowCall &flow : calls)
+        by_call_id.emplace(flow.call.call_id, &flow);
     std::size_t count = 0;
     std::size_t left_out = 0;
     take_messages(options.file, options.choice.filter, [&](const CapturedMessage &message) {
         MessageFacts facts;
         if (!read_facts(message.text, facts))
             return;
-        for (FlowCall &flow : calls) {
-            if (flow.call.call_id != facts.call_id)
-                continue;
+        const auto [first, last] = by_call_id.equal_range(facts.call_id);
+        for (auto entry = first; entry != last; ++entry) {
             if (++count <= most_messages)
-                flow.messages.emplace_back(message);
+                entry->second->messages.emplace_back(message);
             else
                 ++left_out;
         }
@@ -140,12 +144,14 @@ int draw_ladder(const Options &options, std::vector<FlowCall> calls) {
 
 int flow(const Options &options) {
     // The page shows what the library would log.
-    spdlog::register_logger(
-        std::make_shared<spdlog::logger>("sipcode", std::make_shared<spdlog::sinks::null_sink_st>()));
+    discard_library_log();
+    if (!can_be_read_twice(options.file))
+        return fail(
+            fmt::format("{}: it can be read only once, and a ladder takes two readings", source_name(options.file)));
     try {
         std::vector<FlowCall> calls = chosen_calls(options);
         if (calls.empty())
-            return fail(fmt::format("{}: no such call", options.file));
+            return fail(fmt::format("{0}: no such call; 'sipcode calls --all {0}' lists what it holds", options.file));
         return options.html.empty() ? draw_ladder(options, std::move(calls)) : draw_pages(options, std::move(calls));
     } catch (const CaptureError &error) {
         return fail(fmt::format("{}: {}", options.file, error.what()));

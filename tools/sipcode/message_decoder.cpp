@@ -2,10 +2,12 @@
 #include "message_decoder.h"
 
 #include <string_view>
+#include <utility>
 
 #include <fmt/core.h>
 #include <spdlog/details/null_mutex.h>
 #include <spdlog/sinks/base_sink.h>
+#include <spdlog/sinks/null_sink.h>
 #include <spdlog/spdlog.h>
 
 #include "console.h"
@@ -24,7 +26,13 @@ void note_unread_text(std::string_view message, std::string_view place) {
                                 message.size()));
 }
 
+void set_log(spdlog::sink_ptr sink) {
+    spdlog::register_logger(std::make_shared<spdlog::logger>("sipcode", std::move(sink)));
+}
+
 } // namespace
+
+void discard_library_log() { set_log(std::make_shared<spdlog::sinks::null_sink_st>()); }
 
 class MessageDecoder::Log : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
   public:
@@ -42,9 +50,7 @@ class MessageDecoder::Log : public spdlog::sinks::base_sink<spdlog::details::nul
     std::string_view place_;
 };
 
-MessageDecoder::MessageDecoder() : log_(std::make_shared<Log>()) {
-    spdlog::register_logger(std::make_shared<spdlog::logger>("sipcode", log_));
-}
+MessageDecoder::MessageDecoder() : log_(std::make_shared<Log>()) { set_log(log_); }
 
 Decoded &MessageDecoder::decode(std::string_view message, std::string_view place) {
     note_unread_text(message, place);

@@ -15,6 +15,9 @@ struct Decoded {
     SIP_CODE_MSG record;
 };
 
+// For a command that shows in its own way what the library logs.
+void discard_library_log();
+
 // Replaces the log of the reference host, so a process makes only one, before the library first logs.
 class MessageDecoder {
   public:

@@ -41,8 +41,9 @@ class CaptureReading {
         std::string line = fmt::format("{} in {}{}", count_of(count_, "message"),
                                        packets_ == file_.packets() ? "" : fmt::format("{} of ", packets_),
                                        count_of(file_.packets(), "packet"));
-        if (count_ != 0)
-            line += ": " + summary();
+        const std::string summed_up = count_ == 0 ? "" : summary();
+        if (!summed_up.empty())
+            line += ": " + summed_up;
         for (const auto &[what, count] : messages_.not_read()) {
             if (count != 0)
                 line += fmt::format("; {}: {}", what, count);
@@ -104,7 +105,7 @@ std::string_view why_not(const Source &source, const std::string &file, const Ch
         return "not a capture, so --filter does not apply";
     if (!source.is_capture() && choice.needs_calls())
         return "not a capture, so calls are chosen by --call-id only";
-    if (file == "-" && choice.needs_calls())
+    if (choice.needs_calls() && !can_be_read_twice(file))
         return "it can be read only once, so calls are chosen by --call-id only";
     return "";
 }
@@ -117,13 +118,6 @@ std::string read_quietly(const std::string &file, const std::string &filter, con
     return CaptureReading(source, filter, [&take](const ReceivedMessage &message) { take(*message.origin); }).run();
 }
 
-CallIds call_ids_of(const std::vector<Call> &calls) {
-    CallIds ids;
-    for (const Call &call : calls)
-        ids.insert(call.call_id);
-    return ids;
-}
-
 } // namespace
 
 int read_messages(const std::string &file, const Choice &choice, const TakeMessage &take, const Summary &summary) {
@@ -134,8 +128,10 @@ int read_messages(const std::string &file, const Choice &choice, const TakeMessa
         return misuse;
     }
     CallIds chosen(choice.call_ids.begin(), choice.call_ids.end());
-    if (choice.needs_calls())
-        chosen = call_ids_of(list_calls(file, choice));
+    if (choice.needs_calls()) {
+        chosen.clear();
+        track_calls(file, choice, [&chosen](const Call &call) { chosen.insert(call.call_id); });
+    }
     const TakeMessage take_chosen = [&](const ReceivedMessage &message) {
         if (choice.is_every_call() || is_chosen(message.text, chosen))
             take(message);
@@ -152,11 +148,10 @@ void take_messages(const std::string &file, const std::string &filter, const Tak
         print_error(fmt::format("{}: {}", file, damage));
 }
 
-std::vector<Call> list_calls(const std::string &file, const Choice &choice) {
-    std::vector<Call> calls;
+void track_calls(const std::string &file, const Choice &choice, const CallTracker::Report &report) {
     CallTracker tracker([&](const Call &call) {
         if (choice.matches(call))
-            calls.push_back(call);
+            report(call);
     });
     read_quietly(file, choice.filter, [&tracker](const CapturedMessage &message) {
         MessageFacts facts;
@@ -164,5 +159,4 @@ std::vector<Call> list_calls(const std::string &file, const Choice &choice) {
             tracker.add(message, facts);
     });
     tracker.finish();
-    return calls;
 }

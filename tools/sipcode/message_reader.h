@@ -4,7 +4,6 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "capture_messages.h"
 #include "choice.h"
@@ -18,7 +17,7 @@ struct ReceivedMessage {
 
 using TakeMessage = std::function<void(const ReceivedMessage &message)>;
 
-// Summarises what became of the messages of a capture: "1 decoded, 2 refused".
+// Summarises what became of the messages of a capture: "1 decoded, 2 refused". An empty text is not shown.
 using Summary = std::function<std::string()>;
 
 // Gives each chosen message of a file to take. "-" is standard input. While a capture is read, progress is shown. A
@@ -35,5 +34,5 @@ using TakeCaptured = std::function<void(const CapturedMessage &message)>;
 // SourceError and CaptureError.
 void take_messages(const std::string &file, const std::string &filter, const TakeCaptured &take);
 
-// The chosen calls of a capture, before a second reading of it. Throws as above.
-std::vector<Call> list_calls(const std::string &file, const Choice &choice);
+// Reports the chosen calls of a capture, before a second reading of it. Throws as above.
+void track_calls(const std::string &file, const Choice &choice, const CallTracker::Report &report);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <iostream>
 #include <utility>
 
@@ -122,6 +123,11 @@ int Source::percent_read() const {
 }
 
 std::string read_source(const std::string &file) { return Source(file).read_all(); }
+
+bool can_be_read_twice(const std::string &file) {
+    std::error_code ignored; // a file that does not exist is reported when it is opened
+    return !is_standard_input(file) && !std::filesystem::is_fifo(file, ignored);
+}
 
 std::string source_name(const std::string &file) { return is_standard_input(file) ? "(standard input)" : file; }
 

@@ -58,6 +58,9 @@ class Source {
 // The file's bytes as they are.
 std::string read_source(const std::string &file);
 
+// Whether a second reading gives the same: standard input and pipes are used up by the first.
+bool can_be_read_twice(const std::string &file);
+
 // The name of the file in error messages.
 std::string source_name(const std::string &file);
 
