@@ -6,7 +6,7 @@
 #include <ctime>
 #include <iterator>
 
-#include <fmt/core.h>
+#include <fmt/compile.h>
 
 namespace {
 
@@ -42,8 +42,8 @@ std::string time_text(const PacketMark &mark) {
     std::tm utc{};
     if (gmtime_r(&seconds, &utc) == nullptr)
         return fmt::format("{}.{:06} s", mark.seconds, mark.microseconds);
-    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}.{:06}Z", utc.tm_year + 1900L, utc.tm_mon + 1, utc.tm_mday,
-                       utc.tm_hour, utc.tm_min, utc.tm_sec, mark.microseconds);
+    return fmt::format(FMT_COMPILE("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}.{:06}Z"), utc.tm_year + 1900L, utc.tm_mon + 1,
+                       utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, mark.microseconds);
 }
 
 CaptureFile::Filter::Filter(pcap_t *file, const std::string &expression) {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <utility>
 
-#include <fmt/core.h>
+#include <fmt/compile.h>
 
 #include "capture_file.h"
 #include "console.h"
@@ -53,7 +53,7 @@ class CaptureReading {
 
   private:
     void give(const CapturedMessage &message) {
-        const std::string place = fmt::format("{}: message {}", name_, ++count_);
+        const std::string place = fmt::format(FMT_COMPILE("{}: message {}"), name_, ++count_);
         take_({message.text, place, &message, 1});
     }
 
