@@ -30,6 +30,10 @@ std::string_view take_line(std::string_view &text) {
 class Lines {
   public:
     Lines(const SIP_CODE_MSG &record, sipcode::Scope scope) {
+        constexpr std::size_t usual_lines = 128;
+        constexpr std::size_t usual_size = 4096;
+        lines_.reserve(usual_lines);
+        text_.reserve(usual_size);
         sipcode::for_each_leaf(
             record, [this](const sipcode::Leaf<const std::byte> &leaf) { add(leaf); }, scope);
     }
@@ -48,6 +52,7 @@ class Lines {
         for (const Line &line : lines_)
             width = std::max(width, path_of(line).size());
         std::string text;
+        text.reserve(text_.size() + lines_.size() * (width + 5));
         for (const Line &line : lines_) {
             text.append("  ").append(path_of(line)).append(width - path_of(line).size() + 2, ' ');
             text.append(value_of(line)).append("\n");

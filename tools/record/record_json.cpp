@@ -51,7 +51,8 @@ void write_element(JsonWriter &out, const Member &member, const std::byte *eleme
         return;
     case Kind::record:
         out.StartObject();
-        if (scope == Scope::all || holds_something(member, element))
+        // Of an array only the last element is known to hold something.
+        if (scope == Scope::all || !member.is_array || holds_something(member, element))
             write_record(out, *member.record, element, scope);
         out.EndObject();
         return;
