@@ -9,7 +9,7 @@ packages_sipp=(sip-tester)
 packages_baresip=(baresip-core tshark)
 packages_browser=(chromium)
 packages_bench=(build-essential cmake ninja-build libbenchmark-dev valgrind)
-packages_peers=(pkg-config libosip2-dev libre-dev libsofia-sip-ua-dev gnuplot-nox python3)
+packages_peers=(pkg-config libosip2-dev libre-dev libsofia-sip-ua-dev gnuplot-nox python3 tshark)
 
 # Installs the named packages that are missing. Prints the command to type if it is not allowed to install them.
 need_packages() {
