@@ -61,7 +61,27 @@ char *put_decimal(char *to, long value) {
     return end;
 }
 
+bool stays_in(place where, bool ends_line, text value) {
+    const auto escapes = [where](char c) {
+        switch (where) {
+        case place::request_line:
+            return static_cast<unsigned char>(c) <= ' ';
+        case place::quoted:
+            return c == '\r' || c == '\n' || c == '"' || c == '\\';
+        case place::bracketed:
+            return c == '\r' || c == '\n' || c == '"' || c == '<' || c == '>';
+        default:
+            return c == '\r' || c == '\n';
+        }
+    };
+    return !(ends_line && value.ends_with(',')) && std::none_of(value.begin(), value.end(), escapes);
+}
+
 void writer::write_pieces(const char *format, const format_piece *pieces, const line_value *values, std::size_t count) {
+    for (std::size_t i = 0; how == mode::careful && i < count; ++i)
+        if (pieces[i].value == conversion::string &&
+            !stays_in(pieces[i].where, format[pieces[i + 1].begin] == '\r', values[i].string))
+            refuse(fault::broken_text);
     for (std::size_t i = 0; i < count; ++i) {
         append({format + pieces[i].begin, pieces[i].length});
         write_value(pieces[i].value, values[i]);

@@ -9,7 +9,7 @@
 // terminated.
 //
 // A line whose longest form fits is written with one check of the room and its members sixteen bytes at a time. This
-// halves the cost of a message. Any other line, and every line of an exact writer, is written piece by piece.
+// halves the cost of a message. Any other line, and every text of an exact writer, is written piece by piece.
 #pragma once
 
 #include <array>
@@ -108,6 +108,23 @@ consteval std::array<format_piece, Conversions + 1> cut_format(text format) {
 template <format_string Format>
 inline constexpr auto pieces_of = cut_format<count_conversions(Format.whole())>(Format.whole());
 
+template <format_string Format>
+inline constexpr bool holds_text = std::any_of(pieces_of<Format>.begin(), pieces_of<Format>.end(),
+                                               [](format_piece piece) { return piece.value == conversion::string; });
+
+// A text of the library's own, which needs no check.
+template <class Text>
+struct own_text {
+    const Text &value;
+};
+template <class Text>
+own_text(const Text &) -> own_text<Text>;
+
+template <class Value>
+inline constexpr bool is_own = false;
+template <class Text>
+inline constexpr bool is_own<own_text<Text>> = true;
+
 template <class Value>
 inline constexpr bool is_text = std::is_convertible_v<const Value &, text>;
 template <class Value>
@@ -118,7 +135,9 @@ inline constexpr bool is_number = std::is_same_v<Value, int> || std::is_same_v<V
 inline constexpr std::size_t longest_number = 20;
 template <conversion Conversion, class Value>
 constexpr std::size_t longest_form(const Value &value) {
-    if constexpr (Conversion == conversion::two_digits)
+    if constexpr (is_own<Value>)
+        return longest_form<Conversion>(value.value);
+    else if constexpr (Conversion == conversion::two_digits)
         return 2;
     else if constexpr (Conversion == conversion::hexadecimal)
         return 8;
@@ -138,8 +157,9 @@ template <std::size_t N>
 char *put(char *to, const char (&member)[N]) {
     static_assert(N % 8 == 0);
     for (std::size_t at = 0; at + 16 <= N; at += 16) {
+        const unsigned end = matches16(member + at, '\0'); // before the copy, so that one load serves both
         std::memcpy(to + at, member + at, 16);
-        if (const unsigned end = matches16(member + at, '\0'); end != 0)
+        if (end != 0)
             return to + at + std::countr_zero(end);
     }
     if constexpr (N % 16 != 0) {
@@ -185,7 +205,9 @@ inline char *put_hexadecimal(char *to, int value) {
 template <conversion Conversion, class Value>
 char *put_value(char *to, const Value &value) {
     static_assert(Conversion != conversion::none, "a conversion that this writer knows");
-    if constexpr (Conversion == conversion::string) {
+    if constexpr (is_own<Value>) {
+        return put_value<Conversion>(to, value.value);
+    } else if constexpr (Conversion == conversion::string) {
         static_assert(is_text<Value>, "%s takes a text");
         return put(to, value);
     } else if constexpr (Conversion == conversion::decimal) {
@@ -216,45 +238,41 @@ unsigned escapes16(const char *at) {
 }
 
 // Whether a text is safe in this place. The last text of a line must not end in a comma: a decoder would join the next
-// line to it.
+// line to it. Defined in writer.cpp.
+bool stays_in(place where, bool ends_line, text value);
+
+struct checked_put {
+    char *end;
+    bool safe;
+};
+
 template <place Where, bool EndsLine>
-[[gnu::noinline]] bool stays_in(text value) {
-    if (EndsLine && value.ends_with(','))
-        return false;
-    std::size_t at = 0;
-    for (; at + 16 <= value.size(); at += 16)
-        if (escapes16<Where>(value.data() + at) != 0)
-            return false;
-    char rest[16];
-    std::memset(rest, 'x', sizeof rest);
-    copy_bytes(rest, value.data() + at, value.size() % sizeof rest);
-    return escapes16<Where>(rest) == 0;
+checked_put put_checked(char *to, text value) {
+    return {put(to, value), stays_in(Where, EndsLine, value)};
 }
 
-// A member is checked in whole blocks, up to its terminator.
+// A member is checked in the pass that copies it. The last block may overlap the one before.
 template <place Where, bool EndsLine, std::size_t N>
-[[gnu::noinline]] bool stays_in(const char (&member)[N]) {
-    for (std::size_t at = 0; at + 16 <= N; at += 16) {
+[[gnu::noinline]] checked_put put_checked(char *to, const char (&member)[N]) {
+    static_assert(N % 8 == 0);
+    if constexpr (N < 16)
+        return put_checked<Where, EndsLine>(to, member_text(member));
+    unsigned found = 0;
+    const auto result = [&](char *end) {
+        return checked_put{end, found == 0 && !(EndsLine && end != to && end[-1] == ',')};
+    };
+    for (std::size_t at = 0;; at = std::min(at + 16, N - 16)) {
         const unsigned escapes = escapes16<Where>(member + at);
-        if (const unsigned terminators = matches16(member + at, '\0'); terminators != 0) {
-            const auto left = static_cast<std::size_t>(std::countr_zero(terminators));
-            const unsigned in_text = (1U << left) - 1;
-            return (escapes & in_text) == 0 && !(EndsLine && at + left != 0 && member[at + left - 1] == ',');
+        const unsigned terminators = matches16(member + at, '\0');
+        std::memcpy(to + at, member + at, 16);
+        if (terminators != 0) {
+            found |= escapes & ~terminators & (terminators - 1);
+            return result(to + at + std::countr_zero(terminators));
         }
-        if (escapes != 0)
-            return false;
+        found |= escapes;
+        if (at == N - 16)
+            return result(to + N);
     }
-    return stays_in<Where, EndsLine>(member_text(member)); // no terminator in whole blocks
-}
-
-// A value of a line, in its place.
-template <format_string Format, std::size_t Index, class Value>
-bool stays_in_line(const Value &value) {
-    static constexpr auto &pieces = pieces_of<Format>;
-    if constexpr (pieces[Index].value == conversion::string)
-        return stays_in<pieces[Index].where, Format.chars[pieces[Index + 1].begin] == '\r'>(value);
-    else
-        return true;
 }
 
 // -------------------------------------------------------------------------------------------------------------- writer
@@ -263,7 +281,9 @@ bool stays_in_line(const Value &value) {
 struct line_value {
     template <class Value>
     line_value(const Value &value) {
-        if constexpr (std::is_array_v<Value>)
+        if constexpr (is_own<Value>)
+            *this = line_value(value.value);
+        else if constexpr (std::is_array_v<Value>)
             string = member_text(value);
         else if constexpr (is_text<Value>)
             string = value;
@@ -284,7 +304,7 @@ class writer {
 
     // room counts the terminator and is at least 1.
     writer(char *buffer, std::size_t room, mode chosen = mode::quick)
-        : begin(buffer), cursor(buffer), last(buffer + room - 1), quick_end(chosen == mode::exact ? buffer : last),
+        : begin(buffer), cursor(buffer), last(buffer + room - 1), quick_end(chosen == mode::quick ? last : buffer),
           how(chosen) {
         *cursor = '\0';
     }
@@ -296,10 +316,9 @@ class writer {
     void line(const Values &...values) {
         static_assert(pieces_of<Format>.size() == sizeof...(Values) + 1,
                       "as many values as the format has conversions");
-        if (sizeof...(Values) != 0 && how == mode::careful) [[unlikely]]
-            judge_line<Format>(std::index_sequence_for<Values...>{}, values...);
-        if (!put_pieces<Format>(std::index_sequence_for<Values...>{}, values...)) [[unlikely]]
-            write_piece_by_piece<Format>(values...);
+        const char *const end = holds_text<Format> ? quick_end : last; // numbers are the same in every mode
+        if (!put_pieces<Format, mode::quick>(end, std::index_sequence_for<Values...>{}, values...)) [[unlikely]]
+            write_line_of_other_mode<Format>(values...);
     }
 
     void append(text t) {
@@ -319,23 +338,37 @@ class writer {
 
   private:
     // Returns false and writes nothing if the longest form of the line does not fit.
-    template <format_string Format, std::size_t... Index, class... Values>
-    bool put_pieces(std::index_sequence<Index...>, const Values &...values) {
+    template <format_string Format, mode Mode, std::size_t... Index, class... Values>
+    bool put_pieces(const char *end, std::index_sequence<Index...>, const Values &...values) {
         static constexpr auto &pieces = pieces_of<Format>;
         constexpr std::size_t literals = (pieces[sizeof...(Values)].length + ... + pieces[Index].length);
         const std::size_t longest = (literals + ... + longest_form<pieces[Index].value>(values));
-        if (quick_end - cursor < static_cast<std::ptrdiff_t>(longest)) [[unlikely]]
+        if (end - cursor < static_cast<std::ptrdiff_t>(longest)) [[unlikely]]
             return false;
         char *to = cursor;
         const auto put_literal = [&to](const format_piece &piece) {
             std::memcpy(to, Format.chars + piece.begin, piece.length);
             to += piece.length;
         };
-        (..., (put_literal(pieces[Index]), to = put_value<pieces[Index].value>(to, values)));
+        (..., (put_literal(pieces[Index]), to = put_next<Format, Mode, Index>(to, values)));
         put_literal(pieces[sizeof...(Values)]);
         *to = '\0';
         cursor = to;
         return true;
+    }
+
+    template <format_string Format, mode Mode, std::size_t Index, class Value>
+    char *put_next(char *to, const Value &value) {
+        static constexpr auto &pieces = pieces_of<Format>;
+        if constexpr (Mode == mode::careful && pieces[Index].value == conversion::string && !is_own<Value>) {
+            constexpr bool ends_line = Format.chars[pieces[Index + 1].begin] == '\r';
+            const auto [end, safe] = put_checked<pieces[Index].where, ends_line>(to, value);
+            if (!safe) [[unlikely]]
+                refuse(fault::broken_text);
+            return end;
+        } else {
+            return put_value<pieces[Index].value>(to, value);
+        }
     }
 
     // How much of a text fits.
@@ -347,10 +380,11 @@ class writer {
         return room;
     }
 
-    template <format_string Format, std::size_t... Index, class... Values>
-    [[gnu::noinline]] void judge_line(std::index_sequence<Index...>, const Values &...values) {
-        if (!(... && stays_in_line<Format, Index>(values))) [[unlikely]]
-            refuse(fault::broken_text);
+    template <format_string Format, class... Values>
+    [[gnu::noinline]] void write_line_of_other_mode(const Values &...values) {
+        if (how != mode::careful ||
+            !put_pieces<Format, mode::careful>(last, std::index_sequence_for<Values...>{}, values...)) [[unlikely]]
+            write_piece_by_piece<Format>(values...);
     }
 
     template <format_string Format, class... Values>
@@ -365,7 +399,7 @@ class writer {
     char *begin;
     char *cursor;
     char *last;      // place of the terminator in a full buffer
-    char *quick_end; // how far lines may be written in blocks; the beginning of the buffer for an exact writer
+    char *quick_end; // how far lines may be written in blocks unchecked; the beginning of the buffer in other modes
     mode how;
     fault found = fault::none;
 };

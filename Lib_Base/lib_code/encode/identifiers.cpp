@@ -88,8 +88,8 @@ void write_time(writer &out) {
     const std::time_t now = std::time(nullptr);
     const auto [day, second] = divide_down(now, 24 * 60 * 60);
     const calendar_date date = date_of(day);
-    out.line<"%s, %02d %s %d %02d:%02d:%02d GMT">(text(days[divide_down(day, 7).rest], 3), date.day,
-                                                  text(months[date.month], 3), date.year, second / 3600,
+    out.line<"%s, %02d %s %d %02d:%02d:%02d GMT">(own_text{text(days[divide_down(day, 7).rest], 3)}, date.day,
+                                                  own_text{text(months[date.month], 3)}, date.year, second / 3600,
                                                   second / 60 % 60, second % 60);
 }
 

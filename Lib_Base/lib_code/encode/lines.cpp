@@ -10,7 +10,8 @@ namespace sipcode {
 void strip_ims_prefix(char (&callid)[128]) {
     constexpr std::size_t prefix_length = 4;
     char prefix[prefix_length + 1]; // the member itself may be unterminated
-    store(prefix, at_most(member_text(callid), prefix_length));
+    std::memcpy(prefix, callid, prefix_length);
+    prefix[prefix_length] = '\0';
     if (Str_N_Cmp(prefix, "ims-", prefix_length) != 0)
         return;
     const text rest = drop(member_text(callid), prefix_length);
@@ -106,7 +107,7 @@ void write_preferred_identity(writer &out, const SIP_FROMTO &from, phone user_ph
 // ------------------------------------------------------------------------------------------------------ other lines
 
 void write_via(writer &out, const transport_token &transport, const SIP_VIA &via) {
-    out.line<"Via: SIP/2.0/%s %s:%d;branch=%s\r\n">(transport, via.addr.ip, via.addr.port, via.branch);
+    out.line<"Via: SIP/2.0/%s %s:%d;branch=%s\r\n">(own_text{transport}, via.addr.ip, via.addr.port, via.branch);
 }
 
 bool has_contact(const SIP_CONTACT &contact) {
@@ -114,13 +115,14 @@ bool has_contact(const SIP_CONTACT &contact) {
 }
 
 void write_contact(writer &out, const transport_token &transport, const SIP_CONTACT &contact) {
-    out.line<"Contact: <sip:%s@%s:%d;transport=%s>\r\n">(contact.user, contact.addr.ip, contact.addr.port, transport);
+    out.line<"Contact: <sip:%s@%s:%d;transport=%s>\r\n">(contact.user, contact.addr.ip, contact.addr.port,
+                                                         own_text{transport});
 }
 
 void write_call_id(writer &out, const SIP_CODE_MSG &record) { out.line<"Call-ID: %s\r\n">(record.callid); }
 
 void write_cseq(writer &out, const SIP_CODE_MSG &record) {
-    out.line<"CSeq: %d %s\r\n">(record.cseq.seq, method_text(record.cseq.method));
+    out.line<"CSeq: %d %s\r\n">(record.cseq.seq, own_text{method_text(record.cseq.method)});
 }
 
 void write_korvadex(writer &out, const SIP_CODE_MSG &record) { out.line<"Korvadex-Extern: %s\r\n">(record.korvadex); }
@@ -140,7 +142,7 @@ void write_session_expires(writer &out, const SIP_SESSION_EXPIRES &session_expir
 }
 
 void write_rack(writer &out, const SIP_CODE_MSG &record) {
-    out.line<"RAck: %d %d %s\r\n">(record.rack.rack, record.rack.cseq, method_text(record.rack.method));
+    out.line<"RAck: %d %d %s\r\n">(record.rack.rack, record.rack.cseq, own_text{method_text(record.rack.method)});
 }
 
 void write_rseq(writer &out, const SIP_CODE_MSG &record) { out.line<"RSeq: %d\r\n">(record.rseq.RSeq); }

@@ -8,7 +8,7 @@ namespace {
 bool is_one_of(int method, int a, int b) { return method == a || method == b; }
 
 void write_request_line(writer &out, const SIP_CODE_MSG &r) {
-    const text method = method_text(r.method);
+    const text method = method_text(r.method); // a status, which has blanks, is refused here
     const auto &[user, addr, dns] = r.uri;
     const bool phone_number = r.method == SIP_REQUEST_MSG_INVITE && r.user_phone == 1;
     if (dns.use == 1) {
@@ -35,7 +35,8 @@ void write_vias(writer &out, const transport_token &transport, const SIP_CODE_MS
     if (r.via_count == 2)
         write_via(out, transport, r.via1);
     if (via.rport == 1)
-        out.line<"Via: SIP/2.0/%s %s:%d;branch=%s;rport\r\n">(transport, via.addr.ip, via.addr.port, via.branch);
+        out.line<"Via: SIP/2.0/%s %s:%d;branch=%s;rport\r\n">(own_text{transport}, via.addr.ip, via.addr.port,
+                                                              via.branch);
     else
         write_via(out, transport, via);
 }

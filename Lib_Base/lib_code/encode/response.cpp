@@ -14,8 +14,8 @@ void write_vias(writer &out, const transport_token &transport, SIP_CODE_MSG &r) 
         write_via(out, transport, r.via1);
     }
     if (r.cseq.method == SIP_REQUEST_MSG_MESSAGE)
-        out.line<"Via: SIP/2.0/%s %s:%d;received=%s;rport=%d;branch=%s\r\n">(transport, via.addr.ip, via.addr.port,
-                                                                             via.addr.ip, via.addr.port, via.branch);
+        out.line<"Via: SIP/2.0/%s %s:%d;received=%s;rport=%d;branch=%s\r\n">(
+            own_text{transport}, via.addr.ip, via.addr.port, via.addr.ip, via.addr.port, via.branch);
     else
         write_via(out, transport, via);
 }
@@ -39,8 +39,8 @@ void write_session_timer(writer &out, const SIP_SESSION_EXPIRES &session_expires
 void write_contact_of_response(writer &out, const transport_token &transport, const SIP_CODE_MSG &r, bool with_expiry) {
     const SIP_CONTACT &contact = r.contact;
     if (with_expiry)
-        out.line<"Contact: <sip:%s@%s:%d;transport=%s>;expires=%d\r\n">(contact.user, contact.addr.ip,
-                                                                        contact.addr.port, transport, r.expire.expires);
+        out.line<"Contact: <sip:%s@%s:%d;transport=%s>;expires=%d\r\n">(
+            contact.user, contact.addr.ip, contact.addr.port, own_text{transport}, r.expire.expires);
     else
         write_contact(out, transport, contact);
 }
@@ -68,7 +68,7 @@ void write_response(writer &out, SIP_CODE_MSG &r) {
     const bool ok_to_register = is_ok_to(SIP_REQUEST_MSG_REGISTER);
     const bool ok_to_bye = is_ok_to(SIP_REQUEST_MSG_BYE);
 
-    out.line<"SIP/2.0 %s\r\n">(method_text(r.method));
+    out.line<"SIP/2.0 %s\r\n">(own_text{method_text(r.method)});
     if (r.record_route.use == 1)
         out.line<"Record-Route: %s\r\n">(r.record_route.content);
     write_vias(out, transport, r);
