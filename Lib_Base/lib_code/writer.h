@@ -115,7 +115,7 @@ inline constexpr bool holds_text = std::any_of(pieces_of<Format>.begin(), pieces
 // A text of the library's own, which needs no check.
 template <class Text>
 struct own_text {
-    const Text &value;
+    std::conditional_t<std::is_array_v<Text>, const Text &, Text> value;
 };
 template <class Text>
 own_text(const Text &) -> own_text<Text>;
