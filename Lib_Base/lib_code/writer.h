@@ -266,8 +266,9 @@ template <place Where, bool EndsLine, std::size_t N>
         const unsigned terminators = matches16(member + at, '\0');
         std::memcpy(to + at, member + at, 16);
         if (terminators != 0) {
-            found |= escapes & ~terminators & (terminators - 1);
-            return result(to + at + std::countr_zero(terminators));
+            const int length = std::countr_zero(terminators);
+            found |= escapes & ((1U << length) - 1);
+            return result(to + at + length);
         }
         found |= escapes;
         if (at == N - 16)
