@@ -15,7 +15,7 @@ std::size_t find_in_few(const char *begin, std::size_t size, char wanted) {
 std::size_t find_in_two_words(const char *begin, std::size_t size, char wanted) {
     const std::size_t second = size - 8;
     const unsigned mask = matches8(begin, wanted) | matches8(begin + second, wanted) << second;
-    return mask == 0 ? size : static_cast<std::size_t>(std::countr_zero(mask));
+    return mask == 0 ? size : first_bit(mask);
 }
 
 } // namespace
@@ -37,7 +37,7 @@ std::size_t find_blank(const char *begin, std::size_t size) {
     std::size_t at = 0;
     for (; at + 16 <= size; at += 16)
         if (const unsigned mask = matches_up_to16(begin + at, ' '); mask != 0)
-            return at + static_cast<std::size_t>(std::countr_zero(mask));
+            return at + first_bit(mask);
     const auto is_visible = [begin](std::size_t place) { return static_cast<unsigned char>(begin[place]) > ' '; };
     while (at < size && is_visible(at))
         ++at;
@@ -50,7 +50,7 @@ std::size_t find_byte(const char *begin, std::size_t size, char wanted) {
         return size < 8 ? find_in_few(begin, size, wanted) : find_in_two_words(begin, size, wanted);
     for (std::size_t at = 0;;) {
         if (const unsigned mask = matches16(begin + at, wanted); mask != 0)
-            return at + static_cast<std::size_t>(std::countr_zero(mask));
+            return at + first_bit(mask);
         if (at + step == size)
             return size;
         at = at + 2 * step <= size ? at + step : size - step; // the last sixteen overlap those before

@@ -23,6 +23,9 @@ inline constexpr bool is_little_endian = std::endian::native == std::endian::lit
 
 inline constexpr std::size_t block_size = 64;
 
+// Number of the lowest bit that is set. The mask must not be 0.
+inline std::size_t first_bit(std::uint64_t mask) { return static_cast<unsigned>(std::countr_zero(mask)); }
+
 // Return a mask: bit i is set if byte i of the sixteen (eight) at `at` is the wanted one.
 #if defined(SIPCODE_SSE2)
 inline unsigned matches16(const char *at, char wanted) {
@@ -39,13 +42,12 @@ inline unsigned matches_up_to16(const char *at, char largest) {
     const __m128i above = _mm_subs_epu8(bytes, _mm_set1_epi8(largest));
     return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(above, _mm_setzero_si128())));
 }
-// Bit i is set if byte i of the sixteen equals byte i of `wanted`, ignoring the case of letters. `wanted` is in lower
-// case and aligned to 16 bytes. nocase in text.h names the characters for which this holds.
-inline unsigned matches16_nocase(const char *at, const char *wanted) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
-    const __m128i lower_case = _mm_load_si128(reinterpret_cast<const __m128i *>(wanted));
-    const __m128i case_bits = _mm_srli_epi16(_mm_and_si128(lower_case, _mm_set1_epi8('@')), 1);
-    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_or_si128(bytes, case_bits), lower_case)));
+// Whether the sixteen bytes at `at` are the wanted ones once these bits are set in them. Both constants are aligned to
+// 16 bytes.
+inline bool equal16_with_bits(const char *at, const char *bits, const char *wanted) {
+    const __m128i bytes = _mm_or_si128(_mm_loadu_si128(reinterpret_cast<const __m128i *>(at)),
+                                       _mm_load_si128(reinterpret_cast<const __m128i *>(bits)));
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_load_si128(reinterpret_cast<const __m128i *>(wanted)))) == 0xFFFF;
 }
 #else
 inline unsigned matches_up_to16(const char *at, char largest) {
@@ -54,11 +56,11 @@ inline unsigned matches_up_to16(const char *at, char largest) {
         mask |= static_cast<unsigned>(static_cast<unsigned char>(at[i]) <= static_cast<unsigned char>(largest)) << i;
     return mask;
 }
-inline unsigned matches16_nocase(const char *at, const char *wanted) {
-    unsigned mask = 0;
+inline bool equal16_with_bits(const char *at, const char *bits, const char *wanted) {
     for (unsigned i = 0; i < 16; ++i)
-        mask |= static_cast<unsigned>((at[i] | (wanted[i] & '@') >> 1) == wanted[i]) << i;
-    return mask;
+        if ((at[i] | bits[i]) != wanted[i])
+            return false;
+    return true;
 }
 inline unsigned matches_plain(const char *at, unsigned count, char wanted) {
     unsigned mask = 0;
@@ -87,7 +89,7 @@ inline std::uint64_t matches_up_to(const char *at, char largest) {
 std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted);
 std::uint64_t matches_up_to_of_rest(const char *at, std::size_t size, char largest);
 
-// Calls visit with the place of every wanted byte, in order. Reads whole blocks as long as they are readable.
+// Calls visit with every wanted byte, in order. Reads whole blocks as long as they are readable.
 template <class Visit>
 void for_each_byte(const char *begin, std::size_t size, std::size_t readable, char wanted, Visit visit) {
     for (std::size_t at = 0; at < size; at += block_size) {
@@ -97,7 +99,7 @@ void for_each_byte(const char *begin, std::size_t size, std::size_t readable, ch
         if (left < block_size)
             mask &= (std::uint64_t{1} << left) - 1;
         for (; mask != 0; mask &= mask - 1)
-            visit(at + static_cast<std::size_t>(std::countr_zero(mask)));
+            visit(begin + at + first_bit(mask));
     }
 }
 

@@ -41,14 +41,22 @@ constexpr padded_text drop(padded_text t, std::size_t n) { return padded_text(dr
 
 // What follows the first token of a text without NUL.
 inline text Parse_Skip_Nonblanks(text t) { return drop(t, find_blank(t.data(), t.size())); }
+inline padded_text Parse_Skip_Nonblanks(padded_text t) {
+    for (std::size_t at = 0; at < t.size(); at += 16)
+        if (const unsigned mask = matches_up_to16(t.data() + at, ' '); mask != 0)
+            return drop(t, at + first_bit(mask));
+    return drop(t, t.size());
+}
 
-constexpr text skip_blanks(text t) {
+template <class Text>
+constexpr Text skip_blanks(Text t) {
     while (!t.empty() && is_blank(t.front()))
         t.remove_prefix(1);
     return t;
 }
 
-constexpr text Parse_Trim_Blanks(text t) {
+template <class Text>
+constexpr Text Parse_Trim_Blanks(Text t) {
     while (!t.empty() && is_blank(t.back()))
         t.remove_suffix(1);
     return t;
@@ -59,7 +67,7 @@ inline std::size_t find(text t, char wanted) { return find_byte(t.data(), t.size
 [[gnu::always_inline]] inline std::size_t find(padded_text t, char wanted) {
     for (std::size_t at = 0; at < t.size(); at += 16)
         if (const unsigned mask = matches16(t.data() + at, wanted); mask != 0)
-            return at + static_cast<std::size_t>(std::countr_zero(mask));
+            return at + first_bit(mask);
     return t.size();
 }
 
@@ -107,10 +115,10 @@ text member_text(const char (&member)[N]) {
     if constexpr (N <= 32 && N % 8 == 0) { // a call of strnlen costs twice as much
         for (std::size_t at = 0; at + 16 <= N; at += 16)
             if (const unsigned end = matches16(member + at, '\0'); end != 0)
-                return {member, at + static_cast<std::size_t>(std::countr_zero(end))};
+                return {member, at + first_bit(end)};
         if constexpr (N % 16 != 0)
             if (const unsigned end = matches8(member + N - 8, '\0'); end != 0)
-                return {member, N - 8 + static_cast<std::size_t>(std::countr_zero(end))};
+                return {member, N - 8 + first_bit(end)};
         return {member, N};
     }
     return {member, strnlen(member, N)};
@@ -134,27 +142,27 @@ class nocase {
     consteval nocase(const char *name) : length(text(name).size()) {
         if (length > longest || !has_letters_alone_from_at(name))
             not_such_a_constant();
-        for (std::size_t i = 0; i < length; ++i) {
-            lower_case[i] = lower(name[i]);
-            counted |= 1U << i;
+        for (std::size_t i = 0; i < longest; ++i) {
+            lower_case[i] = i < length ? lower(name[i]) : any;
+            case_bits[i] = i >= length ? any : lower_case[i] >= '@' ? 'a' - 'A' : '\0';
         }
     }
 
     constexpr std::size_t size() const { return length; }
-    constexpr text in_lower_case() const { return {lower_case, length}; }
+    constexpr operator text() const { return {lower_case, length}; } // in lower case
 
     // Whether the text at `begin` starts with this one. It must be readable for size() + 15 bytes.
     bool begins(const char *begin) const {
-        constexpr unsigned block = 0xFFFF;
-        if ((counted & block & ~matches16_nocase(begin, lower_case)) != 0)
-            return false;
-        return length <= 16 || (counted >> 16 & ~matches16_nocase(begin + 16, lower_case + 16)) == 0;
+        return equal16_with_bits(begin, case_bits, lower_case) &&
+               (length <= 16 || equal16_with_bits(begin + 16, case_bits + 16, lower_case + 16));
     }
 
   private:
+    static constexpr char any = '\xFF'; // after the constant: the bits that make every byte equal
+
     alignas(16) char lower_case[longest] = {};
+    alignas(16) char case_bits[longest] = {}; // what the two cases of a letter differ in
     std::size_t length;
-    unsigned counted = 0; // a bit for each character
 };
 
 inline bool equals_nocase(padded_text t, const nocase &name) {
@@ -261,7 +269,7 @@ inline number read_number(padded_text t) {
         constexpr std::uint64_t each_byte = 0x0101010101010101;
         std::uint64_t digits = load<std::uint64_t>(t.data()) ^ each_byte * '0'; // the values of digits
         const std::uint64_t others = (digits | (digits + each_byte * (0x80 - 10))) & each_byte * 0x80; // 10 or more
-        const std::size_t length = std::min(static_cast<std::size_t>(std::countr_zero(others)) / 8, t.size());
+        const std::size_t length = std::min(first_bit(others) / 8, t.size());
         if (length != 0 && length < 8) {
             digits <<= 64 - 8 * length;
             const std::uint64_t pairs = (digits * (10 << 8 | 1) >> 8) & 0x00FF00FF00FF00FF;

@@ -79,7 +79,7 @@ bool name_ends_at(padded_text header, std::size_t end, std::size_t scan_from, co
         return false;
     // "nonce=" that ends "cnonce=" is another parameter.
     const std::size_t begin = end - name.size();
-    return name.in_lower_case() != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
+    return text(name) != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
 }
 
 // Stores stale and returns the length of its value. Any other text, a quoted value included, sets nothing and returns
@@ -138,7 +138,7 @@ void scan_parameters(const bounded_store &store, padded_text value, std::size_t 
         // The last letter rules out most names.
         const char last_letter = begin - from < 2 ? '\0' : lower(value[begin - 2]);
         const auto ends_here = [&](const nocase &name) {
-            return name.in_lower_case()[name.size() - 2] == last_letter && name_ends_at(value, begin, from, name);
+            return text(name)[name.size() - 2] == last_letter && name_ends_at(value, begin, from, name);
         };
         const auto known = std::find_if(std::begin(names), std::end(names),
                                         [&](const text_parameter<Record> &entry) { return ends_here(entry.name); });

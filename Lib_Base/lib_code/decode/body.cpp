@@ -23,7 +23,7 @@ text Parse_Get_Body_By_Line(text line, text name) {
 // The first value of a body line with this name that is not empty; empty if there is none.
 text Parse_Get_Body(const message &msg, text name) {
     for (int i = 0; i < msg.body_lines(); ++i)
-        if (const text value = Parse_Get_Body_By_Line(msg.body_line(i), name); !value.empty())
+        if (const text value = Parse_Get_Body_By_Line(msg.body_line(static_cast<std::size_t>(i)), name); !value.empty())
             return value;
     return {};
 }

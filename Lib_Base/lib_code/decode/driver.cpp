@@ -165,7 +165,7 @@ int decode(SIP_MSG &split, std::size_t length, SIP_CODE_MSG &record, SIP_DECODE_
     message msg(split, record, report);
     if (SIP_Decode_Parse_Msg(msg, length) < 0)
         return refused;
-    split.method = SIP_Decode_Parse_Method(text(split.rlPart1));
+    split.method = SIP_Decode_Parse_Method(msg.first_token());
     return decode_record(msg, record);
 }
 

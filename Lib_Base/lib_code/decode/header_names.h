@@ -57,54 +57,54 @@ inline constexpr std::size_t header_count = static_cast<std::size_t>(header::com
 
 struct header_name {
     header id;
-    nocase name;
+    nocase name; // with its colon
 };
 
 inline constexpr header_name header_names[header_count] = {
-    {header::alert_info, "Alert-Info"},
-    {header::authentication_info, "Authentication-Info"},
-    {header::authorization, "Authorization"},
-    {header::call_id, "Call-ID"},
-    {header::call_info, "Call-Info"},
-    {header::contact, "Contact"},
-    {header::content_type, "Content-Type"},
-    {header::cseq, "CSeq"},
-    {header::date, "Date"},
-    {header::event, "Event"},
-    {header::expires, "Expires"},
-    {header::from, "From"},
-    {header::history_info, "History-Info"},
-    {header::korvadex, "Korvadex"},
-    {header::korvadex_extern, "Korvadex-Extern"},
-    {header::max_forwards, "Max-Forwards"},
-    {header::min_expires, "Min-Expires"},
-    {header::min_se, "Min-SE"},
-    {header::p_called_party_id, "P-Called-Party-ID"},
-    {header::proxy_authenticate, "Proxy-Authenticate"},
-    {header::proxy_authorization, "Proxy-Authorization"},
-    {header::rack, "RAck"},
-    {header::record_route, "Record-Route"},
-    {header::refer_to, "Refer-To"},
-    {header::referred_by, "Referred-By"},
-    {header::replaces, "Replaces"},
-    {header::require, "Require"},
-    {header::rseq, "RSeq"},
-    {header::service_route, "Service-Route"},
-    {header::session_expires, "Session-Expires"},
-    {header::subscription_state, "Subscription-State"},
-    {header::supported, "Supported"},
-    {header::to, "To"},
-    {header::user_agent, "User-Agent"},
-    {header::via, "Via"},
-    {header::www_authenticate, "WWW-Authenticate"},
-    {header::compact_call_id, "i"},
-    {header::compact_contact, "m"},
-    {header::compact_content_type, "c"},
-    {header::compact_from, "f"},
-    {header::compact_session_expires, "x"},
-    {header::compact_supported, "k"},
-    {header::compact_to, "t"},
-    {header::compact_via, "v"},
+    {header::alert_info, "Alert-Info:"},
+    {header::authentication_info, "Authentication-Info:"},
+    {header::authorization, "Authorization:"},
+    {header::call_id, "Call-ID:"},
+    {header::call_info, "Call-Info:"},
+    {header::contact, "Contact:"},
+    {header::content_type, "Content-Type:"},
+    {header::cseq, "CSeq:"},
+    {header::date, "Date:"},
+    {header::event, "Event:"},
+    {header::expires, "Expires:"},
+    {header::from, "From:"},
+    {header::history_info, "History-Info:"},
+    {header::korvadex, "Korvadex:"},
+    {header::korvadex_extern, "Korvadex-Extern:"},
+    {header::max_forwards, "Max-Forwards:"},
+    {header::min_expires, "Min-Expires:"},
+    {header::min_se, "Min-SE:"},
+    {header::p_called_party_id, "P-Called-Party-ID:"},
+    {header::proxy_authenticate, "Proxy-Authenticate:"},
+    {header::proxy_authorization, "Proxy-Authorization:"},
+    {header::rack, "RAck:"},
+    {header::record_route, "Record-Route:"},
+    {header::refer_to, "Refer-To:"},
+    {header::referred_by, "Referred-By:"},
+    {header::replaces, "Replaces:"},
+    {header::require, "Require:"},
+    {header::rseq, "RSeq:"},
+    {header::service_route, "Service-Route:"},
+    {header::session_expires, "Session-Expires:"},
+    {header::subscription_state, "Subscription-State:"},
+    {header::supported, "Supported:"},
+    {header::to, "To:"},
+    {header::user_agent, "User-Agent:"},
+    {header::via, "Via:"},
+    {header::www_authenticate, "WWW-Authenticate:"},
+    {header::compact_call_id, "i:"},
+    {header::compact_contact, "m:"},
+    {header::compact_content_type, "c:"},
+    {header::compact_from, "f:"},
+    {header::compact_session_expires, "x:"},
+    {header::compact_supported, "k:"},
+    {header::compact_to, "t:"},
+    {header::compact_via, "v:"},
 };
 static_assert([] {
     for (std::size_t i = 0; i < header_count; ++i)
@@ -127,9 +127,9 @@ constexpr std::uint32_t name_key(std::uint64_t first_two, char last, std::size_t
 inline constexpr key_slots header_slots([] {
     std::array<std::uint32_t, header_count> keys{};
     for (std::size_t i = 0; i < header_count; ++i) {
-        const text name = header_names[i].name.in_lower_case();
-        const char first_two[] = {name[0], name.size() == 1 ? ':' : name[1]};
-        keys[i] = name_key(word_of(first_two, 2), name.back(), name.size());
+        const text name = header_names[i].name;
+        const std::size_t length = name.size() - 1;
+        keys[i] = name_key(word_of(name.data(), 2), name[length - 1], length);
     }
     return keys;
 }());
@@ -154,20 +154,19 @@ class line_start {
 
     bool begins(const nocase &name) const { return name.begins(bytes); }
 
-    // Characters before the first colon; 0 if no colon follows within the length of a name.
-    std::size_t name_length() const {
+    // Number of the header that the line names, no_header if no decoder looks it up.
+    std::uint8_t header() const {
         unsigned colons = matches16(bytes, ':');
         if (colons == 0)
             colons = matches16(bytes + 16, ':') << 16;
-        return colons == 0 ? 0 : static_cast<std::size_t>(std::countr_zero(colons));
-    }
-
-    // Number of the header whose name has this length, no_header if no decoder looks it up.
-    std::uint8_t header_of(std::size_t name_length) const {
+        if (colons == 0)
+            return no_header;
+        const auto name_length = first_bit(colons);
+        if (name_length == 0)
+            return no_header;
         const std::uint8_t candidate =
             header_slots.candidate(name_key(load_word(bytes, 2), bytes[name_length - 1], name_length));
-        const nocase &name = header_names[candidate].name;
-        return name.size() == name_length && begins(name) ? candidate : no_header;
+        return begins(header_names[candidate].name) ? candidate : no_header;
     }
 
   private:

@@ -16,11 +16,44 @@ namespace sipcode {
 using line_set = std::uint64_t;
 
 // Takes the first line out of a set that is not empty.
-inline int take_first(line_set &lines) {
-    const int first = std::countr_zero(lines);
+inline std::size_t take_first(line_set &lines) {
+    const auto first = first_bit(lines);
     lines &= lines - 1;
     return first;
 }
+
+// Two characters as load_word reads them.
+constexpr std::uint64_t type_mark(char letter, char mark) {
+    const char both[] = {letter, mark};
+    return word_of(both, sizeof both);
+}
+
+// The body lines of each type that a session description is read from. The type is a letter, in either case, and "=".
+struct session_lines {
+    line_set connection = 0; // c=
+    line_set media = 0;      // m=
+    line_set attributes = 0; // a=
+    line_set codecs = 0;     // a= of which the value may begin with "rtpmap:"
+
+    // Of an empty line, its terminator and one byte more are read.
+    void add(const char *line, line_set this_line) {
+        switch (load_word(line, 2) | type_mark('a' - 'A', '\0')) {
+        case type_mark('a', '='):
+            attributes |= this_line;
+            if (line[2] == 'r' || is_blank(line[2]))
+                codecs |= this_line;
+            break;
+        case type_mark('m', '='):
+            media |= this_line;
+            break;
+        case type_mark('c', '='):
+            connection |= this_line;
+            break;
+        default:
+            break;
+        }
+    }
+};
 
 // A message that SIP_Decode_Parse_Msg split, or one that the host did.
 class message {
@@ -36,10 +69,10 @@ class message {
     message &operator=(const message &) = delete;
 
     int header_lines() const { return header_line_count; }
-    text header_line(int index) const { return {split_message.header[index], header_length[index]}; }
+    text header_line(std::size_t index) const { return {split_message.header[index], header_length[index]}; }
 
     int body_lines() const { return body_line_count; }
-    text body_line(int index) const { return {split_message.line[index], body_length[index]}; }
+    text body_line(std::size_t index) const { return {split_message.line[index], body_length[index]}; }
 
     // Value of the first header line with this name, after the colon and leading blanks; a null slice if there is none.
     // It is followed by a terminator.
@@ -68,6 +101,12 @@ class message {
         return full.empty() ? value(compact) : full;
     }
 
+    // Of a message that SIP_Decode_Parse_Msg split.
+    const session_lines &session() const { return session_line_sets; }
+
+    // The first token of the start line.
+    text first_token() const { return {split_message.rlPart1, static_cast<std::size_t>(header_line(0).end() - split_message.rlPart1)}; }
+
     // Lines that begin with these names. The name may go on, as in "Viable:".
     line_set via_lines() const { return vias; }
     line_set record_route_lines() const { return record_routes; }
@@ -84,11 +123,19 @@ class message {
     bounded_store store;
 
   private:
+    friend class splitter;
+    friend int Parse_StartLine_Parts(message &msg);
     friend int SIP_Decode_Parse_Msg(message &msg, std::size_t length);
 
     template <bool Padded>
-    void index_headers();
+    void index_header(std::size_t i, text line);
+    void set_first_value(std::uint8_t name, text line);
     void count_line(header name, line_set line);
+    void count_first_lines();
+
+    // The start line counts as a header line up to the end of its first token.
+    void end_start_line(const char *end);
+
 
     SIP_MSG &split_message;
     // Only the entries of counted lines are ever set: a decode does not pay for those that it does not use.
@@ -101,6 +148,7 @@ class message {
     std::uint8_t first_line[header_count] = {}; // 1 + the first line of a header, 0 if it has none
     line_set vias = 0;
     line_set record_routes = 0;
+    session_lines session_line_sets;
     int header_line_count = 0;
     int body_line_count = 0;
     std::size_t content_length = 0;

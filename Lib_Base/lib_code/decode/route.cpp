@@ -27,7 +27,7 @@ void Decode_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
 
 // The value of the last line, after its colon and exactly one blank.
 text second_route(const message &msg) {
-    const int last = max_lines - 1 - std::countl_zero(msg.record_route_lines());
+    const auto last = static_cast<std::size_t>(std::bit_width(msg.record_route_lines()) - 1);
     return drop(cut_at(msg.store.within(msg.header_line(last), longest_line), ':').after, 1);
 }
 

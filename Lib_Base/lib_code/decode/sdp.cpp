@@ -70,40 +70,6 @@ bool Parse_Sdp_Fonud(message &msg) {
     return true;
 }
 
-// The lines of each type that is read.
-struct session_lines {
-    line_set connection = 0; // c=
-    line_set media = 0;      // m=
-    line_set attributes = 0; // a=
-};
-
-// What a line begins with, its letter in lower case.
-constexpr std::uint16_t type_mark(char letter, char mark) {
-    return static_cast<std::uint16_t>(word_of(std::array{letter, mark}.data(), 2));
-}
-
-session_lines sort_lines(const message &msg) {
-    constexpr std::uint16_t letter_case = type_mark('a' - 'A', '\0');
-    session_lines sorted;
-    for (unsigned i = msg.split().sdp_start; i < msg.split().sdp_end; ++i) {
-        const line_set this_line = line_set{1} << i;
-        switch (load_word(msg.split().line[i], 2) | letter_case) { // of an empty line, its terminator and one byte more
-        case type_mark('a', '='):
-            sorted.attributes |= this_line;
-            break;
-        case type_mark('m', '='):
-            sorted.media |= this_line;
-            break;
-        case type_mark('c', '='):
-            sorted.connection |= this_line;
-            break;
-        default:
-            break;
-        }
-    }
-    return sorted;
-}
-
 // Takes lines out of the set up to the next one with a filled value. Returns the value without leading blanks, empty at
 // the end.
 inline padded_text Parse_Sdp_Iterate(line_set &lines, const message &msg) {
@@ -186,8 +152,8 @@ media_line read_media_line(padded_text value, const char (&media)[N], int &port_
 // State that lasts over all media lines of one description.
 class media_reader {
   public:
-    media_reader(SIP_SDP &target, const message &source, line_set attribute_lines, text connection)
-        : sdp(target), msg(source), attributes(attribute_lines), host(connection) {}
+    media_reader(SIP_SDP &target, const message &source, line_set codec_lines, text connection)
+        : sdp(target), msg(source), codecs(codec_lines), host(connection) {}
 
     // Returns false if the line ends the decoding of the whole description.
     bool read(padded_text value) {
@@ -259,7 +225,7 @@ class media_reader {
     // Dynamic codecs follow the static ones, whatever their place in the payload list and whichever section names them.
     void Parse_Sdp_Rtpmap(int index) {
         int entry = 0;
-        for_each_line(attributes, msg, [&](padded_text value) {
+        for_each_line(codecs, msg, [&](padded_text value) {
             scanner items(value);
             int payload = 0;
             if (!items.literal("rtpmap:") || !items.integer(payload))
@@ -281,7 +247,7 @@ class media_reader {
 
     SIP_SDP &sdp;
     const message &msg;
-    line_set attributes;
+    line_set codecs;
     text host;
     int audio_codecs = 0;
     int video_payloads = 0;
@@ -297,41 +263,34 @@ constexpr int no_direction = SIP_MEDIA_INACTIVE + 1;
 constexpr text direction_names[] = {"sendrecv", "sendonly", "recvonly", "inactive"};
 constexpr std::size_t direction_line_length = std::size("a=sendrecv\r\n") - 1;
 
-// What a text begins with, as a number; missing characters are 0.
-constexpr std::size_t beginning_length = 8;
-inline std::uint64_t beginning_of(text t) { return load_word(t.data(), at_most(t, beginning_length).size()); }
+// The first eight characters of a terminated and padded text, as a number. They include the terminator of a shorter
+// text, so it differs from every longer constant.
+inline std::uint64_t beginning_of(const char *padded) { return load_word(padded, 8); }
 constexpr std::uint64_t beginning_word(text constant) {
-    return word_of(constant.data(), at_most(constant, beginning_length).size());
+    return word_of(constant.data(), std::min<std::size_t>(constant.size(), 8));
 }
 
-// The direction that an attribute with this beginning gives.
-int direction_of(std::uint64_t beginning) {
-    switch (beginning) {
-    case beginning_word(direction_names[SIP_MEDIA_SENDRECV]):
-        return SIP_MEDIA_SENDRECV;
-    case beginning_word(direction_names[SIP_MEDIA_SENDONLY]):
-        return SIP_MEDIA_SENDONLY;
-    case beginning_word(direction_names[SIP_MEDIA_RECVONLY]):
-        return SIP_MEDIA_RECVONLY;
-    case beginning_word(direction_names[SIP_MEDIA_INACTIVE]):
-        return SIP_MEDIA_INACTIVE;
-    default:
-        return no_direction;
-    }
-}
+// A constant of fewer than eight characters, compared with the beginning of a text.
+struct short_beginning {
+    constexpr short_beginning(text constant)
+        : word(beginning_word(constant)), counted((std::uint64_t{1} << (8 * constant.size())) - 1) {}
+    constexpr bool matches(std::uint64_t beginning) const { return (beginning & counted) == word; }
+
+    std::uint64_t word;
+    std::uint64_t counted; // its bytes
+};
 
 // The part of a body after the first media line of a medium, up to the next media line.
 class media_section {
   public:
-    explicit constexpr media_section(text wanted_medium)
-        : medium(beginning_word(wanted_medium)), counted((std::uint64_t{1} << (8 * wanted_medium.size())) - 1) {}
+    explicit constexpr media_section(text wanted_medium) : medium(wanted_medium) {}
 
     // Sees a media line: the text after "m=".
     void see_media(text after, std::uint64_t beginning) {
         if (found) {
             if (after.data() - media_mark >= begin && end == nullptr)
                 end = after.data() - media_mark;
-        } else if ((beginning & counted) == medium) {
+        } else if (medium.matches(beginning)) {
             found = true;
             if (const parts line = cut_at(after, line_end); line.found)
                 begin = line.after.data();
@@ -351,8 +310,7 @@ class media_section {
   private:
     static constexpr std::ptrdiff_t media_mark = 2; // characters of "m="
 
-    std::uint64_t medium;
-    std::uint64_t counted; // its bytes
+    short_beginning medium;
     bool found = false;
     bool directed = false;
     const char *begin = nullptr;
@@ -361,42 +319,62 @@ class media_section {
 
 // What counts at any position in a body.
 struct body_marks {
-    text packet_time;         // after the first "a=ptime:", null if there is none
-    int media = no_direction; // the first in the order of precedence
+    const char *packet_time = nullptr; // after the first "a=ptime:"
+    int media = no_direction;          // the first in the order of precedence
     bool silence = false;
     media_section audio{"audio"};
     media_section video{"video"};
 
-    void see_attribute(text after, std::uint64_t beginning) {
+    // Sees an attribute: the text after "a=". Its first two letters rule out most of them.
+    void see_attribute(const char *after) {
         constexpr text packet_time_name = "ptime:";
-        constexpr std::uint64_t counted = (std::uint64_t{1} << (8 * packet_time_name.size())) - 1;
-        if (const int given = direction_of(beginning); given != no_direction) {
-            media = std::min(media, given);
-            audio.see_direction(after.data());
-        } else if ((beginning & counted) == beginning_word(packet_time_name)) {
-            if (packet_time.data() == nullptr)
-                packet_time = drop(after, packet_time_name.size());
-        } else if (starts_with(after, "SilcenceSupp")) { // spelling is part of the interface
-            silence = true;
+        constexpr text silence_name = "SilcenceSupp"; // spelling is part of the interface
+        const std::uint64_t beginning = beginning_of(after);
+        switch (static_cast<std::uint16_t>(beginning)) {
+        case type_mark('s', 'e'):
+            see_direction(SIP_MEDIA_SENDRECV, beginning, after);
+            see_direction(SIP_MEDIA_SENDONLY, beginning, after);
+            break;
+        case type_mark('r', 'e'):
+            see_direction(SIP_MEDIA_RECVONLY, beginning, after);
+            break;
+        case type_mark('i', 'n'):
+            see_direction(SIP_MEDIA_INACTIVE, beginning, after);
+            break;
+        case type_mark('p', 't'):
+            if (packet_time == nullptr && short_beginning(packet_time_name).matches(beginning))
+                packet_time = after + packet_time_name.size();
+            break;
+        case type_mark('S', 'i'):
+            silence |= beginning == beginning_word(silence_name) && text(after).starts_with(silence_name);
+            break;
+        default:
+            break;
         }
+    }
+
+  private:
+    void see_direction(int direction, std::uint64_t beginning, const char *after) {
+        if (beginning != beginning_word(direction_names[direction]))
+            return;
+        media = std::min(media, direction);
+        audio.see_direction(after);
     }
 };
 
 // Every mark is found by its "=", the rarest of its bytes. The letter before it says which mark it is.
 body_marks find_marks(text body, const message &msg) {
     body_marks marks;
-    const auto readable = static_cast<std::size_t>(std::end(msg.split().content) - body.data());
-    for_each_byte(body.data(), body.size(), readable, '=', [&marks, body](std::size_t place) {
-        const char letter = place == 0 ? '\0' : body[place - 1];
-        if (letter != 'a' && letter != 'm')
-            return;
-        const text after(body.data() + place + 1, body.size() - place - 1);
-        const std::uint64_t beginning = beginning_of(after);
-        if (letter == 'a') {
-            marks.see_attribute(after, beginning);
-        } else {
-            marks.audio.see_media(after, beginning);
-            marks.video.see_media(after, beginning);
+    const text after_first = drop(body, 1);
+    const auto readable = static_cast<std::size_t>(std::end(msg.split().content) - after_first.data());
+    for_each_byte(after_first.data(), after_first.size(), readable, '=', [&marks, body](const char *place) {
+        const char *const after = place + 1;
+        if (place[-1] == 'a') {
+            marks.see_attribute(after);
+        } else if (place[-1] == 'm') {
+            const text rest(after, static_cast<std::size_t>(body.end() - after));
+            marks.audio.see_media(rest, beginning_of(after));
+            marks.video.see_media(rest, beginning_of(after));
         }
     });
     return marks;
@@ -412,7 +390,7 @@ void read_packet_time(const message &msg, text value, int &milliseconds) {
 }
 
 void Parse_Sdp_Audio_Media(SIP_SDP *SDP, const message &msg, const body_marks &found) {
-    if (found.packet_time.data() != nullptr)
+    if (found.packet_time != nullptr)
         read_packet_time(msg, found.packet_time, SDP->a_ptime);
     SDP->a_media = found.media == no_direction ? SIP_MEDIA_SENDRECV : found.media;
 }
@@ -515,7 +493,7 @@ void read_fax_attribute(const message &msg, padded_text value, FAX_INFO &fax) {
 void Parse_Sdp(SIP_SDP *SDP, message &msg) {
     if (!Parse_Sdp_Fonud(msg))
         return;
-    const session_lines lines = sort_lines(msg);
+    const session_lines &lines = msg.session();
     line_set connection_lines = lines.connection;
     const padded_text connection = Parse_Sdp_Iterate(connection_lines, msg);
     if (connection.empty()) {
@@ -528,7 +506,7 @@ void Parse_Sdp(SIP_SDP *SDP, message &msg) {
         return;
     }
 
-    media_reader media(*SDP, msg, lines.attributes, host);
+    media_reader media(*SDP, msg, lines.codecs, host);
     if (!for_each_line(lines.media, msg, [&](padded_text value) { return media.read(value); }))
         return;
 

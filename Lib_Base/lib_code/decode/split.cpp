@@ -17,11 +17,6 @@ namespace {
 
 // ------------------------------------------------------------------------------------------------ cutting into lines
 
-struct received {
-    char *begin;
-    char *end;
-};
-
 // Finds the bytes from 0 to CR by one comparison. They include every line end and the terminator, and others of them
 // are rare. The whole block that holds the terminator must be readable.
 class line_end_finder {
@@ -35,13 +30,16 @@ class line_end_finder {
             block += block_size;
             mask = matches_up_to(block, '\r');
         }
-        return block + std::countr_zero(mask);
+        return block + first_bit(mask);
     }
 
     // Steps over the place that was found.
     void pass() { mask &= mask - 1; }
 
     bool is_end(const char *at) const { return at >= end; }
+
+    // The byte before the text is readable too.
+    bool follows_comma(const char *at) const { return at[-1] == ','; }
 
     bool is_cr_lf(const char *at) const {
         static constexpr char line_end[2] = {'\r', '\n'};
@@ -63,44 +61,14 @@ void log_overflow(section part) {
         SIPCODE_TRACE(1, "Too many SDP lines. Ignoring");
 }
 
-// Cuts one section into lines, in place: the end of a line's text becomes a terminator. The header section ends after
-// its first empty line. Returns the number of lines and moves begin to where the next section starts.
-template <section Part>
-int cut_lines(const received whole, line_end_finder &finder, char *&begin, char **const lines, unsigned *lengths) {
-    line_end_finder places = finder; // in registers while the section lasts
-    int count = 0;
-    for (char *line = begin;;) {
-        const auto [text_end, next] = find_line_end(whole.begin, line, places);
-        const bool is_empty = text_end == line;
-        lines[count] = line;
-        lengths[count] = static_cast<unsigned>(text_end - line);
-        line[text_end - line] = '\0';
-        if (next == nullptr) {
-            begin = whole.end;
-            finder = places;
-            return count + !is_empty;
-        }
-        line += next - line;
-        line[-1] = '\0'; // the finder then skips it, and a word is compared together with the byte after its terminator
-        if (Part == section::headers && is_empty) {
-            begin = line;
-            finder = places;
-            return count;
-        }
-        // Later lines replace each other in the last entry. If an empty line follows, the entry is lost.
-        if (count != max_lines - 1)
-            ++count;
-        else
-            log_overflow(Part);
-    }
-}
-
 // ------------------------------------------------------------------------------------------------ start line
 
 // Sets rlPart1 and rlPart2, terminated in place. Returns 0, or -1 if the line has neither form.
+} // namespace
+
 int Parse_StartLine_Parts(message &msg) {
     SIP_MSG &split = msg.split();
-    const auto [outcome, is_response, first, second] = cut_start_line(msg.header_line(0));
+    const auto [outcome, is_response, first, second] = cut_start_line(message::padded(msg.header_line(0)));
     const auto terminate = [&split](text part) {
         char *const begin = split.data + (part.data() - split.data);
         begin[part.size()] = '\0';
@@ -109,45 +77,41 @@ int Parse_StartLine_Parts(message &msg) {
     if (outcome == SIP_DECODE_NO_START_LINE)
         return msg.store.refuse(outcome, "", second.data());
     split.rlPart1 = terminate(first);
+    msg.end_start_line(first.end());
     split.rlPart2 = terminate(second);
     if (outcome == SIP_DECODE_BAD_URI) {
         SIPCODE_TRACE(0, "bogus uri in <> %s", split.rlPart2);
-        Parse_Brackets(message::padded(second)); // for its log line
+        Parse_Brackets(second); // for its log line
     } else if (outcome == SIP_DECODE_BAD_PROTOCOL) {
         SIPCODE_TRACE(0, "Bad request protocol %s", split.rlPart2);
     }
     return outcome == SIP_DECODE_DONE ? 0 : msg.store.refuse(outcome, "", second.data());
 }
 
-} // namespace
-
 // ---------------------------------------------------------------------------------------------------- split message
 
 template <bool Padded>
-void message::index_headers() {
+[[gnu::always_inline]] inline void message::index_header(std::size_t i, text line) {
     constexpr nocase via = "Via";
     constexpr nocase record_route = "Record-Route";
-    for (int i = 0; i < header_line_count; ++i) {
-        const text line = header_line(i);
-        const line_start start(line, Padded);
-        const std::size_t length = start.name_length();
-        const std::uint8_t name = length == 0 ? no_header : start.header_of(length);
-        if (name == no_header) { // may still count as Via or Record-Route, by how it begins
-            vias |= line_set{start.begins(via)} << i;
-            record_routes |= line_set{start.begins(record_route)} << i;
-        } else if (first_line[name] != 0) {
-            count_line(static_cast<header>(name), line_set{1} << i);
-        } else {
-            first_line[name] = static_cast<std::uint8_t>(i + 1);
-            const char *value = line.data() + length + 1;
-            while (is_blank(*value))
-                ++value;
-            first_value[name] = {value, static_cast<std::size_t>(line.end() - value)};
-        }
+    const line_start start(line, Padded);
+    const std::uint8_t name = start.header();
+    if (name == no_header) { // may still count as Via or Record-Route, by how it begins
+        vias |= line_set{start.begins(via)} << i;
+        record_routes |= line_set{start.begins(record_route)} << i;
+    } else if (first_line[name] == 0) {
+        first_line[name] = static_cast<std::uint8_t>(i + 1);
+        set_first_value(name, line);
+    } else {
+        count_line(static_cast<header>(name), line_set{1} << i);
     }
-    for (const header counted : {header::via, header::compact_via, header::record_route})
-        if (const int line = first_line[static_cast<std::size_t>(counted)]; line != 0)
-            count_line(counted, line_set{1} << (line - 1));
+}
+
+void message::set_first_value(std::uint8_t name, text line) {
+    const char *value = line.data() + header_names[name].name.size();
+    while (is_blank(*value))
+        ++value;
+    first_value[name] = {value, static_cast<std::size_t>(line.end() - value)};
 }
 
 void message::count_line(header name, line_set line) {
@@ -157,30 +121,106 @@ void message::count_line(header name, line_set line) {
         record_routes |= line;
 }
 
+void message::count_first_lines() {
+    for (const header counted : {header::via, header::compact_via, header::record_route})
+        if (const int line = first_line[static_cast<std::size_t>(counted)]; line != 0)
+            count_line(counted, line_set{1} << (line - 1));
+}
+
+void message::end_start_line(const char *end) {
+    const padded_text line(split_message.header[0], static_cast<std::size_t>(end - split_message.header[0]));
+    header_length[0] = static_cast<unsigned>(line.size());
+    if (!contains(line, ':'))
+        return;
+    if (const std::uint8_t name = line_start(line, true).header(); name != no_header)
+        set_first_value(name, line);
+}
+
+// Cuts a text into lines, in place: the end of a line's text becomes a terminator.
+class splitter {
+  public:
+    splitter(message &target, std::size_t length)
+        : msg(target), split(target.split()), rest(split.data), end(split.data + length), finder(split.data, end) {}
+
+    // The header section ends after its first empty line.
+    template <section Part>
+    int cut_lines() {
+        line_end_finder places = finder; // in registers while the section lasts
+        std::size_t count = 0;
+        for (char *line = rest;;) {
+            const auto [text_end, next] = find_line_end(split.data, places);
+            const auto length = static_cast<std::size_t>(text_end - line);
+            line[length] = '\0';
+            if (next == nullptr) {
+                if (length != 0)
+                    take_line<Part>(count++, line, length);
+                rest = end;
+                finder = places;
+                return static_cast<int>(count);
+            }
+            char *const next_line = line + (next - line);
+            next_line[-1] = '\0'; // a word is compared together with the byte after its terminator
+            if (Part == section::headers && length == 0) {
+                rest = next_line;
+                finder = places;
+                return static_cast<int>(count);
+            }
+            // The last entry is for a line that ends the text; no other one that late counts.
+            if (count != max_lines - 1)
+                take_line<Part>(count++, line, length);
+            else
+                log_overflow(Part);
+            line = next_line;
+        }
+    }
+
+    text uncut() const { return {rest, static_cast<std::size_t>(end - rest)}; }
+
+  private:
+    template <section Part>
+    void take_line(std::size_t i, char *line, std::size_t length) {
+        if constexpr (Part == section::headers) {
+            split.header[i] = line;
+            msg.header_length[i] = static_cast<unsigned>(length);
+            msg.index_header<true>(i, {line, length});
+        } else {
+            split.line[i] = line;
+            msg.body_length[i] = static_cast<unsigned>(length);
+            msg.session_line_sets.add(line, line_set{1} << i);
+        }
+    }
+
+    message &msg;
+    SIP_MSG &split;
+    char *rest;
+    char *end;
+    line_end_finder finder;
+};
+
 int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
     SIP_MSG &split = msg.split();
-    const received whole{split.data, split.data + length};
-    // Clears the rest of the last block and, if there is room, one block more: both are read past the text.
-    std::memset(whole.end, 0, std::min(2 * block_size - length % block_size, sizeof split.data - length));
-    // So are the members after the text: they pad the last line of the longest text.
-    static_assert(offsetof(SIP_MSG, flags) - offsetof(SIP_MSG, rlPart1) >= line_start::length);
+    // Up to two blocks are read past the text. If it is long, they are members that are set below.
+    static_assert(offsetof(SIP_MSG, data) + sizeof SIP_MSG::data + 2 * block_size <= sizeof(SIP_MSG));
+    std::memset(reinterpret_cast<char *>(&split) + offsetof(SIP_MSG, data) + length, 0, 2 * block_size);
     split.rlPart1 = split.rlPart2 = nullptr;
     split.len = split.headers = split.lines = split.method = 0;
-    line_end_finder finder(whole.begin, whole.end);
-    char *begin = whole.begin;
-    split.headers = msg.header_line_count =
-        cut_lines<section::headers>(whole, finder, begin, split.header, msg.header_length);
+    std::end(split.content)[-1] = '\0'; // no comma before the text
+    split.header[0] = split.data;       // even if it has no line
+    msg.header_length[0] = 0;
 
+    splitter sections(msg, length);
+    split.headers = msg.header_line_count = sections.cut_lines<section::headers>();
     // A copy of the whole body is kept before it is cut.
-    msg.store.body_begin = begin;
-    msg.content_length = static_cast<std::size_t>(whole.end - begin);
-    std::memcpy(split.content, begin, msg.content_length + 1);
-    split.lines = msg.body_line_count = cut_lines<section::body>(whole, finder, begin, split.line, msg.body_length);
+    const text body = sections.uncut();
+    msg.store.body_begin = body.data();
+    msg.content_length = body.size();
+    std::memcpy(split.content, body.data(), body.size() + 1);
+    if (!body.empty())
+        split.lines = msg.body_line_count = sections.cut_lines<section::body>();
 
     if (Parse_StartLine_Parts(msg) < 0)
         return -1;
-    msg.header_length[0] = static_cast<unsigned>(std::strlen(split.header[0]));
-    msg.index_headers<true>();
+    msg.count_first_lines();
     return 0;
 }
 
@@ -200,7 +240,9 @@ message::message(SIP_MSG &host_split)
     : split_message(host_split), header_line_count(measure_lines(host_split.header, host_split.headers, header_length)),
       body_line_count(measure_lines(host_split.line, host_split.lines, body_length)),
       content_length(strnlen(host_split.content, sizeof host_split.content)) {
-    index_headers<false>();
+    for (std::size_t i = 0; i < static_cast<std::size_t>(header_line_count); ++i)
+        index_header<false>(i, header_line(i));
+    count_first_lines();
 }
 
 void message::trim_body() {

@@ -19,39 +19,40 @@ text decodable(const char *data, std::size_t length) { return at_most({data, len
 // from line to line. Nothing past the text is read.
 class line_end_finder {
   public:
-    line_end_finder(text searched, const char *line, SIP_PLACES &kept) : whole(searched), places(kept) {
+    line_end_finder(text searched, const char *line, SIP_PLACES &kept) : whole(searched), places(&kept) {
         const auto at = static_cast<std::size_t>(line - whole.data());
-        if (at - places.block >= block_size || at == 0)
+        if (at - places->block >= block_size || at == 0)
             search(at);
-        mask = places.mask & ~std::uint64_t{0} << (at - places.block);
+        mask = places->mask & ~std::uint64_t{0} << (at - places->block);
     }
 
     const char *find() {
         while (mask == 0) {
-            if (whole.size() - places.block <= block_size)
+            if (whole.size() - places->block <= block_size)
                 return whole.data() + whole.size();
-            search(places.block + block_size);
-            mask = places.mask;
+            search(places->block + block_size);
+            mask = places->mask;
         }
-        return whole.data() + places.block + std::countr_zero(mask);
+        return whole.data() + places->block + first_bit(mask);
     }
     void pass() { mask &= mask - 1; }
 
     bool is_end(const char *at) const { return at == whole.data() + whole.size() || *at == '\0'; }
     bool is_cr_lf(const char *at) const {
-        return *at == '\r' && at + 1 != whole.data() + whole.size() && at[1] == '\n';
+        return whole.data() + whole.size() - at >= 2 && at[0] == '\r' && at[1] == '\n';
     }
+    bool follows_comma(const char *at) const { return at != whole.data() && at[-1] == ','; }
 
   private:
     void search(std::size_t block) {
         const text rest = drop(whole, block);
-        places.block = block;
-        places.mask = rest.size() >= block_size ? matches_up_to(rest.data(), '\r')
+        places->block = block;
+        places->mask = rest.size() >= block_size ? matches_up_to(rest.data(), '\r')
                                                 : matches_up_to_of_rest(rest.data(), rest.size(), '\r');
     }
 
     text whole;
-    SIP_PLACES &places;
+    SIP_PLACES *places;
     std::uint64_t mask;
 };
 
@@ -70,7 +71,7 @@ struct line {
 line find_line(text whole, std::size_t at, SIP_PLACES &kept) {
     const char *const begin = whole.data() + at;
     line_end_finder places(whole, begin, kept);
-    const auto [text_end, next] = find_line_end(whole.data(), begin, places);
+    const auto [text_end, next] = find_line_end(whole.data(), places);
     const text content(begin, static_cast<std::size_t>(text_end - begin));
     const bool is_ended = next != nullptr;
     return {content, is_ended ? static_cast<std::size_t>(next - whole.data()) : whole.size(), is_ended};
