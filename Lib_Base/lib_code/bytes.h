@@ -24,7 +24,10 @@ inline constexpr bool is_little_endian = std::endian::native == std::endian::lit
 inline constexpr std::size_t block_size = 64;
 
 // Number of the lowest bit that is set. The mask must not be 0.
-inline std::size_t first_bit(std::uint64_t mask) { return static_cast<unsigned>(std::countr_zero(mask)); }
+template <class Mask>
+inline std::size_t first_bit(Mask mask) {
+    return static_cast<std::size_t>(std::countr_zero(mask));
+}
 
 // Return a mask: bit i is set if byte i of the sixteen (eight) at `at` is the wanted one.
 #if defined(SIPCODE_SSE2)

@@ -71,6 +71,13 @@ inline std::size_t find(text t, char wanted) { return find_byte(t.data(), t.size
     return t.size();
 }
 
+inline std::size_t find_either(padded_text t, char one, char other) {
+    for (std::size_t at = 0; at < t.size(); at += 16)
+        if (const unsigned mask = matches16(t.data() + at, one) | matches16(t.data() + at, other); mask != 0)
+            return at + first_bit(mask);
+    return t.size();
+}
+
 // A text cut at the first occurrence of a mark. Without the mark, before is the whole text.
 template <class Text>
 struct basic_parts {

@@ -80,14 +80,14 @@ padded_text without_user_parameters(padded_text uri, char (&scratch)[longest_val
     return {scratch, length};
 }
 
-void read_tag(const message &msg, padded_text value, char (&tag)[128]) {
+[[gnu::always_inline]] inline void read_tag(const message &msg, padded_text value, char (&tag)[128]) {
     const auto found = cut_at(value, tag_name);
     if (found.found)
         msg.store.put(tag, cut_at(found.after, ';').before);
 }
 
 // Reads a URI. rest is its text after the scheme, up to the first ";".
-SIP_URI_KIND read_uri(const bounded_store &store, padded_text uri, padded_text rest, char (&user)[32],
+[[gnu::always_inline]] inline SIP_URI_KIND read_uri(const bounded_store &store, padded_text uri, padded_text rest, char (&user)[32],
                       IPV4_ADDRESS &addr) {
     const auto user_host = cut_at(rest, '@');
     constexpr nocase sip = "sip:";

@@ -20,20 +20,21 @@ padded_text after_quoted(padded_text t) {
 
 padded_text Parse_Brackets(padded_text value) {
     for (padded_text rest = value;;) {
-        const padded_parts open = cut_at(rest, '<');
-        if (!open.found)
+        const std::size_t at = find_either(rest, '<', '"');
+        if (at >= rest.size())
             return value;
-        const padded_parts quote = cut_at(open.before, '"');
-        if (!quote.found) {
-            const padded_parts closed = cut_at(open.after, '>');
+        const padded_text after(rest.data() + at + 1, rest.size() - at - 1);
+        if (rest[at] == '<') {
+            const padded_parts closed = cut_at(after, '>');
             if (closed.found)
                 return closed.before;
             SIPCODE_TRACE(1, "No closing bracket found in '%s'", terminated(value).c_str());
             return value;
         }
-        rest = after_quoted(padded_text(quote.after.data(), static_cast<std::size_t>(rest.end() - quote.after.data())));
+        rest = after_quoted(after);
         if (rest.data() == nullptr) {
-            SIPCODE_TRACE(1, "No closing quote found in '%s'", terminated(value).c_str());
+            if (contains(after, '<'))
+                SIPCODE_TRACE(1, "No closing quote found in '%s'", terminated(value).c_str());
             return value;
         }
     }

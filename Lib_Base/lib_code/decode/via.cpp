@@ -24,7 +24,7 @@ padded_text via_value(const message &msg) {
 
 padded_text value_of_via_line(padded_text line) { return drop(line, starts_nocase(line, "v:") ? 3 : 5); }
 
-void read_branch(const message &msg, padded_text parameters, SIP_VIA &via) {
+[[gnu::always_inline]] inline void read_branch(const message &msg, padded_text parameters, SIP_VIA &via) {
     const auto branch = cut_at(parameters, branch_name);
     if (branch.found)
         msg.store.put(via.branch, cut_at(branch.after, ';').before);
@@ -38,7 +38,7 @@ bool is_known_transport(padded_text word) {
 
 // Reads transport and sent-by, the text before the first ";". Without a port, addr.port becomes port_if_none. Stores
 // nothing if the transport is unknown and returns its word; returns a null text otherwise.
-text read_sent_by(const message &msg, padded_text head, SIP_VIA &via, int port_if_none) {
+[[gnu::always_inline]] inline text read_sent_by(const message &msg, padded_text head, SIP_VIA &via, int port_if_none) {
     const auto words = cut_at(head, ' ');
     if (!words.found)
         return {};
