@@ -26,14 +26,16 @@ class quoted_value {
   public:
     // Reads up to the second double quote of t, or to its end if there are fewer.
     explicit quoted_value(padded_text t) {
-        const auto before_quote = cut_at(t, '"');
-        const auto quoted = cut_at(before_quote.after, '"');
-        before = before_quote.before;
-        between = quoted.before;
-        if (!quoted.found)
+        const auto opened = cut_at(t, '"');
+        before = opened.before;
+        const std::size_t mark = find_either(opened.after, '"', ','); // nearly always the second quote
+        const bool is_comma = mark < opened.after.size() && opened.after[mark] == ',';
+        const std::size_t quote = is_comma ? mark + find(drop(opened.after, mark), '"') : mark;
+        between = at_most(opened.after, quote);
+        if (quote >= opened.after.size())
             return;
         const auto before_comma = cut_at(before, ',');
-        width = before_comma.before.size() + (before_comma.found ? 0 : cut_at(between, ',').before.size());
+        width = before_comma.before.size() + (before_comma.found ? 0 : mark);
     }
 
     // The text on both sides of the first quote, joined in scratch if both exist. Nearly always only the second does.
@@ -52,7 +54,7 @@ class quoted_value {
 
   private:
     padded_text before;
-    padded_text between;
+    text between;
     std::size_t width = 0;
 };
 
@@ -73,14 +75,34 @@ void store_algorithm(const bounded_store &store, char (&algorithm)[16], text lis
 // 0 if the text begins with the name.
 int Strncmp_Nocase(padded_text str1, const nocase &str2) { return starts_nocase(str1, str2) ? 0 : 1; }
 
-// Whether the name that ends before `end` is `name`, which includes its "=".
-bool name_ends_at(padded_text header, std::size_t end, std::size_t scan_from, const nocase &name) {
-    if (end - scan_from < name.size() || Strncmp_Nocase(drop(header, end - name.size()), name) != 0)
-        return false;
-    // "nonce=" that ends "cnonce=" is another parameter.
-    const std::size_t begin = end - name.size();
-    return text(name) != "nonce=" || begin == 0 || lower(header[begin - 1]) != 'c';
-}
+// A parameter name with its "=", the only one in it. Some end like a longer name, which a letter before them gives away.
+class parameter_name {
+  public:
+    static constexpr std::size_t shortest = 4;
+
+    consteval parameter_name(const char *characters, char letter_of_other = '\0')
+        : name(characters), ending(ending_of(text(name).end())), other(letter_of_other) {}
+
+    // Whether it ends before `end`, and not before `from`. There are at least as many characters as the shortest name
+    // has.
+    bool ends_at(const char *end, const char *from, const char *header) const {
+        if (ending_of(end) != ending || end - from < static_cast<std::ptrdiff_t>(name.size()))
+            return false;
+        const char *const begin = end - name.size();
+        return name.begins(begin) && (begin == header || lower(begin[-1]) != other);
+    }
+
+  private:
+    // The last two letters differ in the names of a header.
+    static constexpr std::uint64_t ending_of(const char *end) {
+        constexpr std::uint64_t case_bits = 0x2020;
+        return (std::is_constant_evaluated() ? word_of(end - 3, 2) : load_word(end - 3, 2)) | case_bits;
+    }
+
+    nocase name;
+    std::uint64_t ending;
+    char other;
+};
 
 // Stores stale and returns the length of its value. Any other text, a quoted value included, sets nothing and returns
 // 0.
@@ -96,7 +118,7 @@ std::size_t read_stale(padded_text value, int &stale) {
 
 template <class Record>
 struct text_parameter {
-    nocase name;
+    parameter_name name;
     void (*store_value)(const bounded_store &store, Record &record, text value);
 };
 
@@ -104,7 +126,7 @@ constexpr text_parameter<SIP_AUTHOR> credential_parameters[] = {
     {"username=",
      [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.username, value); }},
     {"realm=", [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.realm, value); }},
-    {"nonce=", [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.nonce, value); }},
+    {{"nonce=", 'c'}, [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.nonce, value); }},
     {"uri=", [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.uri, value); }},
     {"response=",
      [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.response, value); }},
@@ -114,7 +136,7 @@ constexpr text_parameter<SIP_AUTHOR> credential_parameters[] = {
 
 constexpr text_parameter<SIP_AUTHEN> challenge_parameters[] = {
     {"realm=", [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.realm, value); }},
-    {"nonce=", [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.nonce, value); }},
+    {{"nonce=", 'c'}, [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.nonce, value); }},
     {"algorithm=", [](const bounded_store &store, SIP_AUTHEN &authen,
                       text value) { store_algorithm(store, authen.algorithm, value); }},
     {"qop=", [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.qop, value); }},
@@ -124,21 +146,22 @@ constexpr text_parameter<NEXT_NONCE> info_parameters[] = {
     {"nextnonce=", [](const bounded_store &store, NEXT_NONCE &next, text value) { store.put(next.nonce, value); }},
 };
 
-// Finds the parameters of a header value from `from` on. The only "=" of a name is its last character, so only texts
-// that end in one are compared. If stale is null, "stale=" is unknown.
+// Finds the parameters of a header value from `from` on. If stale is null, "stale=" is unknown.
 template <class Record, std::size_t N>
 void scan_parameters(const bounded_store &store, padded_text value, std::size_t from,
                      const text_parameter<Record> (&names)[N], Record &record,
                      int *stale) { // NOLINT(readability-non-const-parameter): read_stale sets it
+    constexpr parameter_name stale_name = "stale=";
     for (;;) {
-        const auto name_value = cut_at(drop(value, from), '=');
+        const padded_text rest = drop(value, from);
+        const auto name_value = cut_at(rest, '=');
         if (!name_value.found)
             return;
-        const std::size_t begin = value.size() - name_value.after.size();
-        // The last letter rules out most names.
-        const char last_letter = begin - from < 2 ? '\0' : lower(value[begin - 2]);
-        const auto ends_here = [&](const nocase &name) {
-            return text(name)[name.size() - 2] == last_letter && name_ends_at(value, begin, from, name);
+        from = value.size() - name_value.after.size();
+        if (name_value.before.size() + 1 < parameter_name::shortest)
+            continue;
+        const auto ends_here = [&](const parameter_name &name) {
+            return name.ends_at(name_value.after.data(), rest.data(), value.data());
         };
         const auto known = std::find_if(std::begin(names), std::end(names),
                                         [&](const text_parameter<Record> &entry) { return ends_here(entry.name); });
@@ -146,11 +169,9 @@ void scan_parameters(const bounded_store &store, padded_text value, std::size_t 
             char scratch[longest_credentials + 1];
             const quoted_value found(name_value.after);
             known->store_value(store, record, found.value(scratch));
-            from = begin + found.skip() + 1;
-        } else if (stale != nullptr && ends_here("stale=")) {
-            from = begin + read_stale(name_value.after, *stale);
-        } else {
-            from = begin;
+            from += found.skip() + 1;
+        } else if (stale != nullptr && ends_here(stale_name)) {
+            from += read_stale(name_value.after, *stale);
         }
     }
 }
