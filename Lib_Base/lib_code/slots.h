@@ -9,7 +9,8 @@ namespace sipcode {
 
 class key_slots {
   public:
-    // The compiler looks for a factor by which no two keys share a slot. Unused slots name the first key.
+    // The compiler looks for a factor by which no two different keys share a slot. Equal keys share that of their first.
+    // Unused slots name the first key of all.
     template <std::size_t N>
     consteval explicit key_slots(const std::array<std::uint32_t, N> &keys) {
         while (!place(keys))
@@ -29,10 +30,11 @@ class key_slots {
         bool taken[count] = {};
         for (std::size_t i = 0; i < N; ++i) {
             const std::size_t slot = slot_of(keys[i]);
-            if (taken[slot])
+            if (taken[slot] && keys[number_of[slot]] != keys[i])
                 return false;
+            if (!taken[slot])
+                number_of[slot] = static_cast<std::uint8_t>(i);
             taken[slot] = true;
-            number_of[slot] = static_cast<std::uint8_t>(i);
         }
         return true;
     }

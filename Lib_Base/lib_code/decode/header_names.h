@@ -58,9 +58,20 @@ inline constexpr std::size_t header_count = static_cast<std::size_t>(header::com
 struct header_name {
     header id;
     nocase name; // with its colon
+    bool next_begins_alike = false;
 };
 
-inline constexpr header_name header_names[header_count] = {
+// The first two characters of a line, in lower case. Other characters may have the same key; the comparison that follows
+// tells them apart.
+constexpr std::uint32_t beginning_key(std::uint64_t first_two) {
+    constexpr std::uint32_t case_bits = 0x20202020;
+    return static_cast<std::uint32_t>(first_two) | case_bits;
+}
+constexpr std::uint32_t beginning_key(const nocase &name) { return beginning_key(word_of(text(name).data(), 2)); }
+
+// Names that begin alike follow each other.
+inline constexpr auto header_names = [] {
+    std::array<header_name, header_count> names{{
     {header::alert_info, "Alert-Info:"},
     {header::authentication_info, "Authentication-Info:"},
     {header::authorization, "Authorization:"},
@@ -105,7 +116,11 @@ inline constexpr header_name header_names[header_count] = {
     {header::compact_supported, "k:"},
     {header::compact_to, "t:"},
     {header::compact_via, "v:"},
-};
+    }};
+    for (std::size_t i = 0; i + 1 < header_count; ++i)
+        names[i].next_begins_alike = beginning_key(names[i].name) == beginning_key(names[i + 1].name);
+    return names;
+}();
 static_assert([] {
     for (std::size_t i = 0; i < header_count; ++i)
         if (header_names[i].id != static_cast<header>(i))
@@ -113,24 +128,10 @@ static_assert([] {
     return true;
 }());
 
-inline constexpr std::uint8_t no_header = 0xFF;
-
-// Key of a name: its length and, in lower case, its first two characters and its last. The colon stands for a missing
-// second character. Other names may have the same key; the comparison that follows tells them apart.
-constexpr std::uint32_t name_key(std::uint64_t first_two, char last, std::size_t length) {
-    constexpr std::uint32_t case_bits = 0x202020;
-    const auto last_byte = static_cast<std::uint32_t>(static_cast<unsigned char>(last));
-    return static_cast<std::uint32_t>(first_two) | last_byte << 16 | case_bits |
-           static_cast<std::uint32_t>(length) << 24;
-}
-
 inline constexpr key_slots header_slots([] {
     std::array<std::uint32_t, header_count> keys{};
-    for (std::size_t i = 0; i < header_count; ++i) {
-        const text name = header_names[i].name;
-        const std::size_t length = name.size() - 1;
-        keys[i] = name_key(word_of(name.data(), 2), name[length - 1], length);
-    }
+    for (std::size_t i = 0; i < header_count; ++i)
+        keys[i] = beginning_key(header_names[i].name);
     return keys;
 }());
 
@@ -154,19 +155,13 @@ class line_start {
 
     bool begins(const nocase &name) const { return name.begins(bytes); }
 
-    // Number of the header that the line names, no_header if no decoder looks it up.
-    std::uint8_t header() const {
-        unsigned colons = matches16(bytes, ':');
-        if (colons == 0)
-            colons = matches16(bytes + 16, ':') << 16;
-        if (colons == 0)
-            return no_header;
-        const auto name_length = first_bit(colons);
-        if (name_length == 0)
-            return no_header;
-        const std::uint8_t candidate =
-            header_slots.candidate(name_key(load_word(bytes, 2), bytes[name_length - 1], name_length));
-        return begins(header_names[candidate].name) ? candidate : no_header;
+    // The header that the line names, null if no decoder looks it up.
+    const header_name *header() const {
+        const header_name *known = &header_names[header_slots.candidate(beginning_key(load_word(bytes, 2)))];
+        for (; !begins(known->name); ++known)
+            if (!known->next_begins_alike)
+                return nullptr;
+        return known;
     }
 
   private:

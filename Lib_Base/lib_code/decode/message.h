@@ -129,7 +129,7 @@ class message {
 
     template <bool Padded>
     void index_header(std::size_t i, text line);
-    void set_first_value(std::uint8_t name, text line);
+    void set_first_value(const header_name &known, text line);
     void count_line(header name, line_set line);
     void count_first_lines();
 

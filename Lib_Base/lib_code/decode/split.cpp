@@ -95,23 +95,23 @@ template <bool Padded>
     constexpr nocase via = "Via";
     constexpr nocase record_route = "Record-Route";
     const line_start start(line, Padded);
-    const std::uint8_t name = start.header();
-    if (name == no_header) { // may still count as Via or Record-Route, by how it begins
+    const header_name *const known = start.header();
+    if (known == nullptr) { // may still count as Via or Record-Route, by how it begins
         vias |= line_set{start.begins(via)} << i;
         record_routes |= line_set{start.begins(record_route)} << i;
-    } else if (first_line[name] == 0) {
-        first_line[name] = static_cast<std::uint8_t>(i + 1);
-        set_first_value(name, line);
+    } else if (std::uint8_t &first = first_line[static_cast<std::size_t>(known->id)]; first == 0) {
+        first = static_cast<std::uint8_t>(i + 1);
+        set_first_value(*known, line);
     } else {
-        count_line(static_cast<header>(name), line_set{1} << i);
+        count_line(known->id, line_set{1} << i);
     }
 }
 
-void message::set_first_value(std::uint8_t name, text line) {
-    const char *value = line.data() + header_names[name].name.size();
+inline void message::set_first_value(const header_name &known, text line) {
+    const char *value = line.data() + known.name.size();
     while (is_blank(*value))
         ++value;
-    first_value[name] = {value, static_cast<std::size_t>(line.end() - value)};
+    first_value[static_cast<std::size_t>(known.id)] = {value, static_cast<std::size_t>(line.end() - value)};
 }
 
 void message::count_line(header name, line_set line) {
@@ -132,8 +132,8 @@ void message::end_start_line(const char *end) {
     header_length[0] = static_cast<unsigned>(line.size());
     if (!contains(line, ':'))
         return;
-    if (const std::uint8_t name = line_start(line, true).header(); name != no_header)
-        set_first_value(name, line);
+    if (const header_name *const known = line_start(line, true).header(); known != nullptr)
+        set_first_value(*known, line);
 }
 
 // Cuts a text into lines, in place: the end of a line's text becomes a terminator.
