@@ -50,7 +50,8 @@ inline unsigned matches_up_to16(const char *at, char largest) {
 inline bool equal16_with_bits(const char *at, const char *bits, const char *wanted) {
     const __m128i bytes = _mm_or_si128(_mm_loadu_si128(reinterpret_cast<const __m128i *>(at)),
                                        _mm_load_si128(reinterpret_cast<const __m128i *>(bits)));
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_load_si128(reinterpret_cast<const __m128i *>(wanted)))) == 0xFFFF;
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_load_si128(reinterpret_cast<const __m128i *>(wanted)))) ==
+           0xFFFF;
 }
 #else
 inline unsigned matches_up_to16(const char *at, char largest) {
@@ -92,17 +93,15 @@ inline std::uint64_t matches_up_to(const char *at, char largest) {
 std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted);
 std::uint64_t matches_up_to_of_rest(const char *at, std::size_t size, char largest);
 
-// Calls visit with every wanted byte, in order. Reads whole blocks as long as they are readable.
+// Calls visit with every wanted byte, in order. The whole of the last block must be readable.
 template <class Visit>
-void for_each_byte(const char *begin, std::size_t size, std::size_t readable, char wanted, Visit visit) {
-    for (std::size_t at = 0; at < size; at += block_size) {
-        const std::size_t left = size - at;
-        std::uint64_t mask =
-            readable - at >= block_size ? matches(begin + at, wanted) : matches_of_rest(begin + at, left, wanted);
-        if (left < block_size)
-            mask &= (std::uint64_t{1} << left) - 1;
+void for_each_byte(const char *begin, const char *end, char wanted, Visit visit) {
+    for (; begin < end; begin += block_size) {
+        std::uint64_t mask = matches(begin, wanted);
+        if (end - begin < static_cast<std::ptrdiff_t>(block_size))
+            mask &= (std::uint64_t{1} << (end - begin)) - 1;
         for (; mask != 0; mask &= mask - 1)
-            visit(begin + at + first_bit(mask));
+            visit(begin + first_bit(mask));
     }
 }
 

@@ -20,7 +20,9 @@ constexpr bool is_digit(char c) { return static_cast<unsigned char>(c - '0') < 1
 constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 // What the C library's number readers skip. Fewer characters than is_blank.
-constexpr bool is_white_space(char c) { return c == ' ' || static_cast<unsigned char>(c - '\t') < 5; }
+constexpr bool is_white_space(char c) {
+    return static_cast<unsigned char>(c) <= ' ' && (c == ' ' || static_cast<unsigned char>(c - '\t') < 5);
+}
 
 constexpr text at_most(text t, std::size_t n) { return {t.data(), t.size() < n ? t.size() : n}; }
 

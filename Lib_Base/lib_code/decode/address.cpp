@@ -87,8 +87,8 @@ padded_text without_user_parameters(padded_text uri, char (&scratch)[longest_val
 }
 
 // Reads a URI. rest is its text after the scheme, up to the first ";".
-[[gnu::always_inline]] inline SIP_URI_KIND read_uri(const bounded_store &store, padded_text uri, padded_text rest, char (&user)[32],
-                      IPV4_ADDRESS &addr) {
+[[gnu::always_inline]] inline SIP_URI_KIND read_uri(const bounded_store &store, padded_text uri, padded_text rest,
+                                                    char (&user)[32], IPV4_ADDRESS &addr) {
     const auto user_host = cut_at(rest, '@');
     constexpr nocase sip = "sip:";
     constexpr nocase tel = "tel:";

@@ -126,7 +126,8 @@ constexpr text_parameter<SIP_AUTHOR> credential_parameters[] = {
     {"username=",
      [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.username, value); }},
     {"realm=", [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.realm, value); }},
-    {{"nonce=", 'c'}, [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.nonce, value); }},
+    {{"nonce=", 'c'},
+     [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.nonce, value); }},
     {"uri=", [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.uri, value); }},
     {"response=",
      [](const bounded_store &store, SIP_AUTHOR &author, text value) { store.put(author.response, value); }},
@@ -136,7 +137,8 @@ constexpr text_parameter<SIP_AUTHOR> credential_parameters[] = {
 
 constexpr text_parameter<SIP_AUTHEN> challenge_parameters[] = {
     {"realm=", [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.realm, value); }},
-    {{"nonce=", 'c'}, [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.nonce, value); }},
+    {{"nonce=", 'c'},
+     [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.nonce, value); }},
     {"algorithm=", [](const bounded_store &store, SIP_AUTHEN &authen,
                       text value) { store_algorithm(store, authen.algorithm, value); }},
     {"qop=", [](const bounded_store &store, SIP_AUTHEN &authen, text value) { store.put(authen.qop, value); }},

@@ -13,20 +13,18 @@ struct line_bounds {
     const char *next; // where the next line begins; null if the text ends first
 };
 
+template <class Finder>
+struct line_end {
+    line_bounds line;
+    Finder places; // those after it
+};
+
 // Finds the end of a line in the text at `begin`. The finder gives, from the line on, the places of all bytes that may
 // end it, and knows the end of the text.
 //
 //   CR LF   ends the line, unless a comma precedes it: then the line continues on the next one
 //   LF      ends the line, unless the second byte before it is a comma, as it would be before CR LF
 //   CR      ends the text of the line but not the line; after a comma it ends nothing
-
-template <class Finder>
-struct line_end {
-    line_bounds line;
-    Finder places; // the rest
-};
-
-// Any line end.
 template <class Finder>
 [[gnu::noinline]] line_end<Finder> find_any_line_end(const char *begin, Finder places) {
     const char *cut = nullptr; // the CR without LF that ended the text of this line
@@ -53,6 +51,7 @@ template <class Finder>
     }
 }
 
+// The same, in a few instructions where CR LF ends the line.
 template <class Finder>
 [[gnu::always_inline]] inline line_bounds find_line_end(const char *begin, Finder &places) {
     const char *const at = places.find();

@@ -105,7 +105,9 @@ class message {
     const session_lines &session() const { return session_line_sets; }
 
     // The first token of the start line.
-    text first_token() const { return {split_message.rlPart1, static_cast<std::size_t>(header_line(0).end() - split_message.rlPart1)}; }
+    text first_token() const {
+        return {split_message.rlPart1, static_cast<std::size_t>(header_line(0).end() - split_message.rlPart1)};
+    }
 
     // Lines that begin with these names. The name may go on, as in "Viable:".
     line_set via_lines() const { return vias; }
@@ -135,7 +137,6 @@ class message {
 
     // The start line counts as a header line up to the end of its first token.
     void end_start_line(const char *end);
-
 
     SIP_MSG &split_message;
     // Only the entries of counted lines are ever set: a decode does not pay for those that it does not use.

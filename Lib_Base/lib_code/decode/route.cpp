@@ -15,7 +15,12 @@ namespace {
 
 constexpr std::size_t longest_line = 255;
 
-int SIP_Decode_Judge_RecordRoute_Count(const message &msg) { return std::popcount(msg.record_route_lines()); }
+int SIP_Decode_Judge_RecordRoute_Count(const message &msg) {
+    int count = 0;
+    for (line_set lines = msg.record_route_lines(); lines != 0; ++count)
+        take_first(lines);
+    return count;
+}
 
 void Decode_Record_Route(const message &msg, SIP_CODE_MSG *pcode_msg) {
     const text value = msg.value(header::record_route);
@@ -88,10 +93,10 @@ int Parse_Supported(const message &msg, SIP_CODE_MSG *pcode_msg) {
         return -1;
     }
     constexpr int slots = sizeof supported.supported_type / sizeof supported.supported_type[0];
-    char tags[sizeof supported.SUPPORTED];
-    Str_N_Copy(tags, value.data(), sizeof tags - 1);
     msg.store.put_verbatim(supported.SUPPORTED, value);
     supported.use = 1;
+    char tags[sizeof supported.SUPPORTED]; // cut in place
+    std::memcpy(tags, supported.SUPPORTED, sizeof tags);
 
     char *cursor = tags;
     const char *tag = Str_Tok(&cursor, ",");

@@ -114,17 +114,20 @@ struct media_line {
 
 // Whether a character after "RTP/AVP" makes it another profile, as in "RTP/AVPF". Letters do, and so do the marks that
 // RFC 4566 allows in a word. Digits do not, since the list may begin with one.
-constexpr bool goes_on_as_profile(char c) {
-    const char letter = lower(c);
-    return (letter >= 'a' && letter <= 'z') || text("/!#$%&'*+-.^_`{|}~").find(c) != text::npos;
-}
+constexpr auto goes_on_as_profile = [] {
+    std::array<bool, 256> goes_on{};
+    for (const char c : text("/!#$%&'*+-.^_`{|}~abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"))
+        goes_on[static_cast<unsigned char>(c)] = true;
+    return goes_on;
+}();
 
 // What follows the profile word, which may be a secure or a feedback profile. A line without the word has no list.
 padded_text payload_list(scanner items) {
     items.white_space();
     if (const text rest = items.rest(); rest.empty() || is_digit(rest.front()))
         return {no_payloads, 0};
-    if (scanner list = items; list.literal("RTP/AVP") && !goes_on_as_profile(*list.rest().data()))
+    if (scanner list = items;
+        list.literal("RTP/AVP") && !goes_on_as_profile[static_cast<unsigned char>(*list.rest().data())])
         items = list; // "RTP/AVP0 8": no blank is needed there
     else
         items.word();
@@ -325,27 +328,27 @@ struct body_marks {
     media_section audio{"audio"};
     media_section video{"video"};
 
-    // Sees an attribute: the text after "a=". Its first two letters rule out most of them.
+    // Sees an attribute: the text after "a=". Its first letter rules out most of them.
     void see_attribute(const char *after) {
         constexpr text packet_time_name = "ptime:";
         constexpr text silence_name = "SilcenceSupp"; // spelling is part of the interface
         const std::uint64_t beginning = beginning_of(after);
-        switch (static_cast<std::uint16_t>(beginning)) {
-        case type_mark('s', 'e'):
+        switch (*after) {
+        case 's':
             see_direction(SIP_MEDIA_SENDRECV, beginning, after);
             see_direction(SIP_MEDIA_SENDONLY, beginning, after);
             break;
-        case type_mark('r', 'e'):
+        case 'r':
             see_direction(SIP_MEDIA_RECVONLY, beginning, after);
             break;
-        case type_mark('i', 'n'):
+        case 'i':
             see_direction(SIP_MEDIA_INACTIVE, beginning, after);
             break;
-        case type_mark('p', 't'):
+        case 'p':
             if (packet_time == nullptr && short_beginning(packet_time_name).matches(beginning))
                 packet_time = after + packet_time_name.size();
             break;
-        case type_mark('S', 'i'):
+        case 'S':
             silence |= beginning == beginning_word(silence_name) && text(after).starts_with(silence_name);
             break;
         default:
@@ -363,20 +366,21 @@ struct body_marks {
 };
 
 // Every mark is found by its "=", the rarest of its bytes. The letter before it says which mark it is.
-body_marks find_marks(text body, const message &msg) {
+body_marks find_marks(text body) {
+    static_assert(sizeof SIP_MSG::data >= block_size); // what follows the body in the split message
     body_marks marks;
-    const text after_first = drop(body, 1);
-    const auto readable = static_cast<std::size_t>(std::end(msg.split().content) - after_first.data());
-    for_each_byte(after_first.data(), after_first.size(), readable, '=', [&marks, body](const char *place) {
+    const auto see_mark = [&marks, body](const char *place) {
         const char *const after = place + 1;
         if (place[-1] == 'a') {
             marks.see_attribute(after);
         } else if (place[-1] == 'm') {
             const text rest(after, static_cast<std::size_t>(body.end() - after));
-            marks.audio.see_media(rest, beginning_of(after));
-            marks.video.see_media(rest, beginning_of(after));
+            const std::uint64_t beginning = beginning_of(after);
+            marks.audio.see_media(rest, beginning);
+            marks.video.see_media(rest, beginning);
         }
-    });
+    };
+    for_each_byte(body.begin() + 1, body.end(), '=', see_mark); // a letter comes first
     return marks;
 }
 
@@ -436,7 +440,7 @@ void Parse_Sdp_Vbd_Content(SIP_SDP *SDP, const message &msg, const media_section
     const bool fits = section.size() <= longest_section && audio.has_direction();
     const text kept = fits ? section : whole_lines(section);
     store_section(msg, SDP->a_content, section, kept);
-    if (fits || find_marks(kept, msg).media != no_direction)
+    if (fits || find_marks(kept).media != no_direction)
         return;
     writer direction_line(SDP->a_content + kept.size(), direction_line_length + 1);
     direction_line.append("a=");
@@ -510,7 +514,7 @@ void Parse_Sdp(SIP_SDP *SDP, message &msg) {
     if (!for_each_line(lines.media, msg, [&](padded_text value) { return media.read(value); }))
         return;
 
-    const body_marks found = find_marks(msg.body(), msg);
+    const body_marks found = find_marks(msg.body());
     Parse_Sdp_Audio_Media(SDP, msg, found);
     Parse_Sdp_Video_Content(SDP, msg, found.video);
     Parse_Sdp_Vbd_Content(SDP, msg, found.audio);

@@ -61,11 +61,11 @@ void log_overflow(section part) {
         SIPCODE_TRACE(1, "Too many SDP lines. Ignoring");
 }
 
-// ------------------------------------------------------------------------------------------------ start line
-
-// Sets rlPart1 and rlPart2, terminated in place. Returns 0, or -1 if the line has neither form.
 } // namespace
 
+// -------------------------------------------------------------------------------------------------------- start line
+
+// Sets rlPart1 and rlPart2, terminated in place. Returns 0, or -1 if the line has neither form.
 int Parse_StartLine_Parts(message &msg) {
     SIP_MSG &split = msg.split();
     const auto [outcome, is_response, first, second] = cut_start_line(message::padded(msg.header_line(0)));
@@ -159,7 +159,9 @@ class splitter {
                 return static_cast<int>(count);
             }
             char *const next_line = line + (next - line);
-            next_line[-1] = '\0'; // a word is compared together with the byte after its terminator
+            // A word is compared together with the byte after its terminator. A LF that opens the finder's next block
+            // must not end a line either.
+            next_line[-1] = '\0';
             if (Part == section::headers && length == 0) {
                 rest = next_line;
                 finder = places;

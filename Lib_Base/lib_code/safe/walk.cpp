@@ -48,7 +48,7 @@ class line_end_finder {
         const text rest = drop(whole, block);
         places->block = block;
         places->mask = rest.size() >= block_size ? matches_up_to(rest.data(), '\r')
-                                                : matches_up_to_of_rest(rest.data(), rest.size(), '\r');
+                                                 : matches_up_to_of_rest(rest.data(), rest.size(), '\r');
     }
 
     text whole;
