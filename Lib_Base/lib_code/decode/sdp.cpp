@@ -349,7 +349,8 @@ struct body_marks {
                 packet_time = after + packet_time_name.size();
             break;
         case 'S':
-            silence |= beginning == beginning_word(silence_name) && text(after).starts_with(silence_name);
+            silence |= beginning == beginning_word(silence_name) &&
+                       std::strncmp(after, silence_name.data(), silence_name.size()) == 0;
             break;
         default:
             break;
