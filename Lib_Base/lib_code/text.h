@@ -17,7 +17,8 @@ using text = std::string_view;
 
 constexpr bool is_blank(char c) { return static_cast<unsigned char>(c - 1) < 32; } // bytes 1 to 32
 constexpr bool is_digit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
-constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+constexpr char case_bit = 'a' - 'A'; // what the two cases of a letter differ in
+constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | case_bit) : c; }
 
 // What the C library's number readers skip. Fewer characters than is_blank.
 constexpr bool is_white_space(char c) {
@@ -134,7 +135,7 @@ text member_text(const char (&member)[N]) {
 }
 
 // Comparison with a constant ignores case by one rule: every character of the constant from '@' on is a letter. Bit
-// 0x40 then marks a letter, and bit 0x20 is all that its two cases differ in.
+// 0x40 then marks a letter.
 consteval bool has_letters_alone_from_at(text constant) {
     return std::all_of(constant.begin(), constant.end(),
                        [](char c) { return c < '@' || (lower(c) >= 'a' && lower(c) <= 'z'); });
@@ -153,7 +154,7 @@ class nocase {
             not_such_a_constant();
         for (std::size_t i = 0; i < longest; ++i) {
             lower_case[i] = i < length ? lower(name[i]) : any;
-            case_bits[i] = i >= length ? any : lower_case[i] >= '@' ? 'a' - 'A' : '\0';
+            case_bits[i] = i >= length ? any : lower_case[i] >= '@' ? case_bit : '\0';
         }
     }
 
@@ -170,7 +171,7 @@ class nocase {
     static constexpr char any = '\xFF'; // after the constant: the bits that make every byte equal
 
     alignas(16) char lower_case[longest] = {};
-    alignas(16) char case_bits[longest] = {}; // what the two cases of a letter differ in
+    alignas(16) char case_bits[longest] = {};
     std::size_t length;
 };
 

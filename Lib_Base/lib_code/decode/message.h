@@ -37,7 +37,7 @@ struct session_lines {
 
     // Of an empty line, its terminator and one byte more are read.
     void add(const char *line, line_set this_line) {
-        switch (load_word(line, 2) | type_mark('a' - 'A', '\0')) {
+        switch (load_word(line, 2) | type_mark(case_bit, '\0')) {
         case type_mark('a', '='):
             attributes |= this_line;
             if (line[2] == 'r' || is_blank(line[2]))
