@@ -10,6 +10,10 @@ endif()
 install(TARGETS ${libraries}
     EXPORT sipcode-targets
     PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sipcode)
+if(TARGET sipcode_x86_64_v3)
+    install(TARGETS sipcode_x86_64_v3
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/glibc-hwcaps/x86-64-v3 NAMELINK_SKIP)
+endif()
 install(EXPORT sipcode-targets NAMESPACE sipcode:: DESTINATION ${package_dir})
 
 configure_package_config_file(cmake/sipcode-config.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/cmake/sipcode-config.cmake
