@@ -141,6 +141,11 @@ constexpr std::uint64_t word_of(const char *bytes, std::size_t count) {
     return word;
 }
 
+// The bits of so many bytes of such a number.
+constexpr std::uint64_t first_bytes(std::size_t count) {
+    return count < 8 ? (std::uint64_t{1} << (8 * count)) - 1 : ~std::uint64_t{0};
+}
+
 template <class Unsigned>
 inline std::uint64_t load(const char *bytes) {
     Unsigned value;

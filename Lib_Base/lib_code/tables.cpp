@@ -98,24 +98,53 @@ constexpr auto row_lengths = [] {
     return lengths;
 }();
 
-text row_text(int id) {
-    const auto row = static_cast<std::size_t>(id);
-    return {decode_methods[row].text, row_lengths[row]};
-}
+text row_text(std::size_t row) { return {decode_methods[row].text, row_lengths[row]}; }
+
+// The first eight characters of a row, compared ignoring case.
+struct row_beginning {
+    std::uint64_t characters;
+    std::uint64_t compared; // every bit but those in which the cases of a letter differ
+
+    bool matches(std::uint64_t beginning, std::size_t longest) const {
+        return ((beginning ^ characters) & compared & first_bytes(longest)) == 0;
+    }
+};
+
+constexpr auto row_beginnings = [] {
+    std::array<row_beginning, SIP_CODE_METHOD_COUNT> beginnings{};
+    for (std::size_t row = 0; row < beginnings.size(); ++row) {
+        const std::size_t length = std::min<std::size_t>(row_lengths[row], 8);
+        const std::uint64_t characters = word_of(decode_methods[row].text, length);
+        beginnings[row] = {characters, first_bytes(length) & ~case_bits_of(characters)};
+    }
+    return beginnings;
+}();
 
 // The first three characters in lower case, which differ in every row. Setting the case bits may make other texts
 // alike; the comparison that follows tells them apart.
-constexpr std::uint32_t beginning_key(std::uint64_t first_three) {
-    constexpr std::uint32_t case_bits = 0x202020;
-    return static_cast<std::uint32_t>(first_three) | case_bits;
+constexpr std::uint32_t beginning_key(std::uint64_t beginning) {
+    constexpr std::uint64_t case_bits = 0x202020;
+    return static_cast<std::uint32_t>((beginning & first_bytes(status_code_length)) | case_bits);
 }
 
 constexpr key_slots row_slots([] {
     std::array<std::uint32_t, SIP_CODE_METHOD_COUNT> keys{};
     for (std::size_t row = 0; row < keys.size(); ++row)
-        keys[row] = beginning_key(word_of(decode_methods[row].text, status_code_length));
+        keys[row] = beginning_key(row_beginnings[row].characters);
     return keys;
 }());
+
+// The word, followed by a blank or the end: "INVITEX" is not INVITE.
+bool SIP_Decode_Parse_Method_Match(std::size_t row, text name, std::uint64_t beginning) {
+    const std::size_t length = row_lengths[row];
+    return row_beginnings[row].matches(beginning, 8) && (length <= 8 || starts_nocase(name, row_text(row))) &&
+           (name.size() == length || is_blank(name[length]));
+}
+
+// Only the status code counts, not the reason phrase.
+bool SIP_Decode_Parse_Method_Match_Response(std::size_t row, text, std::uint64_t beginning) {
+    return row_beginnings[row].matches(beginning, status_code_length);
+}
 
 // The row that matches; row 0 if none does, -1 for an empty text.
 template <class Match>
@@ -124,19 +153,9 @@ int find_row(text msg, Match match) {
         return -1;
     if (msg.size() < status_code_length)
         return SIP_REQUEST_MSG_UNKNOWN;
-    const int id = row_slots.candidate(beginning_key(load_word(msg.data(), status_code_length)));
-    return match(id, msg) ? id : SIP_REQUEST_MSG_UNKNOWN;
-}
-
-// The word, followed by a blank or the end: "INVITEX" is not INVITE.
-bool SIP_Decode_Parse_Method_Match(int id, text name) {
-    const text word = row_text(id);
-    return starts_nocase(name, word) && (name.size() == word.size() || is_blank(name[word.size()]));
-}
-
-// Only the status code counts, not the reason phrase.
-bool SIP_Decode_Parse_Method_Match_Response(int id, text name) {
-    return starts_nocase(name, at_most(row_text(id), status_code_length));
+    const std::uint64_t beginning = load_word(msg.data(), msg.size());
+    const std::uint8_t row = row_slots.candidate(beginning_key(beginning));
+    return match(row, msg, beginning) ? row : int{SIP_REQUEST_MSG_UNKNOWN};
 }
 
 text or_empty(const char *msg) { return msg == nullptr ? text() : text(msg); }
@@ -158,7 +177,7 @@ int SIP_Decode_Parse_Other_Response(text msg) {
 
 text method_text(int id) {
     const bool known = id >= 0 && id < SIP_CODE_METHOD_COUNT;
-    return row_text(known ? id : SIP_REQUEST_MSG_UNKNOWN);
+    return row_text(static_cast<std::size_t>(known ? id : SIP_REQUEST_MSG_UNKNOWN));
 }
 
 } // namespace sipcode

@@ -141,6 +141,9 @@ consteval bool has_letters_alone_from_at(text constant) {
                        [](char c) { return c < '@' || (lower(c) >= 'a' && lower(c) <= 'z'); });
 }
 
+// The bits in which the cases of the letters differ, in eight characters of such a constant.
+constexpr std::uint64_t case_bits_of(std::uint64_t characters) { return (characters & 0x4040404040404040) >> 1; }
+
 void not_such_a_constant(); // never defined: a call of it does not compile
 
 // A constant that padded text is compared with, ignoring case. It holds no pointer, so a table of them needs no
@@ -189,8 +192,7 @@ inline bool starts_nocase(text t, text constant) {
     for (std::size_t at = 0; at < constant.size(); at += 8) {
         const std::size_t left = constant.size() - at;
         const std::uint64_t wanted = load_word(constant.data() + at, left);
-        const std::uint64_t case_bits = (wanted & 0x4040404040404040) >> 1;
-        if (((load_word(t.data() + at, left) ^ wanted) & ~case_bits) != 0)
+        if (((load_word(t.data() + at, left) ^ wanted) & ~case_bits_of(wanted)) != 0)
             return false;
     }
     return true;

@@ -275,8 +275,7 @@ constexpr std::uint64_t beginning_word(text constant) {
 
 // A constant of fewer than eight characters, compared with the beginning of a text.
 struct short_beginning {
-    constexpr short_beginning(text constant)
-        : word(beginning_word(constant)), counted((std::uint64_t{1} << (8 * constant.size())) - 1) {}
+    constexpr short_beginning(text constant) : word(beginning_word(constant)), counted(first_bytes(constant.size())) {}
     constexpr bool matches(std::uint64_t beginning) const { return (beginning & counted) == word; }
 
     std::uint64_t word;
