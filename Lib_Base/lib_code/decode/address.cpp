@@ -65,19 +65,22 @@ void decode_escapes(char *s) {
         decode_escapes(user);
 }
 
-// The URI without parameters of the user part ("123;cpc=ordinary@10.0.0.1"). If it has any, the rest is joined in
+// The URI up to its first ";".
+padded_text before_parameters(padded_text uri) { return cut_at(uri, ';').before; }
+
+// The same, after the parameters of the user part ("123;cpc=ordinary@10.0.0.1"). If it has any, the rest is joined in
 // scratch.
 padded_text without_user_parameters(padded_text uri, char (&scratch)[longest_value + 16]) {
-    const std::size_t name_length = find(uri, ';');
-    const std::size_t user_length = name_length >= uri.size() ? 0 : find(uri, '@');
-    if (user_length <= name_length || user_length >= uri.size())
-        return uri;
+    const padded_text name = before_parameters(uri);
+    const std::size_t user_length = name.size() == uri.size() ? uri.size() : find(uri, '@');
+    if (user_length < name.size() || user_length >= uri.size())
+        return name;
     const text host = drop(uri, user_length);
-    const std::size_t length = name_length + host.size();
-    std::memcpy(scratch, uri.data(), name_length);
-    std::memcpy(scratch + name_length, host.data(), host.size());
+    const std::size_t length = name.size() + host.size();
+    std::memcpy(scratch, name.data(), name.size());
+    std::memcpy(scratch + name.size(), host.data(), host.size());
     std::memset(scratch + length, 0, 15);
-    return {scratch, length};
+    return before_parameters({scratch, length});
 }
 
 [[gnu::always_inline]] inline void read_tag(const message &msg, padded_text value, char (&tag)[128]) {
@@ -106,10 +109,8 @@ padded_text without_user_parameters(padded_text uri, char (&scratch)[longest_val
     return SIP_URI_OTHER;
 }
 
-// Reads an address whose URI ends at its first ";".
 template <class Member>
-SIP_URI_KIND read_address(const bounded_store &store, padded_text value, Member &member) {
-    const padded_text uri = cut_at(value, ';').before;
+SIP_URI_KIND read_address(const bounded_store &store, padded_text uri, Member &member) {
     return read_uri(store, uri, drop(uri, scheme_length), member.user, member.addr);
 }
 
@@ -120,7 +121,7 @@ padded_text value_or_empty(const message &msg, text value) {
 
 void read_contact(SIP_CONTACT &contact, const bounded_store &store, padded_text value) {
     if (value.data() != nullptr)
-        read_address(store, Parse_Brackets(value), contact);
+        read_address(store, before_parameters(Parse_Brackets(value)), contact);
 }
 
 text contact_value(const message &msg) {
@@ -138,7 +139,7 @@ SIP_URI_KIND Parse_Uri(const bounded_store &store, padded_text uri, char (&user)
 void Parse_PCalledPartyID(SIP_FROMTO *callparty, const message &msg) {
     const padded_text value = msg.store.within(message::padded(msg.value(header::p_called_party_id)), longest_value);
     if (value.data() != nullptr)
-        read_address(msg.store, Parse_Brackets(value), *callparty);
+        read_address(msg.store, before_parameters(Parse_Brackets(value)), *callparty);
 }
 
 void Parse_From(SIP_FROMTO *from, const message &msg) {
@@ -150,7 +151,7 @@ void Parse_From(SIP_FROMTO *from, const message &msg) {
 
 void Parse_To(SIP_FROMTO *to, const message &msg) {
     const padded_text value = value_or_empty(msg, msg.filled_value(header::to, header::compact_to));
-    to->flag = read_address(msg.store, Parse_Brackets(value), *to);
+    to->flag = read_address(msg.store, before_parameters(Parse_Brackets(value)), *to);
     read_tag(msg, value, to->tag);
 }
 
