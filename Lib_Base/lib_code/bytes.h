@@ -80,36 +80,38 @@ inline unsigned matches16(const char *at, char wanted) { return matches_plain(at
 inline unsigned matches8(const char *at, char wanted) { return matches_plain(at, 8, wanted); }
 #endif
 
-// The same for a whole block, which is searched in pieces.
-template <std::size_t PieceSize, class Matches>
+// The same for a piece: as many bytes as one comparison reads.
+#if defined(SIPCODE_AVX2)
+inline constexpr std::size_t piece_size = 32;
+inline std::uint32_t matches_of_piece(const char *at, char wanted) {
+    const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(at));
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(bytes, _mm256_set1_epi8(wanted))));
+}
+inline std::uint32_t matches_up_to_of_piece(const char *at, char largest) {
+    const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(at));
+    const __m256i capped = _mm256_min_epu8(bytes, _mm256_set1_epi8(largest));
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(capped, bytes)));
+}
+#else
+inline constexpr std::size_t piece_size = 16;
+inline std::uint32_t matches_of_piece(const char *at, char wanted) { return matches16(at, wanted); }
+inline std::uint32_t matches_up_to_of_piece(const char *at, char largest) { return matches_up_to16(at, largest); }
+#endif
+
+// The same for a whole block.
+template <class Matches>
 inline std::uint64_t matches_of_block(const char *at, Matches matches_of_piece) {
     std::uint64_t mask = 0;
-    for (std::size_t i = 0; i < block_size; i += PieceSize)
+    for (std::size_t i = 0; i < block_size; i += piece_size)
         mask |= static_cast<std::uint64_t>(matches_of_piece(at + i)) << i;
     return mask;
 }
-#if defined(SIPCODE_AVX2)
-inline __m256i load32(const char *at) { return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(at)); }
-inline std::uint32_t mask_of(__m256i matching) { return static_cast<std::uint32_t>(_mm256_movemask_epi8(matching)); }
 inline std::uint64_t matches(const char *at, char wanted) {
-    return matches_of_block<32>(at, [wanted](const char *piece) {
-        return mask_of(_mm256_cmpeq_epi8(load32(piece), _mm256_set1_epi8(wanted)));
-    });
+    return matches_of_block(at, [wanted](const char *piece) { return matches_of_piece(piece, wanted); });
 }
 inline std::uint64_t matches_up_to(const char *at, char largest) {
-    return matches_of_block<32>(at, [largest](const char *piece) {
-        const __m256i bytes = load32(piece);
-        return mask_of(_mm256_cmpeq_epi8(_mm256_min_epu8(bytes, _mm256_set1_epi8(largest)), bytes));
-    });
+    return matches_of_block(at, [largest](const char *piece) { return matches_up_to_of_piece(piece, largest); });
 }
-#else
-inline std::uint64_t matches(const char *at, char wanted) {
-    return matches_of_block<16>(at, [wanted](const char *piece) { return matches16(piece, wanted); });
-}
-inline std::uint64_t matches_up_to(const char *at, char largest) {
-    return matches_of_block<16>(at, [largest](const char *piece) { return matches_up_to16(piece, largest); });
-}
-#endif
 
 // The same for the rest of a text that is shorter than a block. The wanted byte must not be NUL, nor `largest` 0xFF.
 std::uint64_t matches_of_rest(const char *at, std::size_t size, char wanted);

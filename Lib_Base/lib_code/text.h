@@ -32,8 +32,8 @@ constexpr text drop(text t, std::size_t n) {
     return {t.data() + dropped, t.size() - dropped};
 }
 
-// A view readable 15 bytes past its end; so is each of its parts. A search takes ten instructions in it and thirty in
-// any other short text.
+// A view readable piece_size bytes past its end; so is each of its parts. A search takes ten instructions in it and
+// thirty in any other short text.
 struct padded_text : text {
     padded_text() = default;
     explicit constexpr padded_text(text t) : text(t) {}
@@ -45,8 +45,8 @@ constexpr padded_text drop(padded_text t, std::size_t n) { return padded_text(dr
 // What follows the first token of a text without NUL.
 inline text Parse_Skip_Nonblanks(text t) { return drop(t, find_blank(t.data(), t.size())); }
 inline padded_text Parse_Skip_Nonblanks(padded_text t) {
-    for (std::size_t at = 0; at < t.size(); at += 16)
-        if (const unsigned mask = matches_up_to16(t.data() + at, ' '); mask != 0)
+    for (std::size_t at = 0; at < t.size(); at += piece_size)
+        if (const std::uint32_t mask = matches_up_to_of_piece(t.data() + at, ' '); mask != 0)
             return drop(t, at + first_bit(mask));
     return drop(t, t.size());
 }
@@ -68,15 +68,16 @@ constexpr Text Parse_Trim_Blanks(Text t) {
 // Place of the first wanted byte; the size of the text or more if there is none.
 inline std::size_t find(text t, char wanted) { return find_byte(t.data(), t.size(), wanted); }
 [[gnu::always_inline]] inline std::size_t find(padded_text t, char wanted) {
-    for (std::size_t at = 0; at < t.size(); at += 16)
-        if (const unsigned mask = matches16(t.data() + at, wanted); mask != 0)
+    for (std::size_t at = 0; at < t.size(); at += piece_size)
+        if (const std::uint32_t mask = matches_of_piece(t.data() + at, wanted); mask != 0)
             return at + first_bit(mask);
     return t.size();
 }
 
 inline std::size_t find_either(padded_text t, char one, char other) {
-    for (std::size_t at = 0; at < t.size(); at += 16)
-        if (const unsigned mask = matches16(t.data() + at, one) | matches16(t.data() + at, other); mask != 0)
+    for (std::size_t at = 0; at < t.size(); at += piece_size)
+        if (const std::uint32_t mask = matches_of_piece(t.data() + at, one) | matches_of_piece(t.data() + at, other);
+            mask != 0)
             return at + first_bit(mask);
     return t.size();
 }
@@ -221,7 +222,7 @@ class terminated {
         const text kept = at_most(t, Longest);
         length = kept.size();
         copy_bytes(buffer, kept.data(), length);
-        std::memset(buffer + length, 0, 16);
+        std::memset(buffer + length, 0, piece_size);
     }
     terminated(const terminated &) = delete;
     terminated &operator=(const terminated &) = delete;
@@ -232,7 +233,7 @@ class terminated {
 
   private:
     std::size_t length;
-    char buffer[Longest + 16];
+    char buffer[Longest + piece_size];
 };
 
 struct number {

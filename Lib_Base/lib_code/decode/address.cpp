@@ -70,7 +70,7 @@ padded_text before_parameters(padded_text uri) { return cut_at(uri, ';').before;
 
 // The same, after the parameters of the user part ("123;cpc=ordinary@10.0.0.1"). If it has any, the rest is joined in
 // scratch.
-padded_text without_user_parameters(padded_text uri, char (&scratch)[longest_value + 16]) {
+padded_text without_user_parameters(padded_text uri, char (&scratch)[longest_value + piece_size]) {
     const padded_text name = before_parameters(uri);
     const std::size_t user_length = name.size() == uri.size() ? uri.size() : find(uri, '@');
     if (user_length < name.size() || user_length >= uri.size())
@@ -79,7 +79,7 @@ padded_text without_user_parameters(padded_text uri, char (&scratch)[longest_val
     const std::size_t length = name.size() + host.size();
     std::memcpy(scratch, name.data(), name.size());
     std::memcpy(scratch + name.size(), host.data(), host.size());
-    std::memset(scratch + length, 0, 15);
+    std::memset(scratch + length, 0, piece_size);
     return before_parameters({scratch, length});
 }
 
@@ -144,7 +144,7 @@ void Parse_PCalledPartyID(SIP_FROMTO *callparty, const message &msg) {
 
 void Parse_From(SIP_FROMTO *from, const message &msg) {
     const padded_text value = value_or_empty(msg, msg.filled_value(header::from, header::compact_from));
-    char scratch[longest_value + 16];
+    char scratch[longest_value + piece_size];
     read_address(msg.store, without_user_parameters(Parse_Brackets(value), scratch), *from);
     read_tag(msg, value, from->tag);
 }

@@ -85,7 +85,7 @@ class message {
     // message have no padding and are copied first.
     static padded_text padded(text slice) {
         static_assert(offsetof(SIP_MSG, content) + sizeof SIP_MSG::content == offsetof(SIP_MSG, data));
-        static_assert(offsetof(SIP_MSG, data) + sizeof SIP_MSG::data + 15 <= sizeof(SIP_MSG));
+        static_assert(offsetof(SIP_MSG, data) + sizeof SIP_MSG::data + piece_size <= sizeof(SIP_MSG));
         return padded_text(slice);
     }
 

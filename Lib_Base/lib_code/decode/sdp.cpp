@@ -103,7 +103,7 @@ text connection_host(const message &msg, padded_text value) {
 
 // ------------------------------------------------------------------------------------------------------- media lines
 
-constexpr char no_payloads[16] = {}; // a list is read up to its terminator
+constexpr char no_payloads[piece_size] = {}; // a list is read up to its terminator
 
 // "audio 4000/2 RTP/AVP 0 8": the port, the payload list after the profile word, and the port count if there is one.
 struct media_line {
