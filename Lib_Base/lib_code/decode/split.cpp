@@ -216,7 +216,8 @@ int SIP_Decode_Parse_Msg(message &msg, std::size_t length) {
     const text body = sections.uncut();
     msg.store.body_begin = body.data();
     msg.content_length = body.size();
-    std::memcpy(split.content, body.data(), body.size() + 1);
+    // With its terminator and the padding after it, of which a word may be read.
+    std::memcpy(split.content, body.data(), std::min(body.size() + sizeof(std::uint64_t), sizeof split.content));
     if (!body.empty())
         split.lines = msg.body_line_count = sections.cut_lines<section::body>();
 
