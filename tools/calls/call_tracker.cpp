@@ -72,7 +72,7 @@ void describe(Call &call, const CapturedMessage &message, const MessageFacts &fa
     call.from = user_of(facts.from);
     call.to = user_of(facts.to);
     call.uri_user = user_of(facts.uri);
-    call.other_users = other_users(message.text);
+    call.other_users = facts.names_others ? other_users(message.text) : "";
     call.source = message.source;
     call.destination = message.destination;
     call.start = message.mark;
@@ -265,7 +265,7 @@ CallTracker::State CallTracker::take_final(Tracked &tracked, const MessageFacts 
 
 // Of the setup only: the offer, and then the answer.
 void CallTracker::read_codecs(Call &call, std::string_view message, const MessageFacts &facts) {
-    if (call.kind != Kind::call || facts.method != "INVITE" || !facts.body.starts_with("v="))
+    if (call.kind != Kind::call || facts.method != "INVITE" || !may_have_session(message))
         return;
     if (SIP_Decode_Buffer(message.data(), message.size(), &record_, nullptr) != SIP_DECODE_DONE ||
         record_.sdp.a_use != 1)

@@ -2,36 +2,44 @@
 #include "message_facts.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
+#include <iterator>
 
 #include "safe.h"
 
 namespace {
 
+constexpr const char *other_parties[] = {"P-Called-Party-ID", "History-Info"};
+
 std::string_view slice_of(std::string_view text, const SIP_SLICE &slice) { return text.substr(slice.at, slice.length); }
 
+bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
 std::string_view trim_end(std::string_view text) { return text.substr(0, text.find_last_not_of(" \t\r\n") + 1); }
+
+// Changes no small letter, and no other character into one except for capital letters.
+char small(char c) { return static_cast<char>(c | 0x20); }
 
 // The name is in small letters.
 bool begins_nocase(std::string_view text, std::string_view name) {
     return text.size() >= name.size() &&
-           std::equal(name.begin(), name.end(), text.begin(),
-                      [](char small, unsigned char c) { return std::tolower(c) == small; });
+           std::equal(name.begin(), name.end(), text.begin(), [](char letter, char c) { return letter == small(c); });
 }
 
 // Value of a parameter after the URI: "1" of "<sip:a@b;tag=2>;tag=1".
 std::string_view parameter_of(std::string_view value, std::string_view name) {
     const std::size_t bracket = value.rfind('>');
     std::string_view rest = bracket == std::string_view::npos ? value : value.substr(bracket + 1);
-    while (!rest.empty()) {
-        const std::size_t semicolon = rest.find(';');
-        if (semicolon == std::string_view::npos)
-            break;
-        rest.remove_prefix(semicolon + 1);
-        rest.remove_prefix(std::min(rest.find_first_not_of(" \t\r\n"), rest.size()));
-        if (begins_nocase(rest, name) && rest.substr(name.size(), 1) == "=")
-            return rest.substr(name.size() + 1, rest.find_first_of(";, \t\r\n") - name.size() - 1);
+    for (std::size_t at = rest.find(';'); at != std::string_view::npos; at = rest.find(';')) {
+        rest.remove_prefix(at + 1);
+        const auto *const begin = std::find_if_not(rest.begin(), rest.end(), is_blank);
+        rest.remove_prefix(static_cast<std::size_t>(begin - rest.begin()));
+        if (!begins_nocase(rest, name) || rest.substr(name.size(), 1) != "=")
+            continue;
+        rest.remove_prefix(name.size() + 1);
+        const auto *const end =
+            std::find_if(rest.begin(), rest.end(), [](char c) { return c == ';' || c == ',' || is_blank(c); });
+        return rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
     }
     return {};
 }
@@ -55,11 +63,7 @@ class Headers {
     bool next() { return SIP_Walk_Headers(message_.data(), message_.size(), &walk_) == 1; }
 
     // First letter of the name, small; most headers are none of those that are wanted.
-    char letter() const {
-        return walk_.name.length == 0
-                   ? '\0'
-                   : static_cast<char>(std::tolower(static_cast<unsigned char>(message_[walk_.name.at])));
-    }
+    char letter() const { return walk_.name.length == 0 ? '\0' : small(message_[walk_.name.at]); }
     bool is(const char *name) const { return SIP_Is_Header(message_.data(), &walk_, name, SIP_NAME_ANY_FORM) == 1; }
     std::string_view value() const { return trim_end(slice_of(message_, walk_.value)); }
 
@@ -69,6 +73,8 @@ class Headers {
 };
 
 } // namespace
+
+bool may_have_session(std::string_view message) { return message.find("\nv=") != std::string_view::npos; }
 
 bool read_facts(std::string_view message, MessageFacts &facts) {
     facts = {};
@@ -111,15 +117,17 @@ bool read_facts(std::string_view message, MessageFacts &facts) {
             if (facts.branch.empty() && headers.is("Via"))
                 facts.branch = parameter_of(headers.value(), "branch");
             break;
+        case 'h':
+        case 'p':
+            facts.names_others |= std::any_of(std::begin(other_parties), std::end(other_parties),
+                                              [&](const char *name) { return headers.is(name); });
+            break;
         default:
             break;
         }
     }
     facts.from_tag = parameter_of(facts.from, "tag");
     facts.to_tag = parameter_of(facts.to, "tag");
-    SIP_SLICE body;
-    if (SIP_Find_Body(message.data(), message.size(), &body) == 1)
-        facts.body = slice_of(message, body);
     return has_cseq && !facts.call_id.empty();
 }
 
@@ -134,7 +142,7 @@ std::string_view user_of(std::string_view value) {
 
 std::string other_users(std::string_view message) {
     std::string users;
-    for (const char *name : {"P-Called-Party-ID", "History-Info"}) {
+    for (const char *name : other_parties) {
         SIP_LIST_WALK walk{};
         while (SIP_Walk_List(message.data(), message.size(), name, SIP_NAME_ANY_FORM, &walk) == 1)
             users.append(users.empty() ? "" : " ").append(user_of(slice_of(message, walk.item)));

@@ -17,14 +17,17 @@ struct MessageFacts {
     std::string_view from_tag; // empty if there is none
     std::string_view to_tag;
     std::string_view branch; // of the first Via
-    std::string_view body;
     unsigned long cseq = 0;
+    bool names_others = false; // has a header that other_users reads
 
     bool is_request() const { return status == 0; }
 };
 
 // Returns false if the message has no usable start line, no Call-ID or no CSeq.
 bool read_facts(std::string_view message, MessageFacts &facts);
+
+// Returns false for most messages that have no session description, in less time than their decoding takes.
+bool may_have_session(std::string_view message);
 
 // User of the URI in a header value or request line: "1001" of "<sip:1001@192.0.2.1>;tag=1". The host if there is none.
 std::string_view user_of(std::string_view value);

@@ -27,8 +27,8 @@ std::size_t column_of(Ladder &ladder, const Endpoint &endpoint) {
 }
 
 // The streams of the session description, on one line.
-std::string session_of(const FlowMessage &message, const MessageFacts &facts) {
-    if (!facts.body.starts_with("v="))
+std::string session_of(const FlowMessage &message) {
+    if (!may_have_session(message.text))
         return "";
     SIP_CODE_MSG record;
     if (SIP_Decode_Buffer(message.text.data(), message.text.size(), &record, nullptr) != SIP_DECODE_DONE)
@@ -90,7 +90,7 @@ Ladder make_ladder(const std::vector<FlowMessage> &messages) {
         arrow.label = facts.is_request() ? printable(facts.method)
                                          : fmt::format("{:03} {}", facts.status, printable(facts.reason));
         arrow.cseq = fmt::format("{} {}", facts.cseq, printable(facts.method));
-        arrow.session = session_of(message, facts);
+        arrow.session = session_of(message);
         history.take(facts, message, time, arrow);
         ladder.arrows.push_back(std::move(arrow));
         last = time;
